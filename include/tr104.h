@@ -1,0 +1,8 @@
+/* libtr104: the voice data-model adapter.  Include this for every exported name. */
+#ifndef TR104_H
+#define TR104_H
+
+#include "tr104/channel.h"
+#include "tr104/framework.h"
+
+#endif
