@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build and the tests need, when they are missing.
+# Installs the Debian packages the build and the tests need, when they are missing: the host
+# toolchain and test frameworks, and the device's cross compiler with the emulator that runs
+# the cross-built tests (32-bit big-endian MIPS).
 set -euo pipefail
-needed=(cmake g++ make binutils googletest libgtest-dev libgmock-dev libbenchmark-dev util-linux "$@")
+needed=(cmake g++ make binutils googletest libgtest-dev libgmock-dev libbenchmark-dev util-linux
+        g++-mips-linux-gnu qemu-user "$@")
 missing=()
 for p in "${needed[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
