@@ -1,0 +1,194 @@
+// A voice module that runs without hardware.
+//
+// It serves the channel exactly as the voice module does: it reads every request from the send
+// queue (key 30), keeps the records it is sent, answers gets from them, applies change masks,
+// and replies on the requesting module's reply queue.  It can push unsolicited messages on a
+// module's inbound queue and inject faults, and it records every request so that tests can look
+// at the exact bytes.  Families of commands are described as data (RecordFamily) so that each
+// area of the library registers the records it uses.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tr104/channel.h"
+
+namespace vmemu {
+
+using Payload = std::array<char, TR104_CFG_BUFFER_LEN>;
+
+// One request as it came off the send queue.
+struct Request {
+    long module = 0;    // message type of the request: the sender's module number
+    uint32_t cmd = 0;   // command id (text bytes 0..3)
+    Payload payload{};  // cfgBuffer (text bytes 4..2051)
+    Payload reply{};    // the request's reply area as sent (should be zero)
+    std::array<char, TR104_MSG_TEXT_LEN> text{};  // the whole message text as received
+
+    template <typename T>
+    T word(size_t offset) const;  // a native-order integer of the payload
+    std::string text_at(size_t offset, size_t max) const;  // NUL-terminated text of the payload
+};
+
+// A field of a record: where it is and how wide.
+struct Field {
+    uint32_t offset;
+    uint32_t width;
+    const char *name = nullptr;  // printed for key fields
+};
+
+// A masked field: applied by a set only when its bit is in the record's change mask.
+struct MaskedField {
+    uint32_t bit;
+    Field field;
+};
+
+// How the voice module keeps one kind of record.
+struct RecordFamily {
+    std::string name;
+    uint32_t length = 0;                    // bytes of the record
+    std::vector<Field> keys;                // fields that select the stored instance (line, name ...)
+    std::vector<uint32_t> getCmds;          // commands answered from the stored record
+    std::vector<uint32_t> setCmds;          // commands that store the record (no reply)
+    std::optional<Field> mask;              // change-mask word, when a set applies only masked fields
+    std::vector<MaskedField> maskedFields;  // fields of a masked set
+    std::vector<Field> setFields;           // when non-empty: the only fields a set copies (others kept)
+};
+
+// Faults the emulator can inject, per command or for every command.
+enum class Fault {
+    None,
+    FailureMarker,  // reply whose payload starts with thirteen 0xFF bytes and a zero byte
+    Silent,         // read the request, never answer
+    Late,           // answer after delayMs
+    WrongCmd,       // answer with another command id
+    WrongType,      // answer with cmd_type 2 instead of 1
+    Garbage,        // answer with cmd_type 1 and pseudo-random text
+};
+
+struct FaultSpec {
+    Fault kind = Fault::None;
+    int delayMs = 0;
+    int count = -1;  // how many requests it applies to; -1 for ever
+};
+
+const char *faultName(Fault fault);
+std::optional<Fault> faultFromName(const std::string &name);
+
+// A custom answer for one command: fills the reply payload from the request; returns false to
+// send no reply.  Runs under the emulator's lock: it may call store()/load().
+using CommandHandler = std::function<bool(const Request &, Payload &reply)>;
+
+class VoiceModuleEmulator {
+public:
+    VoiceModuleEmulator();
+    ~VoiceModuleEmulator();
+    VoiceModuleEmulator(const VoiceModuleEmulator &) = delete;
+    VoiceModuleEmulator &operator=(const VoiceModuleEmulator &) = delete;
+
+    // Opens the send queue and starts serving.  false when the queue cannot be opened.
+    bool start();
+    // Stops serving; the queues stay as they are.
+    void stop();
+    bool running() const { return thread_.joinable(); }
+
+    // Record families and command names (printed in the request log).
+    void addFamily(const RecordFamily &family);
+    void nameCommand(uint32_t cmd, const std::string &name);
+    std::string commandName(uint32_t cmd) const;
+    void setHandler(uint32_t cmd, CommandHandler handler);
+
+    // Stored records.  put() stores a whole record under the key fields it carries.
+    void put(const std::string &family, const void *record, size_t len);
+    // The stored record of a family for the key fields carried by keyRecord (nullopt if none).
+    std::optional<std::vector<char>> get(const std::string &family, const void *keyRecord, size_t len) const;
+    void clearRecords();
+
+    // Faults: for one command, or for every command (cmd 0).
+    void setFault(uint32_t cmd, FaultSpec fault);
+    void clearFaults();
+
+    // Unsolicited message on the inbound queue of a module (7, 9, 10, 15).  false when the
+    // module has no inbound queue or the send fails.
+    bool sendInbound(long module, uint32_t cmdType, uint32_t cmd, const void *payload, size_t len);
+
+    // The request log.
+    std::vector<Request> requests() const;
+    size_t requestCount() const;
+    void clearLog();
+    // Waits until at least n requests have been seen in total, or the timeout passes.
+    bool waitForRequests(size_t n, std::chrono::milliseconds timeout) const;
+    // Requests of one command.
+    std::vector<Request> requestsFor(uint32_t cmd) const;
+
+    // Called for every request after it is served (the executable prints it).
+    void onRequest(std::function<void(const Request &)> callback);
+    // One readable line: command id and name, module and key fields.
+    std::string describe(const Request &request) const;
+
+    // Replies that could not be queued because the reply queue was full.
+    size_t droppedReplies() const;
+
+    // Reply and inbound queue keys of a module number (0 when it has none).
+    static int replyKey(long module);
+    static int inboundKey(long module);
+
+private:
+    struct Stored;
+    void serve();
+    void handle(const Tr104WireMsg &msg, size_t length);
+    bool answer(const Request &request, Payload &reply);
+    const RecordFamily *familyOf(uint32_t cmd, bool *isSet) const;
+    std::string keyOf(const RecordFamily &family, const char *record) const;
+    void storeSet(const RecordFamily &family, const Request &request);
+    int replyQueue(long module);
+    std::optional<FaultSpec> takeFault(uint32_t cmd);
+
+    mutable std::mutex mutex_;
+    mutable std::condition_variable seen_;
+    std::thread thread_;
+    int sendQueue_ = -1;
+    std::map<long, int> replyQueues_;
+    std::vector<RecordFamily> families_;
+    std::map<uint32_t, std::string> names_;
+    std::map<uint32_t, CommandHandler> handlers_;
+    std::map<std::string, std::vector<char>> records_;  // family name + key bytes -> record
+    std::map<uint32_t, FaultSpec> faults_;
+    std::vector<Request> log_;
+    std::function<void(const Request &)> onRequest_;
+    size_t dropped_ = 0;
+    uint32_t garbageSeed_ = 0x1234567u;
+};
+
+template <typename T>
+T Request::word(size_t offset) const {
+    T value{};
+    if (offset + sizeof(T) <= payload.size()) {
+        std::memcpy(&value, payload.data() + offset, sizeof(T));
+    }
+    return value;
+}
+
+// Registers the records every voice module serves: the typed exchange (20481/20482), the
+// port-status block (16592), and every family announced with a FamilyRegistrar.
+void registerBaseFamilies(VoiceModuleEmulator &emulator);
+
+// Each area of the emulator announces the records it serves with one static registrar in its
+// own source file:  static vmemu::FamilyRegistrar sipLines(&registerSipLineFamilies);
+// Every emulator registers all of them when it is constructed.
+using FamilyInstaller = void (*)(VoiceModuleEmulator &);
+struct FamilyRegistrar {
+    explicit FamilyRegistrar(FamilyInstaller installer);
+};
+
+}  // namespace vmemu
