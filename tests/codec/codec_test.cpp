@@ -33,7 +33,8 @@ TEST(CodecNames, NameToCode) {
     for (const Case &c : cases) {
         EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(ConvertCodecTypeStr2Int(c.name), c.code) << c.name; }), c.message);
     }
-    EXPECT_EQ(ConvertCodecTypeStr2Int(nullptr), -2);
+    EXPECT_EQ(capturedStdout([] { EXPECT_EQ(ConvertCodecTypeStr2Int(nullptr), -2); }),
+              "param error, *pCodecType=(null).\n");
 }
 
 TEST(CodecNames, CodeToName) {
