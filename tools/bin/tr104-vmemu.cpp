@@ -30,7 +30,7 @@ void usage() {
                  "  KIND: none marker silent late wrongcmd wrongtype garbage; CMD 0 = every command\n");
 }
 
-bool parseFault(const std::string &text, uint32_t *cmd, vmemu::FaultSpec *spec) {
+bool parseFault(const std::string &text, uint32_t *cmd, vmemu::FaultSpec *wanted) {
     std::vector<std::string> parts;
     std::stringstream in(text);
     for (std::string part; std::getline(in, part, ':');) {
@@ -44,9 +44,9 @@ bool parseFault(const std::string &text, uint32_t *cmd, vmemu::FaultSpec *spec) 
         return false;
     }
     *cmd = static_cast<uint32_t>(std::strtoul(parts[0].c_str(), nullptr, 0));
-    spec->kind = *kind;
-    spec->delayMs = parts.size() > 2 ? std::atoi(parts[2].c_str()) : 0;
-    spec->count = parts.size() > 3 ? std::atoi(parts[3].c_str()) : -1;
+    wanted->kind = *kind;
+    wanted->delayMs = parts.size() > 2 ? std::atoi(parts[2].c_str()) : 0;
+    wanted->count = parts.size() > 3 ? std::atoi(parts[3].c_str()) : -1;
     return true;
 }
 
@@ -61,10 +61,10 @@ void commandLoop(vmemu::VoiceModuleEmulator *emulator) {
             std::string cmd, kind, ms = "0", count = "-1";
             in >> cmd >> kind >> ms >> count;
             uint32_t id;
-            vmemu::FaultSpec spec;
-            if (parseFault(cmd + ":" + kind + ":" + ms + ":" + count, &id, &spec)) {
-                emulator->setFault(id, spec);
-                std::printf("fault %u %s\n", id, vmemu::faultName(spec.kind));
+            vmemu::FaultSpec wanted;
+            if (parseFault(cmd + ":" + kind + ":" + ms + ":" + count, &id, &wanted)) {
+                emulator->setFault(id, wanted);
+                std::printf("fault %u %s\n", id, vmemu::faultName(wanted.kind));
             } else {
                 std::printf("bad fault\n");
             }
@@ -98,12 +98,12 @@ int main(int argc, char **argv) {
         const std::string arg = argv[i];
         if (arg == "--fault" && i + 1 < argc) {
             uint32_t cmd;
-            vmemu::FaultSpec spec;
-            if (!parseFault(argv[++i], &cmd, &spec)) {
+            vmemu::FaultSpec wanted;
+            if (!parseFault(argv[++i], &cmd, &wanted)) {
                 usage();
                 return 2;
             }
-            emulator.setFault(cmd, spec);
+            emulator.setFault(cmd, wanted);
         } else if (arg == "--ready-file" && i + 1 < argc) {
             readyFile = argv[++i];
         } else if (arg == "--quiet") {

@@ -288,11 +288,11 @@ std::optional<FaultSpec> VoiceModuleEmulator::takeFault(uint32_t cmd) {
         if (it == faults_.end() || it->second.kind == Fault::None || it->second.count == 0) {
             continue;
         }
-        FaultSpec spec = it->second;
+        FaultSpec wanted = it->second;
         if (it->second.count > 0) {
             --it->second.count;
         }
-        return spec;
+        return wanted;
     }
     return std::nullopt;
 }
