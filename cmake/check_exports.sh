@@ -14,7 +14,7 @@ grep -rhE '^\s*TR104_API\b' "$inc" --include='*.h' \
   | sort -u > "$tmp/declared"
 
 "$nm_tool" -D --defined-only "$lib" | awk '{print $NF}' \
-  | grep -vE '^(_init|_fini|__bss_start|_edata|_end|_fbss|_fdata|_ftext|__RLD_MAP|_DYNAMIC_LINKING|_gp_disp)$' \
+  | grep -vE '^(_init|_fini|__bss_start|_edata|_end|_fbss|_fdata|_ftext|__RLD_MAP|_DYNAMIC_LINKING|_gp_disp|__odr_asan\..*)$' \
   | sort -u > "$tmp/exported"
 
 missing=$(comm -23 "$tmp/declared" "$tmp/exported")

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "support/channel_fixture.h"
+#include "tr104/notify.h"
 
 namespace {
 
@@ -208,3 +209,18 @@ TEST_F(Convention, TypedExchangeMessagesOnlyWhileDebugging) {
 }
 
 }  // namespace
+
+// This executable, like test programs and tools, provides neither the management agent's
+// function nor the board-support one: the library loaded and must skip the calls.
+TEST(HostImports, NotificationWithoutAnAgentIsSkipped) {
+    char name[] = "InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1.Line.1.DirectoryNumber";
+    char value[] = "1";
+    char *names[] = {name};
+    char *values[] = {value};
+    gTr104CfgDebug = 1;
+    testing::internal::CaptureStdout();
+    Tr104NotifyChangeValuesToTr069(names, values, 1);
+    const std::string out = testing::internal::GetCapturedStdout();
+    gTr104CfgDebug = 0;
+    EXPECT_NE(out.find("return value = [-1]"), std::string::npos) << out;
+}
