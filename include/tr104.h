@@ -4,5 +4,8 @@
 
 #include "tr104/channel.h"
 #include "tr104/framework.h"
+#include "tr104/notify.h"
+#include "tr104/common.h"
+#include "tr104/codec.h"
 
 #endif
