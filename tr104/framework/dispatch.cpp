@@ -1,0 +1,153 @@
+// The exported wrappers that pass a handler call on to the SIP or the H.248 variant.
+//
+// Every wrapper reads gTr104CurrProtocolType once and hands its own arguments, unchanged, to
+// the variant its family names for that protocol.  The wrappers are generated from the lists of
+// dispatch_table.h; one generic body per family does the work.
+//
+// Variants are referenced weakly: a variant that is not part of this build leaves a null
+// address, and the wrapper then answers -1 for that protocol.  Once a variant is defined in the
+// library (or by the process that loads it) the same wrapper reaches it without change.
+#include <cstdint>
+
+#include "tr104/channel.h"
+#include "tr104/framework.h"
+#include "tr104/framework/debug.h"
+#include "tr104/framework/dispatch_table.h"
+#include "tr104/handlers.h"
+#include "tr104/protocol.h"
+
+namespace {
+
+using Handler = int (*)(int nFlag, void *pValue, int *nLocate);
+using Notifier = int (*)(const Tr104Msg *msg);
+
+// What a wrapper does under one protocol.
+enum class Route : uint8_t {
+    Sip,     // call the SIP variant
+    H248,    // call the H.248 variant
+    Refuse,  // -1
+    Accept,  // 0, nothing done
+};
+
+struct Family {
+    Route underSip;
+    Route underH248;  // any other protocol refuses
+};
+
+constexpr Family kBothProtocols{Route::Sip, Route::H248};
+constexpr Family kSipOnly{Route::Sip, Route::Refuse};
+constexpr Family kSipTolerated{Route::Sip, Route::Accept};
+constexpr Family kH248Only{Route::Refuse, Route::H248};
+constexpr Family kSipStub{Route::Accept, Route::Refuse};
+
+inline Route routeFor(const Family &family, int protocol) {
+    switch (protocol) {
+        case TR104_PROTOCOL_SIP:
+            return family.underSip;
+        case TR104_PROTOCOL_H248:
+            return family.underH248;
+        default:
+            return Route::Refuse;
+    }
+}
+
+inline int dispatch(const Family &family, Handler sip, Handler h248, int nFlag, void *pValue, int *nLocate) {
+    const int protocol = gTr104CurrProtocolType;
+    switch (routeFor(family, protocol)) {
+        case Route::Sip:
+            return sip != nullptr ? sip(nFlag, pValue, nLocate) : -1;
+        case Route::H248:
+            return h248 != nullptr ? h248(nFlag, pValue, nLocate) : -1;
+        case Route::Accept:
+            return 0;
+        case Route::Refuse:
+            break;
+    }
+    return -1;
+}
+
+// Under any protocol but SIP the inbound message is dropped.
+inline int notify(Notifier sip, const Tr104Msg *msg) {
+    if (gTr104CurrProtocolType == TR104_PROTOCOL_SIP && sip != nullptr) {
+        return sip(msg);
+    }
+    return 0;
+}
+
+}  // namespace
+
+// Weak references to the variants.
+#define TR104_WEAK_SIP(name) extern "C" __attribute__((weak)) int name##Sip(int, void *, int *);
+#define TR104_WEAK_H248(name) extern "C" __attribute__((weak)) int name##H248(int, void *, int *);
+#define TR104_WEAK_BOTH(name) TR104_WEAK_SIP(name) TR104_WEAK_H248(name)
+#define TR104_WEAK_NOTIFY(name) extern "C" __attribute__((weak)) int name##Sip(const Tr104Msg *);
+
+TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WEAK_BOTH)
+TR104_SIP_ONLY_WRAPPERS(TR104_WEAK_SIP)
+TR104_SIP_TOLERATED_WRAPPERS(TR104_WEAK_SIP)
+TR104_H248_ONLY_WRAPPERS(TR104_WEAK_H248)
+TR104_CHANGE_NOTIFY_WRAPPERS(TR104_WEAK_NOTIFY)
+extern "C" __attribute__((weak)) int Tr104LineCallerIdFlagSip(int, void *, int *);
+extern "C" __attribute__((weak)) int Tr104PhyReferenceListSip(int, void *, int *);
+
+// The exported wrappers, one line each.
+#define TR104_WRAPPER(name, family, sip, h248)                                 \
+    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {    \
+        return dispatch(family, sip, h248, nFlag, pValue, nLocate);           \
+    }
+#define TR104_WRAP_BOTH(name) TR104_WRAPPER(name, kBothProtocols, name##Sip, name##H248)
+#define TR104_WRAP_SIP_ONLY(name) TR104_WRAPPER(name, kSipOnly, name##Sip, nullptr)
+#define TR104_WRAP_SIP_TOLERATED(name) TR104_WRAPPER(name, kSipTolerated, name##Sip, nullptr)
+#define TR104_WRAP_H248_ONLY(name) TR104_WRAPPER(name, kH248Only, nullptr, name##H248)
+#define TR104_WRAP_SIP_STUB(name) TR104_WRAPPER(name, kSipStub, nullptr, nullptr)
+#define TR104_WRAP_NOTIFY(name) \
+    extern "C" TR104_API int name(const Tr104Msg *msg) { return notify(name##Sip, msg); }
+
+TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WRAP_BOTH)
+TR104_SIP_ONLY_WRAPPERS(TR104_WRAP_SIP_ONLY)
+TR104_SIP_TOLERATED_WRAPPERS(TR104_WRAP_SIP_TOLERATED)
+TR104_H248_ONLY_WRAPPERS(TR104_WRAP_H248_ONLY)
+TR104_CHANGE_NOTIFY_WRAPPERS(TR104_WRAP_NOTIFY)
+TR104_SIP_STUB_WRAPPERS(TR104_WRAP_SIP_STUB)
+
+// Caller ID under H.248 has no variant: the H.248 stack always presents it, so a get reports 1
+// and a set is accepted and ignored.
+extern "C" TR104_API int Tr104LineCallerIdFlag(int nFlag, void *pValue, int *nLocate) {
+    const int protocol = gTr104CurrProtocolType;
+    if (protocol == TR104_PROTOCOL_SIP) {
+        return Tr104LineCallerIdFlagSip != nullptr ? Tr104LineCallerIdFlagSip(nFlag, pValue, nLocate) : -1;
+    }
+    if (protocol != TR104_PROTOCOL_H248) {
+        return -1;
+    }
+    if (pValue == nullptr) {
+        TR104_DEBUG("param error, pLineCallerIdFlag is null\n");
+        return -2;
+    }
+    if (nFlag == 0) {
+        *static_cast<int *>(pValue) = 1;
+        return 0;
+    }
+    if (nFlag == 1) {
+        return 0;
+    }
+    TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
+    return -2;
+}
+
+// The line swap checks its arguments whatever the protocol, then goes to the SIP variant.
+extern "C" TR104_API int Tr104PhyReferenceList(int nFlag, void *pValue, int *nLocate) {
+    if (pValue == nullptr) {
+        TR104_DEBUG("param error, pPhyReferenceList is null\n");
+        return -2;
+    }
+    if (nLocate == nullptr || (nLocate[2] != 1 && nLocate[2] != 2)) {
+        TR104_DEBUG("param error, nLocate[2]=%d\n", nLocate != nullptr ? nLocate[2] : -1);
+        return -2;
+    }
+    TR104_DEBUG("Invoke function %s.\r\n", __func__);
+    if (gTr104CurrProtocolType == TR104_PROTOCOL_SIP && Tr104PhyReferenceListSip != nullptr) {
+        return Tr104PhyReferenceListSip(nFlag, pValue, nLocate);
+    }
+    return -1;
+}
