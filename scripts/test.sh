@@ -2,7 +2,8 @@
 # The whole test suite: installs what is missing, then builds and runs every configuration:
 # the host build, the host build under AddressSanitizer+UBSan and under ThreadSanitizer, and the
 # device build (32-bit big-endian MIPS: library, emulator and tests cross-built, every test run
-# under qemu-mips).  Succeeds only when every suite passes.
+# under qemu-mips).  Every suite runs even when an earlier one fails, so that one run shows all
+# failures; the command succeeds only when every suite passes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 start=$SECONDS
@@ -10,19 +11,28 @@ bash scripts/install-deps.sh
 jobs=$(nproc 2>/dev/null || echo 2)
 export TR104_JOBS=$jobs
 
-timings=()
+results=()
+failed=0
 run_preset() {
-  local p=$1 t0=$SECONDS
+  local p=$1 t0=$SECONDS status=passed
   echo "=== $p: configure, build, test ==="
-  cmake --preset "$p" >/dev/null
-  cmake --build --preset "$p" -j "$jobs"
-  ctest --preset "$p"
-  timings+=("$p $((SECONDS - t0)) s")
+  if ! { cmake --preset "$p" >/dev/null && cmake --build --preset "$p" -j "$jobs" && ctest --preset "$p"; }; then
+    status=FAILED
+    failed=1
+  fi
+  results+=("$p $status in $((SECONDS - t0)) s")
 }
 
 run_preset host
 run_preset asan
 run_preset tsan
 run_preset mips
-echo "=== suite times: $(IFS=,; echo "${timings[*]}" | sed 's/,/, /g') ==="
+printf '=== %s\n' "${results[@]}"
+if [ -f build/mips/libtr104.stripped.so ]; then
+  echo "=== stripped MIPS libtr104.so: $(wc -c < build/mips/libtr104.stripped.so) bytes ==="
+fi
+if ((failed)); then
+  echo "=== some suites FAILED ($((SECONDS - start)) s) ==="
+  exit 1
+fi
 echo "=== all suites passed in $((SECONDS - start)) s ==="
