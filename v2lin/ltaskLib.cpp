@@ -234,8 +234,13 @@ void applyTaskPriority(V2LIN_TCB *tcb, int priority) {
     int policy = SCHED_FIFO;
     pthread_attr_getschedpolicy(&tcb->attr, &policy);
     rc = pthread_setschedparam(tcb->thread, policy, &sp);
-    if (rc != 0) errnoLine(rc);
+    if (rc == EPERM)
+        missingPrivilege();
+    else if (rc != 0)
+        errnoLine(rc);
 }
+
+void missingPrivilege() { pthread_once(&gFallbackOnce, reportFallback); }
 
 void errnoLine(int code) {
     int oldState;
@@ -327,7 +332,7 @@ int startTaskThread(V2LIN_TCB *tcb) {
     if (rc == EPERM) {
         // Explicit real-time scheduling needs a privilege this process lacks: run the task with
         // the creator's scheduling instead, and say so once.
-        pthread_once(&gFallbackOnce, reportFallback);
+        missingPrivilege();
         pthread_attr_setinheritsched(&tcb->attr, PTHREAD_INHERIT_SCHED);
         rc = pthread_create(&th, &tcb->attr, taskWrapper, tcb);
     }
@@ -375,7 +380,8 @@ V2LIN_TCB *task_for(int32_t id) {
 void link_susp_task(V2LIN_TCB **list, V2LIN_TCB *task) {
     if (!task) return;
     pthread_mutex_lock(&task_list_lock);
-    task->waitNext = nullptr;
+    // An earlier occurrence is spliced out with its link still intact, so that the tasks behind
+    // it stay on the list; then the task goes to the tail with a cleared link.
     V2LIN_TCB **pp = list;
     while (*pp) {
         if (*pp == task)
@@ -383,6 +389,7 @@ void link_susp_task(V2LIN_TCB **list, V2LIN_TCB *task) {
         else
             pp = &(*pp)->waitNext;
     }
+    task->waitNext = nullptr;
     *pp = task;
     __atomic_or_fetch(&task->state, V2LIN_TASK_PENDED, __ATOMIC_RELAXED);
     pthread_mutex_unlock(&task_list_lock);

@@ -41,6 +41,10 @@ V2LIN_TCB *myTaskLocked();
 // attributes' policy (errno line on failure); task_list_lock held.
 void applyTaskPriority(V2LIN_TCB *tcb, int priority);
 
+// Real-time scheduling is not permitted in this process (EPERM): the errno line is printed once
+// per process, however many scheduling calls meet the same refusal.
+void missingPrivilege();
+
 // Reads a wait-list head under task_list_lock.
 V2LIN_TCB *waitListHead(V2LIN_TCB *const *list);
 
