@@ -1,0 +1,310 @@
+// tr104ctl: a management-agent stand-in.  It loads libtr104.so with dlopen, as the agent does,
+// and gets or sets any exported handler by name with its locator:
+//
+//   tr104ctl get Tr104LineEnable --line 1
+//   tr104ctl set Tr104LineTransmitGain --line 2 -- -5
+//   tr104ctl demo
+//
+// With --emulate (the default when no voice module answers) it first moves into a private IPC
+// namespace and plays the voice module itself.  It also receives the library's change
+// notifications (notifyChangedValues_toTr069) and prints them.
+#include <sched.h>
+#include <sys/ipc.h>
+#include <sys/msg.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ctl/demo.h"
+#include "ctl/invoke.h"
+#include "ctl/library.h"
+#include "ctl/value_kinds.h"
+#include "emulator/protocol_family.h"
+#include "emulator/voice_module_emulator.h"
+
+// The management agent's entry point that the library reports changed values to.
+extern "C" __attribute__((visibility("default"))) int notifyChangedValues_toTr069(int module, char **names,
+                                                                                  char **values, int count) {
+    for (int i = 0; i < count; ++i) {
+        std::printf("notify [module %d] %s = \"%s\"\n", module, names[i] ? names[i] : "", values[i] ? values[i] : "");
+    }
+    std::fflush(stdout);
+    return 0;
+}
+
+namespace {
+
+using namespace tr104ctl;
+
+constexpr int kExitFailed = 1;  // the handler ran and returned -1 or -2
+constexpr int kExitUsage = 2;   // the request was wrong: name, value kind, locator, option
+
+enum class Emulate { Auto, Always, Never };
+
+struct Options {
+    std::string command;
+    CallRequest call;
+    std::vector<std::string> positional;
+    std::string library;
+    Emulate emulate = Emulate::Auto;
+    std::string protocolName;
+    int moduleKind = 1;
+    bool debug = false;
+};
+
+void usage(FILE *out) {
+    std::fprintf(out,
+                 "usage: tr104ctl [options] get HANDLER [locator]\n"
+                 "       tr104ctl [options] set HANDLER [locator] [--] VALUE\n"
+                 "       tr104ctl [options] demo | list\n"
+                 "locator: --line N (nLocate[2], default 1)  --profile N (nLocate[1], default 1)\n"
+                 "         --entry N (nLocate[3])  --direction N (gain: 0 transmit, 1 receive)\n"
+                 "options: --lib PATH            libtr104.so to load (else $TR104_LIBRARY, beside tr104ctl)\n"
+                 "         --emulate             play the voice module in a private IPC namespace\n"
+                 "         --no-emulate          talk to the voice module of this machine only\n"
+                 "         --protocol NAME       protocol name the emulated voice module reports (SIP)\n"
+                 "         --module-kind N       module kind the client opens the channel as (1)\n"
+                 "         --int | --text | --float  value kind of a handler the client does not know\n"
+                 "         --debug               switch the library's handler diagnostics on\n"
+                 "Without --emulate or --no-emulate the emulator plays the voice module when none answers.\n");
+}
+
+int fail(const std::string &message) {
+    std::fprintf(stderr, "tr104ctl: %s\n", message.c_str());
+    return kExitUsage;
+}
+
+// Parses the command line; returns -1 when it is fine, else the exit code.
+int parseOptions(int argc, char **argv, Options *opt) {
+    bool optionsEnded = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (optionsEnded || arg.size() < 2 || arg[0] != '-' || (arg[1] != '-' && arg != "-h")) {
+            opt->positional.push_back(arg);
+            continue;
+        }
+        if (arg == "--") {
+            optionsEnded = true;
+            continue;
+        }
+        auto next = [&](std::string *out) {
+            if (i + 1 >= argc) {
+                return false;
+            }
+            *out = argv[++i];
+            return true;
+        };
+        std::string value;
+        struct Locator {
+            const char *option;
+            int index;
+        };
+        static const Locator kLocators[] = {{"--profile", 1}, {"--line", 2}, {"--entry", 3}};
+        bool handled = false;
+        for (const Locator &loc : kLocators) {
+            if (arg == loc.option) {
+                if (!next(&value) || !parseInt(value, 0, 65535, &opt->call.locate[loc.index])) {
+                    return fail(std::string("bad locator ") + loc.option + " '" + value +
+                                "': give a number from 0 to 65535");
+                }
+                handled = true;
+            }
+        }
+        if (handled) {
+            continue;
+        }
+        if (arg == "--direction") {
+            int direction = 0;
+            if (!next(&value) || !parseInt(value, -2147483648L, 2147483647L, &direction)) {
+                return fail("bad --direction '" + value + "': give 0 (transmit) or 1 (receive)");
+            }
+            opt->call.direction = direction;
+        } else if (arg == "--lib") {
+            if (!next(&opt->library)) {
+                return fail("--lib needs a path");
+            }
+        } else if (arg == "--protocol") {
+            if (!next(&opt->protocolName)) {
+                return fail("--protocol needs a name");
+            }
+        } else if (arg == "--module-kind") {
+            if (!next(&value) || !parseInt(value, 1, 7, &opt->moduleKind)) {
+                return fail("bad --module-kind '" + value + "': give 1 to 7");
+            }
+        } else if (arg == "--emulate") {
+            opt->emulate = Emulate::Always;
+        } else if (arg == "--no-emulate") {
+            opt->emulate = Emulate::Never;
+        } else if (arg == "--int") {
+            opt->call.kindOverride = ValueKind::Integer;
+        } else if (arg == "--text") {
+            opt->call.kindOverride = ValueKind::Text;
+        } else if (arg == "--float") {
+            opt->call.kindOverride = ValueKind::Float;
+        } else if (arg == "--debug") {
+            opt->debug = true;
+        } else if (arg == "--help" || arg == "-h") {
+            usage(stdout);
+            return 0;
+        } else {
+            return fail("unknown option " + arg + " (values starting with '-' go after --)");
+        }
+    }
+    if (opt->positional.empty()) {
+        usage(stderr);
+        return kExitUsage;
+    }
+    opt->command = opt->positional[0];
+    const size_t args = opt->positional.size() - 1;
+    if (opt->command == "get" || opt->command == "set") {
+        const size_t wanted = opt->command == "get" ? 1 : 2;
+        if (args != wanted) {
+            return fail(opt->command == "get" ? "usage: tr104ctl get HANDLER [locator]"
+                                              : "usage: tr104ctl set HANDLER [locator] [--] VALUE");
+        }
+        opt->call.handler = opt->positional[1];
+        opt->call.set = opt->command == "set";
+        if (opt->call.set) {
+            opt->call.value = opt->positional[2];
+        }
+    } else if (opt->command == "demo" || opt->command == "list") {
+        if (args != 0) {
+            return fail(opt->command + " takes no arguments");
+        }
+    } else {
+        return fail("unknown command '" + opt->command + "' (get, set, demo, list)");
+    }
+    return -1;
+}
+
+int listHandlers() {
+    for (const HandlerKind &row : kHandlerKinds) {
+        std::printf("%-36s %s\n", row.name, kindName(row.kind));
+    }
+    return 0;
+}
+
+// The channel: the voice module of this machine, or the emulator in a private IPC namespace.
+class Channel {
+public:
+    explicit Channel(const Library &lib) : lib_(lib) {}
+
+    bool emulate(const std::string &protocolName) {
+        if (unshare(CLONE_NEWIPC) != 0) {
+            std::fprintf(stderr, "tr104ctl: cannot enter a private IPC namespace for the emulator: %s (run as root)\n",
+                         std::strerror(errno));
+            return false;
+        }
+        emulator_ = std::make_unique<vmemu::VoiceModuleEmulator>();
+        if (!protocolName.empty()) {
+            vmemu::setProtocolName(*emulator_, protocolName);
+        }
+        return emulator_->start();
+    }
+
+    // Opens the queues as the given module kind and learns the protocol.  false when the
+    // queues cannot be opened; *answered says whether the voice module answered.
+    bool open(int moduleKind, bool *answered) {
+        auto init = lib_.function<int (*)(int)>("tr104VoiceMsgQueuesInit");
+        auto refresh = lib_.function<int (*)()>("Tr104RefreshCurrProtocolType");
+        if (init == nullptr || init(moduleKind) != 0) {
+            std::fprintf(stderr, "tr104ctl: cannot open the channel to the voice module\n");
+            return false;
+        }
+        *answered = refresh != nullptr && refresh() == 0;
+        return true;
+    }
+
+    // Forgets the queues of this namespace, so that the next open() finds the emulator's.
+    void forget() {
+        for (const char *name : {"gTr104RcvMsgQueueSemId", "gTr104SndMsgQueueId", "gTr104RcvOutMsgQueueId",
+                                 "gTr104RcvInMsgQueueId"}) {
+            if (int32_t *id = lib_.variable<int32_t>(name)) {
+                *id = -1;
+            }
+        }
+    }
+
+    vmemu::VoiceModuleEmulator *emulator() { return emulator_.get(); }
+
+private:
+    const Library &lib_;
+    std::unique_ptr<vmemu::VoiceModuleEmulator> emulator_;
+};
+
+bool voiceModuleQueueExists() { return msgget(TR104_SND_QUEUE_KEY, 0) != -1; }
+
+int connect(Channel &channel, const Options &opt) {
+    bool answered = false;
+    Emulate mode = opt.command == "demo" ? Emulate::Always : opt.emulate;
+    if (mode == Emulate::Auto && !voiceModuleQueueExists()) {
+        mode = Emulate::Always;
+    }
+    if (mode == Emulate::Always) {
+        if (!channel.emulate(opt.protocolName)) {
+            return kExitUsage;
+        }
+        return channel.open(opt.moduleKind, &answered) ? -1 : kExitFailed;
+    }
+    if (!channel.open(opt.moduleKind, &answered)) {
+        return kExitFailed;
+    }
+    if (!answered && mode == Emulate::Auto) {
+        std::fprintf(stderr, "tr104ctl: no voice module answers; the emulator plays it\n");
+        channel.forget();
+        if (!channel.emulate(opt.protocolName) || !channel.open(opt.moduleKind, &answered)) {
+            return kExitFailed;
+        }
+    } else if (!answered) {
+        std::fprintf(stderr, "tr104ctl: the voice module does not name its protocol\n");
+    }
+    return -1;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    Options opt;
+    if (const int code = parseOptions(argc, argv, &opt); code >= 0) {
+        return code;
+    }
+    if (opt.command == "list") {
+        return listHandlers();
+    }
+    Library lib;
+    std::string error;
+    if (!lib.open(opt.library, &error)) {
+        return fail(error);
+    }
+    Channel channel(lib);
+    if (const int code = connect(channel, opt); code >= 0) {
+        return code;
+    }
+    if (opt.debug) {
+        if (int *debug = lib.variable<int>("gTr104CfgDebug")) {
+            *debug = 1;
+        }
+    }
+    if (opt.command == "demo") {
+        return runDemo(lib, *channel.emulator());
+    }
+
+    const CallResult result = callHandler(lib, opt.call);
+    std::fflush(stdout);
+    if (!result.called) {
+        return fail(result.message);
+    }
+    if (result.rc != 0) {
+        std::fprintf(stderr, "tr104ctl: %s returned %d: %s\n", result.calledName.c_str(), result.rc,
+                     describeFailure(result.rc).c_str());
+        return kExitFailed;
+    }
+    if (!opt.call.set) {
+        std::printf("%s\n", result.shown.c_str());
+    }
+    return 0;
+}

@@ -1,0 +1,138 @@
+// What kind of value each handler takes, so that the client can pass it the right pValue.
+//
+// Entries name the parameter without a protocol ending: "Tr104LineEnable" covers the wrapper
+// and its variants Tr104LineEnableSip and Tr104LineEnableH248.  Areas that add handlers add
+// their rows here.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+
+namespace tr104ctl {
+
+enum class ValueKind {
+    Integer,    // pValue points to a 32-bit integer
+    Text,       // pValue points to a character buffer
+    Float,      // pValue points to a single-precision float
+    Directed,   // Tr104LineGainSip: an integer direction before pValue (non-zero receive)
+};
+
+struct HandlerKind {
+    const char *name;
+    ValueKind kind;
+    size_t textSize;  // Text: the parameter's buffer size (what the agent would pass)
+};
+
+constexpr size_t kDefaultText = 256;
+
+inline constexpr HandlerKind kHandlerKinds[] = {
+    // Protocol
+    {"Tr104VoiceProtocolType", ValueKind::Text, 6},
+    // Line record
+    {"Tr104LineEnable", ValueKind::Text, 16},
+    {"Tr104LineRegister", ValueKind::Integer, 0},
+    {"Tr104LineDisplayName", ValueKind::Text, 65},
+    {"Tr104LineHotlineNum", ValueKind::Text, kDefaultText},
+    {"Tr104LineHotlineDelay", ValueKind::Integer, 0},
+    {"Tr104LineJitterBufferMode", ValueKind::Text, 16},
+    {"Tr104LineMaxJitterBufferValue", ValueKind::Integer, 0},
+    {"Tr104LineMinJitterBufferValue", ValueKind::Integer, 0},
+    // Port status
+    {"Tr104LineRegStatus", ValueKind::Text, 32},
+    {"Tr104LineServerStatus", ValueKind::Integer, 0},
+    {"Tr104PortStatus", ValueKind::Integer, 0},
+    {"Tr104LineHookStatus", ValueKind::Text, 32},
+    {"Tr104LineCallStatus", ValueKind::Text, 32},
+    {"Tr104LineSessionType", ValueKind::Integer, 0},
+    // Voice profile of a line
+    {"Tr104LineTransmitGain", ValueKind::Integer, 0},
+    {"Tr104LineReceiveGain", ValueKind::Integer, 0},
+    {"Tr104LineGain", ValueKind::Directed, 0},
+    {"Tr104LineEchoCancelFlag", ValueKind::Integer, 0},
+    {"Tr104LineComfortNoiseFlag", ValueKind::Integer, 0},
+    {"Tr104LineJitterBufferTarget", ValueKind::Integer, 0},
+    {"Tr104ProfileDTMFMethod", ValueKind::Text, 32},
+    // Line features
+    {"Tr104LineCallWaitingFlag", ValueKind::Integer, 0},
+    {"Tr104LineCall3wayFlag", ValueKind::Integer, 0},
+    {"Tr104LineMaxSessions", ValueKind::Integer, 0},
+    {"Tr104LineCallerIdFlag", ValueKind::Integer, 0},
+    {"Tr104CallerIdMode", ValueKind::Text, 16},
+    {"Tr104CallerIdFormat", ValueKind::Integer, 0},
+    // Timers (seconds) and digit timers
+    {"Tr104StartDigitTimer", ValueKind::Integer, 0},
+    {"Tr104DialToneTimer", ValueKind::Integer, 0},
+    {"Tr104NoAnswerTimer", ValueKind::Integer, 0},
+    {"Tr104BusyToneTimer", ValueKind::Integer, 0},
+    {"Tr104HangingReminderToneTimer", ValueKind::Integer, 0},
+    {"Tr104CallWaitingRejectTimer", ValueKind::Integer, 0},
+    {"Tr104ShortDigitTimer", ValueKind::Integer, 0},
+    {"Tr104LongDigitTimer", ValueKind::Integer, 0},
+    // Digit map
+    {"Tr104ProfileDigitMapEnable", ValueKind::Integer, 0},
+    {"Tr104ProfileDigitMapMatchMode", ValueKind::Text, 8},
+    {"Tr104ProfileDigitMapString", ValueKind::Text, 2048},
+    // Statistics reset and line swap
+    {"Tr104LineResetStatisticsFlag", ValueKind::Integer, 0},
+    {"Tr104PhyReferenceList", ValueKind::Text, 32},
+    // Read-only profile values
+    {"Tr104MaxSessionsPerLine", ValueKind::Integer, 0},
+    {"Tr104MaxSessionsAllLines", ValueKind::Integer, 0},
+    {"Tr104RTCPFlag", ValueKind::Integer, 0},
+    {"Tr104RTPRedundancyFlag", ValueKind::Integer, 0},
+    {"Tr104VlanTagCoupledFlag", ValueKind::Integer, 0},
+    {"Tr104FaxT38Flag", ValueKind::Integer, 0},
+    {"Tr104FaxPassThroughFlag", ValueKind::Integer, 0},
+    {"Tr104ModemPassThroughFlag", ValueKind::Integer, 0},
+    {"Tr104DigitMapFlag", ValueKind::Integer, 0},
+    {"Tr104NumberingPlanFlag", ValueKind::Integer, 0},
+    {"Tr104ProfileNumberOfLines", ValueKind::Integer, 0},
+    {"Tr104ProfileWanName", ValueKind::Text, 64},
+    // Codecs
+    {"Tr104LineCodecList", ValueKind::Text, kDefaultText},
+    // Line identity
+    {"Tr104LineTelNum", ValueKind::Text, 66},
+    {"Tr104LineURI", ValueKind::Text, 66},
+    {"Tr104LineAuthUserName", ValueKind::Text, 66},
+    {"Tr104LineAuthPassword", ValueKind::Text, 66},
+};
+
+// The parameter name without its protocol ending.
+inline std::string baseName(const std::string &name) {
+    for (const char *suffix : {"Sip", "H248"}) {
+        const size_t len = std::strlen(suffix);
+        if (name.size() > len && name.compare(name.size() - len, len, suffix) == 0) {
+            return name.substr(0, name.size() - len);
+        }
+    }
+    return name;
+}
+
+// The row of a handler or of one of its variants; nullptr when the client does not know it.
+inline const HandlerKind *findKind(const std::string &name) {
+    for (const std::string &candidate : {name, baseName(name)}) {
+        for (const HandlerKind &row : kHandlerKinds) {
+            if (candidate == row.name) {
+                return &row;
+            }
+        }
+    }
+    return nullptr;
+}
+
+inline const char *kindName(ValueKind kind) {
+    switch (kind) {
+        case ValueKind::Integer:
+            return "integer";
+        case ValueKind::Text:
+            return "text";
+        case ValueKind::Float:
+            return "float";
+        case ValueKind::Directed:
+            return "integer with a direction (--direction 0 transmit, 1 receive)";
+    }
+    return "?";
+}
+
+}  // namespace tr104ctl
