@@ -392,7 +392,15 @@ bool VoiceModuleEmulator::sendInbound(long module, uint32_t cmdType, uint32_t cm
     if (payload != nullptr) {
         std::memcpy(msg.text + TR104_TEXT_RSP_OFFSET, payload, std::min<size_t>(len, TR104_RSP_BUFFER_LEN));
     }
-    return msgsnd(queue, &msg, TR104_MSG_TEXT_LEN, IPC_NOWAIT) == 0;
+    // The queue holds three messages; give the reader up to two seconds to make room.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (msgsnd(queue, &msg, TR104_MSG_TEXT_LEN, IPC_NOWAIT) != 0) {
+        if (errno != EAGAIN || std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
 }
 
 std::vector<Request> VoiceModuleEmulator::requests() const {

@@ -119,7 +119,7 @@ public:
     void clearFaults();
 
     // Unsolicited message on the inbound queue of a module (7, 9, 10, 15).  false when the
-    // module has no inbound queue or the send fails.
+    // module has no inbound queue or the send fails (a full queue is retried for two seconds).
     bool sendInbound(long module, uint32_t cmdType, uint32_t cmd, const void *payload, size_t len);
 
     // The request log.

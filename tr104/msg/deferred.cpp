@@ -1,0 +1,148 @@
+// The deferred parameter buffer: related parameter writes collected per group and applied in
+// one message, at once when the group is complete or by the slot's watchdog.
+#include <cstdio>
+#include <cstring>
+
+#include "tr104/codec.h"
+#include "tr104/framework/debug.h"
+#include "tr104/msg/record_layout.h"
+#include "tr104/startup.h"
+
+// The groups' apply functions live with their handlers.  They are referenced weakly so that a
+// group whose handlers are not part of this build simply has no apply function.
+extern "C" {
+__attribute__((weak)) int setIpConfig(Tr104Msg *, void *);
+__attribute__((weak)) int setRegServer(Tr104Msg *, void *);
+__attribute__((weak)) int setSecondaryRegServer(Tr104Msg *, void *);
+__attribute__((weak)) int setProxyServer(Tr104Msg *, void *);
+__attribute__((weak)) int setSecondaryProxyServer(Tr104Msg *, void *);
+__attribute__((weak)) int setLineAuthCfg(Tr104Msg *, void *);
+__attribute__((weak)) int setSipVlanParam(Tr104Msg *, void *);
+__attribute__((weak)) int setRtpVlanParam(Tr104Msg *, void *);
+__attribute__((weak)) int setOutBoundProxyServer(Tr104Msg *, void *);
+__attribute__((weak)) int setSecondaryOutBoundProxyServer(Tr104Msg *, void *);
+}
+
+extern "C" {
+TR104_API int32_t gTr104CfgParamTimeout = 5000;
+
+TR104_API Tr104CfgParamInfo gTr104CfgParamInfo[TR104_CFG_PARAM_SLOTS] = {
+    {0, {}, 0, nullptr, setIpConfig, 3},
+    {0, {}, 0, nullptr, setRegServer, 2},
+    {0, {}, 0, nullptr, setSecondaryRegServer, 2},
+    {0, {}, 0, nullptr, setProxyServer, 2},
+    {0, {}, 0, nullptr, setSecondaryProxyServer, 2},
+    {0, {}, 0, nullptr, setLineAuthCfg, 2},
+    {0, {}, 0, nullptr, setSipVlanParam, 6},
+    {0, {}, 0, nullptr, setRtpVlanParam, 6},
+    {0, {}, 0, nullptr, setOutBoundProxyServer, 2},
+    {0, {}, 0, nullptr, setSecondaryOutBoundProxyServer, 2},
+    // Slots 10 to 19 hold no group.
+};
+}
+
+namespace {
+
+bool validSlot(int slot) { return slot >= 0 && slot < TR104_CFG_PARAM_SLOTS; }
+
+// The watchdog calls a routine with one 32-bit argument; the slot's routine returns a status
+// that nobody reads on the timer task.
+void onSlotTimer(int32_t slot) { (void)timerHandleFunc(slot); }
+
+bool groupComplete(const Tr104CfgParamInfo &info) {
+    const uint32_t all = info.paramCount >= 16 ? 0xFFFFu : ((1u << info.paramCount) - 1u);
+    return (info.cfgFlag & all) == all;
+}
+
+}  // namespace
+
+extern "C" TR104_API int constructTr104CfgParamInfo(void) {
+    for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
+        Tr104CfgParamInfo &info = gTr104CfgParamInfo[slot];
+        std::memset(info.paramBuffer, 0, sizeof(info.paramBuffer));
+        info.wdId = wdCreate();
+        if (info.wdId == nullptr) {
+            printf("wdCreate timer[%d] is NULL \n", slot);
+            return -1;
+        }
+    }
+    CodecListUnitConfigInit();
+    return 0;
+}
+
+extern "C" TR104_API void resetTr104CfgParamInfo(int nCfgParamTimerType) {
+    if (!validSlot(nCfgParamTimerType)) {
+        return;
+    }
+    Tr104CfgParamInfo &info = gTr104CfgParamInfo[nCfgParamTimerType];
+    if (wdCancel(info.wdId) != 0) {
+        TR104_DEBUG("wdCancel timer[%d] Id[%d]failure.\n", nCfgParamTimerType,
+                    static_cast<int>(reinterpret_cast<intptr_t>(info.wdId)));
+    }
+    info.timerStarted = 0;
+    std::memset(info.paramBuffer, 0, sizeof(info.paramBuffer));
+    info.cfgFlag = 0;
+}
+
+extern "C" TR104_API int tr104CfgParamHandleByTimer(int nCfgParamTimerType, Tr104Msg *msg, void *buffer) {
+    if (!validSlot(nCfgParamTimerType)) {
+        return -1;
+    }
+    const int slot = nCfgParamTimerType;
+    Tr104CfgParamInfo &info = gTr104CfgParamInfo[slot];
+    if (info.timerStarted == 0) {
+        if (wdStart(info.wdId, gTr104CfgParamTimeout, onSlotTimer, slot) != 0) {
+            TR104_DEBUG("start timer[%d] failure. \n", slot);
+        }
+        info.timerStarted = 1;
+    }
+    if (!groupComplete(info)) {
+        return 0;
+    }
+    if (info.timeroutFuncHandle == nullptr) {
+        TR104_DEBUG("[%d] timeroutFuncHandle = NULL!\n", slot);
+        resetTr104CfgParamInfo(slot);
+        return 0;
+    }
+    if (info.timeroutFuncHandle(msg, buffer) == -1) {
+        TR104_DEBUG("set Param timeout failed.\n");
+        resetTr104CfgParamInfo(slot);
+        return -1;
+    }
+    resetTr104CfgParamInfo(slot);
+    return 0;
+}
+
+extern "C" TR104_API int timerHandleFunc(int nCfgParamTimerType) {
+    TR104_DEBUG("nCfgParamTimerType[%d]\n", nCfgParamTimerType);
+    if (!validSlot(nCfgParamTimerType)) {
+        return 0;
+    }
+    Tr104CfgParamInfo &info = gTr104CfgParamInfo[nCfgParamTimerType];
+    Tr104Msg msg;
+    if (tr104MsgConstruct(&msg) != 0) {
+        TR104_DEBUG("construct msg fail!\n");
+        return -2;
+    }
+    if (info.timeroutFuncHandle != nullptr) {
+        (void)info.timeroutFuncHandle(&msg, info.paramBuffer);
+    } else {
+        printf("[%d] timeroutFuncHandle = NULL!\n", nCfgParamTimerType);
+    }
+    resetTr104CfgParamInfo(nCfgParamTimerType);
+    return 0;
+}
+
+extern "C" TR104_API uint16_t getTr104CfgParamInfoCfgFlag(int nCfgParamTimerType) {
+    return validSlot(nCfgParamTimerType) ? gTr104CfgParamInfo[nCfgParamTimerType].cfgFlag : 0;
+}
+
+extern "C" TR104_API void appendTr104CfgParamInfoCfgFlag(int nCfgParamTimerType, uint16_t bits) {
+    if (validSlot(nCfgParamTimerType)) {
+        gTr104CfgParamInfo[nCfgParamTimerType].cfgFlag |= bits;
+    }
+}
+
+extern "C" TR104_API void *getTr104CfgParamInfoParamBuffer(int nCfgParamTimerType) {
+    return validSlot(nCfgParamTimerType) ? gTr104CfgParamInfo[nCfgParamTimerType].paramBuffer : nullptr;
+}

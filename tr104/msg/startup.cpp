@@ -1,0 +1,159 @@
+// Start-up of the library and the inbound-message thread.
+#include <pthread.h>
+#include <sys/ipc.h>
+#include <sys/msg.h>
+#include <sys/sem.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "tr104/framework/debug.h"
+#include "tr104/startup.h"
+
+// Handlers of inbound messages that live with the protocol dispatch; referenced weakly so that
+// a message whose handler is not part of this build is dropped.
+extern "C" {
+__attribute__((weak)) int Tr104SetProtocolType(const Tr104Msg *msg);
+__attribute__((weak)) int Tr104RegParamsChangeNotify(const Tr104Msg *msg);
+__attribute__((weak)) int Tr104ProxyParamsChangeNotify(const Tr104Msg *msg);
+__attribute__((weak)) int Tr104LineTelNumChangeNotify(const Tr104Msg *msg);
+__attribute__((weak)) int Tr104LineAuthParamsChangeNotify(const Tr104Msg *msg);
+}
+
+namespace {
+
+constexpr uint32_t kSaveVoiceCfgCmd = 99;
+constexpr useconds_t kInboundPause = 100;
+
+using InboundHandler = int (*)(const Tr104Msg *);
+
+struct InboundCommand {
+    uint32_t cmd;
+    InboundHandler handler;  // null: consumed silently
+};
+
+// Inbound command ids and what each does.
+const InboundCommand kInboundCommands[] = {
+    {3, Tr104SetProtocolType},
+    {12, Tr104SetDebugLevel},
+    {37, nullptr},
+    {42, nullptr},
+    {45, nullptr},
+    {46, nullptr},
+    {16391, Tr104RegParamsChangeNotify},
+    {16395, Tr104ProxyParamsChangeNotify},
+    {16584, Tr104LineTelNumChangeNotify},
+    {16587, Tr104LineAuthParamsChangeNotify},
+};
+
+}  // namespace
+
+extern "C" TR104_API void processVoiceModuleMsg(const Tr104Msg *pVoiceModuleMsg) {
+    if (pVoiceModuleMsg == nullptr) {
+        return;
+    }
+    for (const InboundCommand &entry : kInboundCommands) {
+        if (entry.cmd == pVoiceModuleMsg->cmd) {
+            if (entry.handler != nullptr) {
+                entry.handler(pVoiceModuleMsg);
+            }
+            return;
+        }
+    }
+    printf("pVoiceModuleMsg->cmd=%d error.\n", static_cast<int>(pVoiceModuleMsg->cmd));
+}
+
+extern "C" TR104_API void *RecvInMsgHandleFunction(void *) {
+    Tr104WireMsg wire;
+    std::memset(&wire, 0, sizeof(wire));
+    Tr104Msg msg;
+    std::memset(&msg, 0, sizeof(msg));
+    for (;;) {
+        if (msgrcv(gTr104RcvInMsgQueueId, &wire, TR104_MSG_TEXT_LEN, 0, 0) == -1) {
+            printf("receive in msg failure.");
+            continue;
+        }
+        // The handlers read the message as a record: type, command and the payload area.
+        msg.cmd_type = static_cast<uint32_t>(wire.mtype);
+        std::memcpy(&msg.cmd, wire.text + TR104_TEXT_CMD_OFFSET, sizeof(msg.cmd));
+        std::memcpy(msg.cfgBuffer, wire.text + TR104_TEXT_CFG_OFFSET, TR104_CFG_BUFFER_LEN);
+        std::memcpy(msg.rspBuffer, wire.text + TR104_TEXT_RSP_OFFSET, TR104_RSP_BUFFER_LEN);
+        if (msg.cmd_type == TR104_CMD_TYPE_DATA) {
+            processVoiceModuleMsg(&msg);
+        } else if (msg.cmd_type != TR104_CMD_TYPE_KEEPALIVE) {
+            printf("RecvInMsg.cmd_type=%d error.\n", static_cast<int>(msg.cmd_type));
+        }
+        usleep(kInboundPause);
+    }
+    return nullptr;
+}
+
+extern "C" TR104_API int Tr104VoiceCfgInit(int moduleKind) {
+    printf("\n========Tr104VoiceCfgInit(%d)========\n", moduleKind);
+    if (tr104VoiceMsgQueuesInit(moduleKind) < 0) {
+        puts("Tr104VoiceCfgInit:msgget tr104 send msg queue failed");
+        return -1;
+    }
+    if (v2lin_init() != 0) {
+        puts("Failed to v2lin_init");
+        return -1;
+    }
+    if (constructTr104CfgParamInfo() < 0) {
+        puts("Failed to construct gTr104CfgParamInfo");
+        return -1;
+    }
+    if (moduleKind == 5 || moduleKind == 6 || moduleKind == 7) {
+        return 0;
+    }
+    pthread_t thread;
+    if (pthread_create(&thread, nullptr, RecvInMsgHandleFunction, nullptr) != 0) {
+        puts("create tr104 module receive in msg thread failed!");
+        return -1;
+    }
+    pthread_detach(thread);
+    return 0;
+}
+
+extern "C" TR104_API int VoipOmInit(void) {
+    TR104_DEBUG("enter \r\n");
+    while (gTr104RcvMsgQueueSemId == -1) {
+        gTr104RcvMsgQueueSemId = semget(TR104_SEM_KEY, 1, IPC_CREAT | 0770);
+        if (gTr104RcvMsgQueueSemId == -1) {
+            printf("semget return error: %d\n", errno);
+            return -1;
+        }
+        if (semctl(gTr104RcvMsgQueueSemId, 0, SETVAL, 1) == -1) {
+            printf("semctl return error: %d\n", errno);
+            return -1;
+        }
+    }
+    while (gTr104SndMsgQueueId == -1) {
+        gTr104SndMsgQueueId = msgget(TR104_SND_QUEUE_KEY, IPC_CREAT);
+        if (gTr104SndMsgQueueId == -1) {
+            printf("\r\n msgget VoipOmInit send msg queue failed, errno = %d", errno);
+            return -1;
+        }
+    }
+    while (gTr104RcvOutMsgQueueId == -1) {
+        gTr104RcvOutMsgQueueId = msgget(160, IPC_CREAT);
+        if (gTr104RcvOutMsgQueueId == -1) {
+            printf("msgget tr104 receive msg queue failed, errno = %d\n", errno);
+            return -1;
+        }
+    }
+    return 0;
+}
+
+extern "C" TR104_API int Tr104VoiceCfgSave(void) {
+    printf("\n=====Tr104VoiceCfgSave()=====");
+    Tr104Msg msg;
+    tr104MsgConstruct(&msg);
+    msg.cmd = kSaveVoiceCfgCmd;
+    if (msgSndAndRcvSem(&msg, 1) == -1) {
+        TR104_DEBUG("SAVE_VOICE_CFG msg snd failed.\n");
+        return -1;
+    }
+    return 0;
+}
