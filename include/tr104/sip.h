@@ -1,0 +1,280 @@
+/*
+ * SIP line and profile handlers: the SIP variants of the per-line and per-profile parameters
+ * (line enable and registration, status, caller ID, call waiting, three-way calling, gains,
+ * echo cancellation, comfort noise, DTMF method, jitter buffer, digit map, signalling timers,
+ * hotline, display name, statistics reset, line swap) and the records they exchange with the
+ * voice module.
+ *
+ * Every handler has the convention of framework.h: int Tr104<Param>Sip(nFlag, pValue, nLocate),
+ * nLocate[2] the line (1 or 2, the voice module's port number), returning 0, -1 (exchange
+ * failed) or -2 (bad argument).  Handlers of profile-wide values ignore nLocate.  Text values are
+ * copied into the caller's buffer, which must hold the parameter's longest text (2048 bytes for
+ * the digit map).
+ *
+ * Records hold integers in the platform's byte order (the voice module shares it) and are
+ * zero-filled before use; a set request carries only the line (or profile name) and the one
+ * value being changed.
+ */
+#ifndef TR104_SIP_H
+#define TR104_SIP_H
+
+#include <stdint.h>
+
+#include "tr104/export.h"
+
+TR104_EXTERN_C_BEGIN
+
+/* Command ids of the SIP line and profile records. */
+enum Tr104SipCommandId {
+    CREATE_PROFILE_ID = 16405,
+    SET_PROFILE_CMD_ID = 16407,
+    GET_PROFILE_CMD_ID = 16408,
+    BIND_PROFILE_ID = 16409,
+    CREATE_SET_BIND_PROFILE_ID = 16410,
+    SET_MIN_JIT_VALUE_ID = 16413,
+    GET_MIN_JIT_VALUE_ID = 16414,
+    SET_MAX_JIT_VALUE_ID = 16415,
+    GET_MAX_JIT_VALUE_ID = 16416,
+    SET_JIT_MODE_ID = 16417,
+    GET_JIT_MODE_ID = 16418,
+    REGISTER_LINE_ID = 16421,
+    UNREGISTER_LINE_ID = 16422,
+    SET_SIG_TIMEOUT_ID = 16460,
+    GET_SIG_TIMEOUT_ID = 16461,
+    SET_DIG_TIMEOUT = 16475,
+    GET_DIG_TIMEOUT = 16476,
+    SET_DIGITMAP_ID = 16477,
+    GET_DIGITMAP_ID = 16478,
+    ENABLE_DIGITMAP_ID = 16479,
+    DISABLE_DIGITMAP_ID = 16480,
+    SET_DigitMapMatchMode_ID = 16481,
+    GET_DigitMapMatchMode_ID = 16482,
+    GET_MAX_SESSIONS_PER_LINE_ID = 16496,
+    GET_MAX_SESSIONS_ALL_LINES_ID = 16497,
+    GET_RTCP_FLAG_ID = 16498,
+    GET_RTP_REDUNDANCY_FLAG_ID = 16499,
+    GET_VLAN_TAG_COUPLED_FLAG_ID = 16500,
+    GET_FAX_T38_FLAG_ID = 16501,
+    GET_FAX_PASS_THROUGH_FLAG_ID = 16502,
+    GET_MODEM_PASS_THROUGH_FLAG_ID = 16503,
+    GET_DIGITMAP_FLAG_ID = 16504,
+    GET_NUMBERING_PLAN_FLAG_ID = 16505,
+    GET_DIGITMAP_ENABLE_ID = 16516,
+    GET_NUMBER_OF_LINES_ID = 16517,
+    GET_WAN_NAME_ID = 16518,
+    SET_CALLERID_FORMAT_ID = 16546,
+    GET_CALLERID_FORMAT_ID = 16547,
+    SET_CALLERID_MODE_ID = 16566,
+    GET_CALLERID_MODE_ID = 16567,
+    SET_CALL_WAITING_ID = 16568,
+    GET_CALL_WAITING_ID = 16569,
+    SET_CONFERENCE_ID = 16573,
+    GET_CONFERENCE_ID = 16575,
+    SET_HOTLINE_NUM_ID = 16580,
+    GET_HOTLINE_NUM_ID = 16581,
+    SET_HOTLINE_DELAY_ID = 16582,
+    GET_HOTLINE_DELAY_ID = 16583,
+    SET_PORT_DISPLAY_NAME_ID = 16590,
+    GET_PORT_DISPLAY_NAME_ID = 16591,
+    GET_PORT_STATUS_ID = 16592,
+    GET_LINE_ENABLE_ID = 16593,
+    SET_LINE_ENABLE_ID = 16594,
+    RESET_LINE_STATISTICS_ID = 16602
+};
+
+/* Line record (452 bytes): one layout shared by the line commands, each of which fills and
+ * reads only its own fields.  GET_PORT_STATUS_ID answers the status fields. */
+typedef struct Tr104SipLineRecord {
+    uint32_t unLine;             /*   0 line (port) number, 1 or 2 */
+    uint32_t unEnable;           /*   4 1 enabled, 0 disabled */
+    char aHotlineNum[66];        /*   8 hotline number */
+    char aDisplayName[65];       /*  74 display name */
+    uint8_t aucReserved1[1];     /* 139 */
+    uint32_t unPortState;        /* 140 port state code */
+    char aRegState[20];          /* 144 "N/A", "reg-ing", "reg-ok", "reg-fail", "unreg-ing" ... */
+    char aHookState[20];         /* 164 hook state text */
+    char aCallState[172];        /* 184 call state text */
+    uint32_t unProfileId;        /* 356 non-zero when a voice profile is bound to the port */
+    char aProfileName[44];       /* 360 name of the bound profile (21 characters used) */
+    uint32_t unHotlineDelay;     /* 404 hotline delay */
+    uint8_t aucReserved2[24];    /* 408 */
+    uint32_t unMinJitter;        /* 432 minimum jitter buffer */
+    uint32_t unMaxJitter;        /* 436 maximum jitter buffer */
+    char aJitterMode[10];        /* 440 jitter buffer mode text */
+    uint8_t aucReserved3[2];     /* 450 */
+} Tr104SipLineRecord;
+
+/* Change-mask bits of the profile record. */
+#define TR104_PROFILE_CODEC 0x01u
+#define TR104_PROFILE_SILENCE_SUPPRESSION 0x02u
+#define TR104_PROFILE_COMFORT_NOISE 0x04u
+#define TR104_PROFILE_DTMF_METHOD 0x08u
+#define TR104_PROFILE_ECHO_CANCEL 0x10u
+#define TR104_PROFILE_RECEIVE_GAIN 0x20u
+#define TR104_PROFILE_TRANSMIT_GAIN 0x40u
+#define TR104_PROFILE_JITTER_TARGET 0x80u
+#define TR104_PROFILE_PACKETIZATION 0x100u
+#define TR104_PROFILE_T38_BIT_RATE 0x1000u
+#define TR104_PROFILE_T38_PORT_ADD2 0x2000u
+#define TR104_PROFILE_T38_TCF_METHOD 0x4000u
+#define TR104_PROFILE_T38_HIGH_SPEED_REDUNDANCY 0x8000u
+
+/* Profile record (76 bytes): one voice profile of the voice module, bound to a port.  A set
+ * changes only the fields whose bit is in unChangeMask. */
+typedef struct Tr104SipProfileRecord {
+    uint8_t ucPort;                    /*  0 port the profile is bound to (bind requests) */
+    uint8_t ucReserved1;               /*  1 */
+    char aName[22];                    /*  2 profile name ("port%d" when this library creates it) */
+    uint32_t unChangeMask;             /* 24 fields a set changes */
+    uint8_t aucReserved2[10];          /* 28 */
+    uint8_t ucSilenceSuppression;      /* 38 bit 0x02 */
+    uint8_t ucComfortNoise;            /* 39 bit 0x04 */
+    uint8_t ucDtmfMethod;              /* 40 bit 0x08: 0 InBand, 1 RFC2833, 2 RFC2833 Redundancy, 3 SIPInfo */
+    uint8_t ucEchoCancel;              /* 41 bit 0x10 */
+    int8_t cReceiveGain;               /* 42 bit 0x20 */
+    int8_t cTransmitGain;              /* 43 bit 0x40 */
+    uint8_t ucJitterTarget;            /* 44 bit 0x80 */
+    uint8_t ucPacketization;           /* 45 bit 0x100 */
+    uint8_t aucReserved3[10];          /* 46 */
+    uint32_t unT38BitRate;             /* 56 bit 0x1000 */
+    uint32_t unT38TcfMethod;           /* 60 bit 0x4000 */
+    uint32_t unT38HighSpeedRedundancy; /* 64 bit 0x8000 */
+    uint32_t unT38LowSpeedRedundancy;  /* 68 */
+    uint32_t unT38PortAdd2;            /* 72 bit 0x2000 */
+} Tr104SipProfileRecord;
+
+/* Line feature record (76 bytes). */
+typedef struct Tr104SipLineFeatureRecord {
+    uint32_t unLine;            /*  0 line number */
+    uint8_t ucCallerIdMode;     /*  4 0 disabled, 1 FSK, 2 FSK (read only), 3 DTMF */
+    uint8_t ucCallWaiting;      /*  5 call waiting flag */
+    uint8_t aucReserved1[67];   /*  6 */
+    uint8_t ucConference;       /* 73 three-way calling flag */
+    uint8_t aucReserved2[2];    /* 74 */
+} Tr104SipLineFeatureRecord;
+
+/* Selectors of the signalling timer record. */
+#define TR104_SIG_TIMER_START_DIGIT 1u
+#define TR104_SIG_TIMER_NO_ANSWER 2u
+#define TR104_SIG_TIMER_BUSY_TONE 8u
+#define TR104_SIG_TIMER_HANGING_REMINDER 16u
+#define TR104_SIG_TIMER_CALL_WAITING_REJECT 32u
+
+/* Signalling timer record (32 bytes): every timer in milliseconds; a set names the one it
+ * changes in usSelector. */
+typedef struct Tr104SipSignalTimerRecord {
+    uint16_t usSelector;               /*  0 timer being set */
+    uint16_t usReserved;               /*  2 */
+    uint32_t unStartDigit;             /*  4 start-digit (and dial-tone) timer */
+    uint32_t unNoAnswer;               /*  8 */
+    uint32_t unReserved;               /* 12 */
+    uint32_t unBusyTone;               /* 16 */
+    uint32_t unHangingReminder;        /* 20 off-hook warning tone */
+    uint32_t unCallWaitingReject;      /* 24 */
+    uint32_t unReserved2;              /* 28 */
+} Tr104SipSignalTimerRecord;
+
+/* Digit timer record (40 bytes): a set writes one field and 0xFFFFFFFF (unchanged) in the other. */
+#define TR104_DIGIT_TIMER_UNCHANGED 0xFFFFFFFFu
+typedef struct Tr104SipDigitTimerRecord {
+    uint8_t aucReserved1[16];   /*  0 */
+    uint32_t unShortDigit;      /* 16 short inter-digit timer */
+    uint32_t unLongDigit;       /* 20 long inter-digit timer */
+    uint8_t aucReserved2[16];   /* 24 */
+} Tr104SipDigitTimerRecord;
+
+/* One chunk of a digit map written with SET_DIGITMAP_ID (258 bytes). */
+#define TR104_DIGITMAP_CHUNK_CHARS 192
+#define TR104_DIGITMAP_MAX_LEN 2048
+typedef struct Tr104SipDigitMapChunk {
+    uint8_t ucReserved;     /* 0 */
+    uint8_t ucChunk;        /* 1 chunk number, from 0 */
+    char aText[256];        /* 2 the chunk's characters, zero-filled */
+} Tr104SipDigitMapChunk;
+
+/* Digit-map match mode record (258 bytes). */
+typedef struct Tr104SipMatchModeRecord {
+    uint8_t ucMode;             /* 0 0 "Max", 1 "Min" */
+    uint8_t aucReserved[257];
+} Tr104SipMatchModeRecord;
+
+/* Line record fields */
+TR104_API int Tr104LineEnableSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineRegisterSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineDisplayNameSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineHotlineNumSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineHotlineDelaySip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineJitterBufferModeSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineMaxJitterBufferValueSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineMinJitterBufferValueSip(int nFlag, void *pValue, int *nLocate);
+
+/* Port status conversions (get only) */
+TR104_API int Tr104LineRegStatusSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineServerStatusSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104PortStatusSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineHookStatusSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineCallStatusSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineSessionTypeSip(int nFlag, void *pValue, int *nLocate);
+
+/* Voice-profile values of a line (the profile bound to the port, created when missing) */
+TR104_API int Tr104LineTransmitGainSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineReceiveGainSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineEchoCancelFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineComfortNoiseFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineJitterBufferTargetSip(int nFlag, void *pValue, int *nLocate);
+/* nLocate[2] 0 means every line (a get reads line 1). */
+TR104_API int Tr104ProfileDTMFMethodSip(int nFlag, void *pValue, int *nLocate);
+/* nDirection non-zero: receive gain, zero: transmit gain. */
+TR104_API int Tr104LineGainSip(int nFlag, int nDirection, void *pValue, int *nLocate);
+
+/* Line features */
+TR104_API int Tr104LineCallWaitingFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineCall3wayFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineMaxSessionsSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineCallerIdFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104CallerIdModeSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104CallerIdFormatSip(int nFlag, void *pValue, int *nLocate);
+
+/* Profile-wide timers: seconds (signalling timers) or the voice module's unit (digit timers) */
+TR104_API int Tr104StartDigitTimerSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104DialToneTimerSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104NoAnswerTimerSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104BusyToneTimerSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104HangingReminderToneTimerSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104CallWaitingRejectTimerSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104ShortDigitTimerSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LongDigitTimerSip(int nFlag, void *pValue, int *nLocate);
+
+/* Digit map */
+TR104_API int Tr104ProfileDigitMapEnableSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104ProfileDigitMapMatchModeSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104ProfileDigitMapStringSip(int nFlag, void *pValue, int *nLocate);
+
+/* Statistics reset (set 1 only; a get yields 0) */
+TR104_API int Tr104LineResetStatisticsFlagSip(int nFlag, void *pValue, int *nLocate);
+
+/* Read-only profile values (get only) */
+TR104_API int Tr104MaxSessionsPerLineSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104MaxSessionsAllLinesSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104RTCPFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104RTPRedundancyFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104VlanTagCoupledFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104FaxT38FlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104FaxPassThroughFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104ModemPassThroughFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104DigitMapFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104NumberingPlanFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104ProfileNumberOfLinesSip(int nFlag, void *pValue, int *nLocate);
+/* The text needs a buffer of TR104_WAN_NAME_LEN bytes. */
+#define TR104_WAN_NAME_LEN 64
+TR104_API int Tr104ProfileWanNameSip(int nFlag, void *pValue, int *nLocate);
+
+/* Line swap: the physical port ("1" or "2") a line uses.  A set naming the other port swaps
+ * the two lines' directory numbers, user names and passwords. */
+#define TR104_PHY_REFERENCE_LEN 32
+TR104_API extern char gPhyReferenceList[2][TR104_PHY_REFERENCE_LEN];
+TR104_API int Tr104PhyReferenceListSip(int nFlag, void *pValue, int *nLocate);
+
+TR104_EXTERN_C_END
+
+#endif
