@@ -345,12 +345,9 @@ int startTaskThread(V2LIN_TCB *tcb) {
 }
 
 void dumpWords(FILE *stream, const void *record, size_t size) {
-    const unsigned char *p = static_cast<const unsigned char *>(record);
-    for (size_t i = 0; i + 4 <= size; i += 4) {
-        uint32_t w;
-        memcpy(&w, p + i, 4);
-        fprintf(stream, "%x ", w);
-    }
+    // Records are word aligned; the words are read one by one, as the owner may be updating them.
+    const uint32_t *words = static_cast<const uint32_t *>(record);
+    for (size_t i = 0; i < size / 4; i++) fprintf(stream, "%x ", __atomic_load_n(&words[i], __ATOMIC_RELAXED));
 }
 
 }  // namespace v2lin
@@ -748,14 +745,18 @@ int taskRestart(int32_t id) {
 int taskDelay(int ticks) {
     V2LIN_TCB *me = my_task();
     if (me) __atomic_or_fetch(&me->state, V2LIN_TASK_DELAYED, __ATOMIC_RELAXED);
-    // usleep takes a 32-bit count: long delays sleep in half-second pieces.
-    uint64_t usec = ticks > 0 ? static_cast<uint64_t>(ticks) * kTickUsec : 0;
-    constexpr uint64_t kPiece = 500000;
-    while (usec > kPiece) {
-        usleep(static_cast<useconds_t>(kPiece));
-        usec -= kPiece;
-    }
-    usleep(static_cast<useconds_t>(usec));
+    // The sleep goes in one-tick pieces and deletion acts between them: a task is never
+    // cancelled inside usleep itself (whose blocking state would not be unwound cleanly), and a
+    // deleter waits at most one tick.
+    uint32_t pieces = ticks > 0 ? static_cast<uint32_t>(ticks) : 0;
+    do {
+        pthread_testcancel();
+        int oldState;
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &oldState);
+        usleep(pieces ? kTickUsec : 0);
+        pthread_setcancelstate(oldState, nullptr);
+    } while (pieces && --pieces);
+    pthread_testcancel();
     if (me) __atomic_and_fetch(&me->state, ~V2LIN_TASK_DELAYED, __ATOMIC_RELAXED);
     return kOk;
 }

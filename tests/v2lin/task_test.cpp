@@ -269,7 +269,7 @@ TEST_F(Tasks, SelfRestartGoesThroughTheTimerTask) {
     });
     EXPECT_TRUE(waitFor([&] { return runs.load() == 3; }));
     EXPECT_TRUE(waitGone(id));
-    EXPECT_TRUE(waitFor([] { return locker == 0; }));
+    EXPECT_TRUE(waitFor([] { return __atomic_load_n(&locker, __ATOMIC_RELAXED) == 0; }));
 }
 
 TEST_F(Tasks, EntryReturnDeletesTheTask) {
