@@ -11,13 +11,11 @@
 
 namespace {
 
-struct AgentCall {
-    int module;
-    std::vector<std::pair<std::string, std::string>> pairs;
-};
-std::vector<AgentCall> gAgentCalls;
-
 }  // namespace
+
+#include "agent_calls.h"
+
+std::vector<AgentCall> gAgentCalls;
 
 extern "C" __attribute__((visibility("default"))) int notifyChangedValues_toTr069(int module, char **names,
                                                                                   char **values, int count) {

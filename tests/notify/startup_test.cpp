@@ -10,6 +10,7 @@
 #include <string>
 
 #include "support/channel_fixture.h"
+#include "agent_calls.h"
 #include "tr104/startup.h"
 
 namespace {
@@ -106,7 +107,7 @@ protected:
         ASSERT_TRUE(emulator.sendInbound(7, type, cmd, &word, sizeof(word)));
     }
     // Pushes a debug switch and waits until the inbound thread has applied it: everything
-    // pushed before it has been handled too.
+    // pushed before it has been handled too (so the switch must change the current value).
     bool pushDebugAndWait(uint32_t word, int expected) {
         push(1, 12, word);
         const auto deadline = Clock::now() + 20s;
@@ -136,6 +137,37 @@ TEST_F(Inbound, IgnoredCommandsAndKeepAlivesAreSilentErrorsAreReported) {
     gTr104CfgDebug = 0;
     const std::string out = testing::internal::GetCapturedStdout();
     EXPECT_EQ(out, "RecvInMsg.cmd_type=2 error.\npVoiceModuleMsg->cmd=777 error.\n");
+}
+
+TEST_F(Inbound, ProtocolChangeAndDirectoryNumberReachTheirHandlers) {
+    // Command 3: the second word is the new protocol type.
+    const uint32_t protocol[2] = {0, 4};
+    ASSERT_TRUE(emulator.sendInbound(7, 1, 3, protocol, sizeof(protocol)));
+    ASSERT_TRUE(pushDebugAndWait(1, 1));
+    gTr104CfgDebug = 0;
+    EXPECT_EQ(gTr104CurrProtocolType, 4);
+
+    // Under SIP a new directory number is reported to the agent.
+    const size_t before = gAgentCalls.size();
+    char line[452] = {};
+    const uint32_t lineNo = 2;
+    std::memcpy(line, &lineNo, 4);
+    std::strcpy(line + 8, "88001234");
+    ASSERT_TRUE(emulator.sendInbound(7, 1, 16584, line, sizeof(line)));
+    ASSERT_TRUE(pushDebugAndWait(1, 1));
+    gTr104CfgDebug = 0;
+    ASSERT_EQ(gAgentCalls.size(), before + 1);
+    EXPECT_EQ(gAgentCalls.back().pairs[0].second, "88001234");
+
+    // Under H.248 the same message is dropped.
+    const uint32_t h248[2] = {0, 2};
+    ASSERT_TRUE(emulator.sendInbound(7, 1, 3, h248, sizeof(h248)));
+    ASSERT_TRUE(emulator.sendInbound(7, 1, 16584, line, sizeof(line)));
+    ASSERT_TRUE(pushDebugAndWait(1, 1));
+    gTr104CfgDebug = 0;
+    EXPECT_EQ(gTr104CurrProtocolType, 2);
+    EXPECT_EQ(gAgentCalls.size(), before + 1);
+    gTr104CurrProtocolType = 0;
 }
 
 TEST_F(Inbound, SaveRequestIsSentWithoutWaiting) {

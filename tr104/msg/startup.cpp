@@ -10,17 +10,10 @@
 #include <cstring>
 
 #include "tr104/framework/debug.h"
+#include "tr104/handlers.h"
+#include "tr104/protocol.h"
 #include "tr104/startup.h"
 
-// Handlers of inbound messages that live with the protocol dispatch; referenced weakly so that
-// a message whose handler is not part of this build is dropped.
-extern "C" {
-__attribute__((weak)) int Tr104SetProtocolType(const Tr104Msg *msg);
-__attribute__((weak)) int Tr104RegParamsChangeNotify(const Tr104Msg *msg);
-__attribute__((weak)) int Tr104ProxyParamsChangeNotify(const Tr104Msg *msg);
-__attribute__((weak)) int Tr104LineTelNumChangeNotify(const Tr104Msg *msg);
-__attribute__((weak)) int Tr104LineAuthParamsChangeNotify(const Tr104Msg *msg);
-}
 
 namespace {
 
