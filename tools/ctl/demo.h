@@ -3,6 +3,8 @@
 // the voice module received.  It runs against the in-process emulator only.
 #pragma once
 
+#include <dlfcn.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -113,6 +115,10 @@ inline int runDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
     problems += runSection(lib, "digit map", kDigitMap);
 
     std::printf("\n== the voice module reports a new directory number for line 1\n");
+    // The library reaches the agent's entry point only when the executable exports it.
+    if (dlsym(RTLD_DEFAULT, "notifyChangedValues_toTr069") == nullptr) {
+        std::printf("  (this tr104ctl does not export notifyChangedValues_toTr069: notifications stay unseen)\n");
+    }
     if (telNumChanged != nullptr) {
         Tr104Msg msg{};
         msg.cmd_type = TR104_CMD_TYPE_DATA;
