@@ -1,45 +1,12 @@
 // Values kept in the line record: line enable and registration, display name, hotline,
 // jitter buffer, and the conversions of the port status.  Each handler is a descriptor; one
 // body reads or writes the record and converts the value.
-#include "tr104/sip/sip_internal.h"
+#include "tr104/sip/templates.h"
 
 namespace tr104::sip {
 namespace {
 
-// How the value of the data model maps to the line record's field.
-enum class Conv : uint8_t {
-    EnableText,    // "Enabled"/"Disabled" <-> 1/0 word
-    Integer,       // the word itself
-    Text,          // text field
-    Register,      // set only: 1 registers, anything else unregisters (the command carries it)
-    RegStatus,     // registration text -> data-model state
-    ServerStatus,  // port state code and registration text -> 0, 1, 2, 5
-    PortState,     // port state code, low-order byte
-    HookText,      // hook text as it is
-    CallStatus,    // call text, a few renamed
-    SessionType,   // call text -> 0, 1, 3
-};
-
-// What a set does with a text longer than the field allows.
-enum class TooLong : uint8_t {
-    Refuse,  // -2 with the descriptor's value error
-    Cut,     // keep the first `limit` characters
-    RunOn,   // no check: the text is copied as it is, up to the end of the record
-};
-
-struct LineValue {
-    Signature sig;
-    uint16_t getCmd;
-    uint16_t setCmd;
-    uint16_t offset;  // field in the line record
-    uint16_t width;   // bytes of the field
-    Conv conv;
-    const char *getError;    // read failed (may name the line with %d)
-    const char *setError;    // send failed
-    const char *valueError;  // value refused
-    TooLong tooLong = TooLong::Refuse;
-    uint16_t limit = 0;  // longest text a set accepts (Refuse) or keeps (Cut)
-};
+using Conv = LineConv;
 
 constexpr uint16_t kEnable = offsetof(Tr104SipLineRecord, unEnable);
 constexpr uint16_t kHotlineNum = offsetof(Tr104SipLineRecord, aHotlineNum);
@@ -258,11 +225,16 @@ unsigned int convertSet(const LineValue &v, Tr104SipLineRecord &rec, const void 
     }
 }
 
+const Signature kResetStatistics{"Tr104LineResetStatisticsFlagSip", "pLineResetStatisticsFlag", Locate::Line,
+                                 Access::GetSet};
+
+}  // namespace
+
 int lineValue(const LineValue &v, int nFlag, void *pValue, int *nLocate) {
     if (const int rc = checkArguments(v.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
-    const int line = lineOf(nLocate);
+    const int line = lineOf(nLocate) == 0 ? 1 : lineOf(nLocate);
     Tr104SipLineRecord rec{};
     rec.unLine = static_cast<uint32_t>(line);
     if (nFlag == 0) {
@@ -284,10 +256,6 @@ int lineValue(const LineValue &v, int nFlag, void *pValue, int *nLocate) {
     return TR104_OK;
 }
 
-const Signature kResetStatistics{"Tr104LineResetStatisticsFlagSip", "pLineResetStatisticsFlag", Locate::Line,
-                                 Access::GetSet};
-
-}  // namespace
 }  // namespace tr104::sip
 
 using tr104::sip::lineValue;

@@ -3,68 +3,89 @@
 // "port%d" and binds it.  One body serves every member; the members are descriptors.
 #include <cstdio>
 
-#include "tr104/sip/sip_internal.h"
+#include "tr104/sip/templates.h"
 
 namespace tr104::sip {
 namespace {
 
-enum class ProfileConv : uint8_t {
-    SignedByte,  // gains: a signed byte widened, range checked
-    Byte,        // flags and targets: the low byte, no check
-    DtmfText,    // DTMF method names
-};
-
-struct ProfileValue {
-    Signature sig;
-    uint8_t offset;  // field in the profile record
-    uint32_t bit;    // change-mask bit of the field
-    ProfileConv conv;
-    int low, high;   // accepted range of SignedByte values
-    const char *getError;       // "%d" the line
-    const char *getDone;        // printed after a successful get (line, value), or null
-    const char *rangeBound;     // out of range while a profile is bound
-    const char *rangeCreate;    // out of range while none is
-};
-
 constexpr uint8_t kTransmit = offsetof(Tr104SipProfileRecord, cTransmitGain);
 constexpr uint8_t kReceive = offsetof(Tr104SipProfileRecord, cReceiveGain);
 
-const ProfileValue kTransmitGain{{"Tr104LineTransmitGainSip", "pLineTransmitGain", Locate::Line, Access::GetSet},
-                                 kTransmit, TR104_PROFILE_TRANSMIT_GAIN, ProfileConv::SignedByte, -32, 32,
-                                 "get line[%d] transmit gain error\n", nullptr,
-                                 "transmit gain value is out of range[-32,32].\n",
-                                 "transmit gain value is out of range[-32,32].\n"};
+constexpr Signature lineSignature(const char *name, const char *valueName) {
+    return Signature{name, valueName, Locate::Line, Access::GetSet};
+}
+
+// A one-byte flag or target: the low byte stored, no check.
+constexpr ProfileValue byteValue(const char *name, const char *valueName, uint8_t offset, uint32_t bit,
+                                 const char *getError, const char *getDone = nullptr) {
+    return ProfileValue{lineSignature(name, valueName), offset, 1, bit, ProfileConv::Byte, 0, 0, TR104_ERR_PARAM,
+                        getError, getDone, nullptr, nullptr, nullptr};
+}
+
+// Gains: out of range is -1, not -2.
+constexpr ProfileValue gainValue(const char *name, const char *valueName, uint8_t offset, uint32_t bit, int limit,
+                                 const char *getError, const char *rangeBound, const char *rangeCreate) {
+    return ProfileValue{lineSignature(name, valueName), offset, 1, bit, ProfileConv::SignedByte, -limit, limit,
+                        TR104_ERR_EXCHANGE, getError, nullptr, rangeBound, rangeCreate, nullptr};
+}
+
+const ProfileValue kTransmitGain = gainValue("Tr104LineTransmitGainSip", "pLineTransmitGain", kTransmit,
+                                             TR104_PROFILE_TRANSMIT_GAIN, 32, "get line[%d] transmit gain error\n",
+                                             "transmit gain value is out of range[-32,32].\n",
+                                             "transmit gain value is out of range[-32,32].\n");
 // The bound path reports a receive gain with the transmit gain's words: operators grep for it.
-const ProfileValue kReceiveGain{{"Tr104LineReceiveGainSip", "pLineReceiveGain", Locate::Line, Access::GetSet},
-                                kReceive, TR104_PROFILE_RECEIVE_GAIN, ProfileConv::SignedByte, -31, 31,
-                                "get line[%d] receive gain error\n", nullptr,
-                                "transmit gain value is out of range[-31,31].\n",
-                                "receive gain value is out of range[-31,31].\n"};
-const ProfileValue kEchoCancel{{"Tr104LineEchoCancelFlagSip", "pLineEchoCancelFlag", Locate::Line, Access::GetSet},
-                               offsetof(Tr104SipProfileRecord, ucEchoCancel), TR104_PROFILE_ECHO_CANCEL,
-                               ProfileConv::Byte, 0, 0, "get line[%d] echo cancel error\n",
-                               "get line[%d] echo cancel [%d]\n", nullptr, nullptr};
+const ProfileValue kReceiveGain = gainValue("Tr104LineReceiveGainSip", "pLineReceiveGain", kReceive,
+                                            TR104_PROFILE_RECEIVE_GAIN, 31, "get line[%d] receive gain error\n",
+                                            "transmit gain value is out of range[-31,31].\n",
+                                            "receive gain value is out of range[-31,31].\n");
+const ProfileValue kEchoCancel = byteValue("Tr104LineEchoCancelFlagSip", "pLineEchoCancelFlag",
+                                           offsetof(Tr104SipProfileRecord, ucEchoCancel), TR104_PROFILE_ECHO_CANCEL,
+                                           "get line[%d] echo cancel error\n", "get line[%d] echo cancel [%d]\n");
 // Comfort noise shares the echo canceller's texts.
-const ProfileValue kComfortNoise{{"Tr104LineComfortNoiseFlagSip", "pLineComfortNoiseFlag", Locate::Line,
-                                  Access::GetSet},
-                                 offsetof(Tr104SipProfileRecord, ucComfortNoise), TR104_PROFILE_COMFORT_NOISE,
-                                 ProfileConv::Byte, 0, 0, "get line[%d] echo cancel error\n",
-                                 "get line[%d] echo cancel [%d]\n", nullptr, nullptr};
-const ProfileValue kJitterTarget{{"Tr104LineJitterBufferTargetSip", "pLineJitterBufferTarget", Locate::Line,
-                                  Access::GetSet},
-                                 offsetof(Tr104SipProfileRecord, ucJitterTarget), TR104_PROFILE_JITTER_TARGET,
-                                 ProfileConv::Byte, 0, 0, "get line[%d] jitter buffer target error\n", nullptr,
-                                 nullptr, nullptr};
-const ProfileValue kDtmfMethod{{"Tr104ProfileDTMFMethodSip", "pProfileDTMFMethod", Locate::LineOrAll,
-                                Access::GetSet},
-                               offsetof(Tr104SipProfileRecord, ucDtmfMethod), TR104_PROFILE_DTMF_METHOD,
-                               ProfileConv::DtmfText, 0, 0, "get line[%d] DTMF method error\n", nullptr, nullptr,
-                               nullptr};
+const ProfileValue kComfortNoise = byteValue("Tr104LineComfortNoiseFlagSip", "pLineComfortNoiseFlag",
+                                             offsetof(Tr104SipProfileRecord, ucComfortNoise),
+                                             TR104_PROFILE_COMFORT_NOISE, "get line[%d] echo cancel error\n",
+                                             "get line[%d] echo cancel [%d]\n");
+const ProfileValue kJitterTarget = byteValue("Tr104LineJitterBufferTargetSip", "pLineJitterBufferTarget",
+                                             offsetof(Tr104SipProfileRecord, ucJitterTarget),
+                                             TR104_PROFILE_JITTER_TARGET, "get line[%d] jitter buffer target error\n");
+const ProfileValue kDtmfMethod{{"Tr104ProfileDTMFMethodSip", "pProfileDTMFMethod", Locate::LineOrAll, Access::GetSet},
+                               offsetof(Tr104SipProfileRecord, ucDtmfMethod), 1, TR104_PROFILE_DTMF_METHOD,
+                               ProfileConv::DtmfText, 0, 0, TR104_ERR_PARAM, "get line[%d] DTMF method error\n",
+                               nullptr, "param error, DTMF Method[%s].\n", "param error, DTMF Method[%s].\n",
+                               "DTMF method[%d] error.\n"};
 
 const TextCode kDtmfMethods[] = {{"InBand", 0}, {"RFC2833", 1}, {"RFC2833 Redundancy", 2}, {"SIPInfo", 3}};
 
+// T.38 rate codes: 1..6 for 2400..14400 bit/s; a stored 0 is the highest rate.
+constexpr int kT38Rates[] = {2400, 4800, 7200, 9600, 12000, 14400};
+constexpr int kT38RateCount = sizeof(kT38Rates) / sizeof(kT38Rates[0]);
+constexpr int kT38DefaultRate = 14400;
+const TextCode kTcfMethods[] = {{"Local", 2}, {"Network", 3}};
+
 int8_t &byteOf(Tr104SipProfileRecord &profile, uint8_t offset) {
     return reinterpret_cast<int8_t *>(&profile)[offset];
+}
+
+// The field as stored: a signed byte widened, or a word.
+int fieldOf(const ProfileValue &v, const Tr104SipProfileRecord &profile) {
+    const char *at = reinterpret_cast<const char *>(&profile) + v.offset;
+    if (v.width == 1) {
+        return v.conv == ProfileConv::SignedByte ? static_cast<int8_t>(*at) : static_cast<uint8_t>(*at);
+    }
+    uint32_t word;
+    std::memcpy(&word, at, sizeof(word));
+    return static_cast<int>(word);
+}
+
+void setField(const ProfileValue &v, Tr104SipProfileRecord &profile, int value) {
+    char *at = reinterpret_cast<char *>(&profile) + v.offset;
+    if (v.width == 1) {
+        *at = static_cast<char>(value);
+    } else {
+        const uint32_t word = static_cast<uint32_t>(value);
+        std::memcpy(at, &word, sizeof(word));
+    }
 }
 
 // The profile of a port: its name and whether it is bound, from the port status.
@@ -84,35 +105,88 @@ void nameForPort(Tr104SipProfileRecord &profile, int line) {
     std::snprintf(profile.aName, sizeof(profile.aName), "port%d", line);
 }
 
-// Converts the caller's value into the profile's byte; -1 or -2 after a refusal.
+// Converts the caller's value into the profile's field and sets its bit; -1 or -2 after a
+// refusal.
 int storeValue(const ProfileValue &v, bool bound, Tr104SipProfileRecord &profile, const void *pValue) {
+    const char *refusal = bound ? v.rangeBound : v.rangeCreate;
+    const char *text = static_cast<const char *>(pValue);
+    const TextCode *row = nullptr;
     int stored = 0;
     switch (v.conv) {
-    case ProfileConv::SignedByte: {
-        const int value = intValue(pValue);
-        if (!inRange(value, v.low, v.high)) {
-            say(v.sig.name, bound ? v.rangeBound : v.rangeCreate);
-            return TR104_ERR_EXCHANGE;
-        }
-        stored = value;
-        break;
-    }
     case ProfileConv::Byte:
         stored = intValue(pValue);
         break;
-    case ProfileConv::DtmfText: {
-        const TextCode *row = findText(kDtmfMethods, static_cast<const char *>(pValue));
+    case ProfileConv::SignedByte:
+    case ProfileConv::Word:
+        stored = intValue(pValue);
+        if (!inRange(stored, v.low, v.high)) {
+            TR104_DEBUG_AS(v.sig.name, refusal, stored);
+            return v.refusal;
+        }
+        break;
+    case ProfileConv::T38Rate:
+        stored = 0;
+        for (int code = 1; code <= kT38RateCount; ++code) {
+            stored = kT38Rates[code - 1] == intValue(pValue) ? code : stored;
+        }
+        if (stored == 0) {
+            TR104_DEBUG_AS(v.sig.name, refusal, intValue(pValue));
+            return v.refusal;
+        }
+        break;
+    case ProfileConv::DtmfText:
+    case ProfileConv::TcfText:
+        row = v.conv == ProfileConv::DtmfText ? findText(kDtmfMethods, text) : findText(kTcfMethods, text);
         if (row == nullptr) {
-            TR104_DEBUG_AS(v.sig.name, "param error, DTMF Method[%s].\n", static_cast<const char *>(pValue));
-            return TR104_ERR_PARAM;
+            TR104_DEBUG_AS(v.sig.name, refusal, text);
+            return v.refusal;
         }
         stored = row->code;
         break;
     }
-    }
-    byteOf(profile, v.offset) = static_cast<int8_t>(stored);
+    setField(v, profile, stored);
     profile.unChangeMask = v.bit;
     return TR104_OK;
+}
+
+// The stored field in the data model's form; -1 when it has none.
+int convertStored(const ProfileValue &v, int stored, int line, void *pValue) {
+    const TextCode *row = nullptr;
+    switch (v.conv) {
+    case ProfileConv::SignedByte:
+    case ProfileConv::Byte:
+        putInt(pValue, stored);
+        if (v.getDone != nullptr) {
+            TR104_DEBUG_AS(v.sig.name, v.getDone, line, stored);
+        }
+        return TR104_OK;
+    case ProfileConv::Word:
+        if (!inRange(stored, v.low, v.high)) {
+            break;
+        }
+        putInt(pValue, stored);
+        return TR104_OK;
+    case ProfileConv::T38Rate:
+        if (stored == 0) {
+            putInt(pValue, kT38DefaultRate);
+            return TR104_OK;
+        }
+        if (!inRange(stored, 1, kT38RateCount)) {
+            break;
+        }
+        putInt(pValue, kT38Rates[stored - 1]);
+        return TR104_OK;
+    case ProfileConv::DtmfText:
+    case ProfileConv::TcfText:
+        row = v.conv == ProfileConv::DtmfText ? findCode(kDtmfMethods, stored) : findCode(kTcfMethods, stored);
+        if (row == nullptr) {
+            break;
+        }
+        std::strcpy(static_cast<char *>(pValue), row->text);
+        return TR104_OK;
+    }
+    TR104_DEBUG_AS(v.sig.name, v.badStored, stored);
+    return TR104_ERR_EXCHANGE;
 }
 
 int getProfileValue(const ProfileValue &v, int line, void *pValue) {
@@ -125,28 +199,7 @@ int getProfileValue(const ProfileValue &v, int line, void *pValue) {
         TR104_DEBUG_AS(v.sig.name, v.getError, line);
         return TR104_ERR_EXCHANGE;
     }
-    const int8_t raw = byteOf(profile, v.offset);
-    switch (v.conv) {
-    case ProfileConv::SignedByte:
-        putInt(pValue, raw);
-        break;
-    case ProfileConv::Byte:
-        putInt(pValue, static_cast<uint8_t>(raw));
-        if (v.getDone != nullptr) {
-            TR104_DEBUG_AS(v.sig.name, v.getDone, line, static_cast<uint8_t>(raw));
-        }
-        break;
-    case ProfileConv::DtmfText: {
-        const TextCode *row = findCode(kDtmfMethods, static_cast<uint8_t>(raw));
-        if (row == nullptr) {
-            TR104_DEBUG_AS(v.sig.name, "DTMF method[%d] error.\n", static_cast<uint8_t>(raw));
-            return TR104_ERR_EXCHANGE;
-        }
-        std::strcpy(static_cast<char *>(pValue), row->text);
-        break;
-    }
-    }
-    return TR104_OK;
+    return convertStored(v, fieldOf(v, profile), line, pValue);
 }
 
 int sendProfile(const char *name, const Tr104SipProfileRecord &profile, unsigned int cmd, const char *failure) {
@@ -181,26 +234,6 @@ int setProfileValue(const ProfileValue &v, int line, const void *pValue) {
     }
     profile.ucPort = static_cast<uint8_t>(line);
     return sendProfile(v.sig.name, profile, BIND_PROFILE_ID, "BIND_PROFILE_ID msg snd failed.\n");
-}
-
-int profileValue(const ProfileValue &v, int nFlag, void *pValue, int *nLocate) {
-    if (const int rc = checkArguments(v.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
-        return rc;
-    }
-    // Line 0 (where a handler accepts it) means every line: a get reads line 1, a set writes
-    // line 1 and then line 2; a line already written stays written when the next one fails.
-    const int line = lineOf(nLocate);
-    const int first = line == 0 ? 1 : line;
-    const int last = line == 0 ? 2 : line;
-    if (nFlag == 0) {
-        return getProfileValue(v, first, pValue);
-    }
-    for (int l = first; l <= last; ++l) {
-        if (const int rc = setProfileValue(v, l, pValue); rc != TR104_OK) {
-            return rc;
-        }
-    }
-    return TR104_OK;
 }
 
 // Tr104LineGainSip: both directions through the port status block and one combined request
@@ -254,6 +287,27 @@ int lineGain(int nFlag, int nDirection, void *pValue, int *nLocate) {
 }
 
 }  // namespace
+
+int profileValue(const ProfileValue &v, int nFlag, void *pValue, int *nLocate) {
+    if (const int rc = checkArguments(v.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+        return rc;
+    }
+    // Line 0 (where a handler accepts it) means every line: a get reads line 1, a set writes
+    // line 1 and then line 2; a line already written stays written when the next one fails.
+    const int line = lineOf(nLocate);
+    const int first = line == 0 ? 1 : line;
+    const int last = line == 0 ? 2 : line;
+    if (nFlag == 0) {
+        return getProfileValue(v, first, pValue);
+    }
+    for (int l = first; l <= last; ++l) {
+        if (const int rc = setProfileValue(v, l, pValue); rc != TR104_OK) {
+            return rc;
+        }
+    }
+    return TR104_OK;
+}
+
 }  // namespace tr104::sip
 
 using tr104::sip::profileValue;

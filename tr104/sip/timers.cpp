@@ -1,32 +1,12 @@
 // Profile-wide timers: the signalling timers (seconds in the data model, milliseconds in the
 // voice module, one record naming the timer being set in a selector) and the inter-digit
 // timers (no scaling, the other timer sent as "unchanged").
-#include "tr104/sip/sip_internal.h"
+#include "tr104/sip/templates.h"
 
 namespace tr104::sip {
 namespace {
 
-// A word the set request carries beside the value: the selector, or the other timer's
-// "unchanged" marker.
-struct Marker {
-    uint8_t offset;
-    uint8_t width;  // 2 or 4 bytes
-    uint32_t value;
-};
-
-struct Timer {
-    Signature sig;
-    uint16_t getCmd;
-    uint16_t setCmd;
-    uint8_t recordLen;
-    uint8_t offset;    // field of the value
-    uint32_t scale;    // voice module units per data-model unit
-    int low, high;     // accepted range
-    Marker marker;
-    const char *getError;
-    const char *rangeError;  // "%d" the refused value
-    const char *setError;
-};
+using Timer = ProfileWide;
 
 constexpr uint8_t kSigLen = sizeof(Tr104SipSignalTimerRecord);
 constexpr uint8_t kDigitLen = sizeof(Tr104SipDigitTimerRecord);
@@ -44,14 +24,14 @@ constexpr Timer signalTimer(const char *name, const char *valueName, uint8_t off
                             const char *getError, const char *rangeError = kSecondsRange,
                             const char *setError = kSigSetError) {
     return Timer{{name, valueName, Locate::None, Access::GetSet},
-                 GET_SIG_TIMEOUT_ID, SET_SIG_TIMEOUT_ID, kSigLen, offset, 1000, 1, 600,
+                 GET_SIG_TIMEOUT_ID, SET_SIG_TIMEOUT_ID, kSigLen, offset, 1000, Accept::Range, 1, 600,
                  Marker{kSelector, 2, selector}, getError, rangeError, setError};
 }
 
 constexpr Timer digitTimer(const char *name, const char *valueName, uint8_t offset, uint8_t other,
                            const char *getError) {
     return Timer{{name, valueName, Locate::None, Access::GetSet},
-                 GET_DIG_TIMEOUT, SET_DIG_TIMEOUT, kDigitLen, offset, 1, -1, 65535,
+                 GET_DIG_TIMEOUT, SET_DIG_TIMEOUT, kDigitLen, offset, 1, Accept::Range, -1, 65535,
                  Marker{other, 4, TR104_DIGIT_TIMER_UNCHANGED}, getError, kDigitRange, kDigitSetError};
 }
 
@@ -82,76 +62,34 @@ const Timer kShortDigitTimer = digitTimer("Tr104ShortDigitTimerSip", "pShortDigi
 const Timer kLongDigitTimer = digitTimer("Tr104LongDigitTimerSip", "pLongDigitTimer", kLongDigit, kShortDigit,
                                          "get long digit timer error.\n");
 
-// Large enough for either timer record.
-union TimerRecord {
-    Tr104SipSignalTimerRecord signal;
-    Tr104SipDigitTimerRecord digit;
-    char bytes[kDigitLen];
-};
-
-int profileTimer(const Timer &t, int nFlag, void *pValue, int *nLocate) {
-    if (const int rc = checkArguments(t.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
-        return rc;
-    }
-    TimerRecord rec{};
-    uint32_t word = 0;
-    if (nFlag == 0) {
-        if (readRecord(t.sig.name, rec.bytes, t.recordLen, t.getCmd) != TR104_OK) {
-            say(t.sig.name, t.getError);
-            return TR104_ERR_EXCHANGE;
-        }
-        std::memcpy(&word, rec.bytes + t.offset, sizeof(word));
-        putInt(pValue, static_cast<int>(word / t.scale));
-        return TR104_OK;
-    }
-    const int value = intValue(pValue);
-    if (!inRange(value, t.low, t.high)) {
-        TR104_DEBUG_AS(t.sig.name, t.rangeError, value);
-        return TR104_ERR_PARAM;
-    }
-    if (t.marker.width == 2) {
-        const uint16_t mark = static_cast<uint16_t>(t.marker.value);
-        std::memcpy(rec.bytes + t.marker.offset, &mark, sizeof(mark));
-    } else {
-        std::memcpy(rec.bytes + t.marker.offset, &t.marker.value, sizeof(t.marker.value));
-    }
-    word = static_cast<uint32_t>(value) * t.scale;
-    std::memcpy(rec.bytes + t.offset, &word, sizeof(word));
-    if (sendRecord(t.sig.name, rec.bytes, t.recordLen, t.setCmd) != TR104_OK) {
-        say(t.sig.name, t.setError);
-        return TR104_ERR_EXCHANGE;
-    }
-    return TR104_OK;
-}
-
 }  // namespace
 }  // namespace tr104::sip
 
-using tr104::sip::profileTimer;
+using tr104::sip::profileWide;
 
 extern "C" {
 TR104_API int Tr104StartDigitTimerSip(int nFlag, void *pValue, int *nLocate) {
-    return profileTimer(tr104::sip::kStartDigitTimer, nFlag, pValue, nLocate);
+    return profileWide(tr104::sip::kStartDigitTimer, nFlag, pValue, nLocate);
 }
 TR104_API int Tr104DialToneTimerSip(int nFlag, void *pValue, int *nLocate) {
-    return profileTimer(tr104::sip::kDialToneTimer, nFlag, pValue, nLocate);
+    return profileWide(tr104::sip::kDialToneTimer, nFlag, pValue, nLocate);
 }
 TR104_API int Tr104NoAnswerTimerSip(int nFlag, void *pValue, int *nLocate) {
-    return profileTimer(tr104::sip::kNoAnswerTimer, nFlag, pValue, nLocate);
+    return profileWide(tr104::sip::kNoAnswerTimer, nFlag, pValue, nLocate);
 }
 TR104_API int Tr104BusyToneTimerSip(int nFlag, void *pValue, int *nLocate) {
-    return profileTimer(tr104::sip::kBusyToneTimer, nFlag, pValue, nLocate);
+    return profileWide(tr104::sip::kBusyToneTimer, nFlag, pValue, nLocate);
 }
 TR104_API int Tr104HangingReminderToneTimerSip(int nFlag, void *pValue, int *nLocate) {
-    return profileTimer(tr104::sip::kHangingReminderTimer, nFlag, pValue, nLocate);
+    return profileWide(tr104::sip::kHangingReminderTimer, nFlag, pValue, nLocate);
 }
 TR104_API int Tr104CallWaitingRejectTimerSip(int nFlag, void *pValue, int *nLocate) {
-    return profileTimer(tr104::sip::kCallWaitingRejectTimer, nFlag, pValue, nLocate);
+    return profileWide(tr104::sip::kCallWaitingRejectTimer, nFlag, pValue, nLocate);
 }
 TR104_API int Tr104ShortDigitTimerSip(int nFlag, void *pValue, int *nLocate) {
-    return profileTimer(tr104::sip::kShortDigitTimer, nFlag, pValue, nLocate);
+    return profileWide(tr104::sip::kShortDigitTimer, nFlag, pValue, nLocate);
 }
 TR104_API int Tr104LongDigitTimerSip(int nFlag, void *pValue, int *nLocate) {
-    return profileTimer(tr104::sip::kLongDigitTimer, nFlag, pValue, nLocate);
+    return profileWide(tr104::sip::kLongDigitTimer, nFlag, pValue, nLocate);
 }
 }
