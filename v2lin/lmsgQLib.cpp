@@ -42,11 +42,6 @@ constexpr int kUrgentPriority = 1;
 v2lin_msgq *gQueueList = nullptr;
 pthread_mutex_t gQueueListLock = PTHREAD_MUTEX_INITIALIZER;
 
-int fail(int code) {
-    errno = code;
-    return kError;
-}
-
 // Count and state are also read by writers that hold only the space mutex.
 int32_t countOf(v2lin_msgq *q) { return __atomic_load_n(&q->count, __ATOMIC_RELAXED); }
 void addCount(v2lin_msgq *q, int32_t d) { __atomic_add_fetch(&q->count, d, __ATOMIC_RELAXED); }
@@ -54,16 +49,7 @@ bool deleted(v2lin_msgq *q) { return __atomic_load_n(&q->state, __ATOMIC_RELAXED
 void setState(v2lin_msgq *q, uint32_t v) { __atomic_store_n(&q->state, v, __ATOMIC_RELAXED); }
 
 v2lin_msgq *lookup(v2lin_msgq *queue, bool unlink = false) {
-    pthread_mutex_lock(&gQueueListLock);
-    v2lin_msgq **pp = &gQueueList;
-    while (*pp && *pp != queue) pp = &(*pp)->next;
-    v2lin_msgq *q = *pp;
-    if (q) {
-        pthread_mutex_lock(&q->lock);
-        if (unlink) *pp = q->next;
-    }
-    pthread_mutex_unlock(&gQueueListLock);
-    return q;
+    return lookupRecord(&gQueueList, &gQueueListLock, queue, unlink);
 }
 
 // Ring positions run from ringStart to ringEnd inclusive.
@@ -253,11 +239,7 @@ MSG_Q_ID msgQCreate(int maxMsgs, int maxMsgLength, int options) {
     q->ringEnd = ring + static_cast<size_t>(maxMsgs) * static_cast<size_t>(q->slotSize);
     q->readPtr = ring;
     q->writePtr = ring;
-    pthread_mutex_lock(&gQueueListLock);
-    v2lin_msgq **pp = &gQueueList;
-    while (*pp) pp = &(*pp)->next;
-    *pp = q;
-    pthread_mutex_unlock(&gQueueListLock);
+    appendRecord(&gQueueList, &gQueueListLock, q);
     return q;
 }
 

@@ -40,26 +40,10 @@ constexpr uint32_t kDeleted = 0x02;
 v2lin_sem *gSemList = nullptr;
 pthread_mutex_t gSemListLock = PTHREAD_MUTEX_INITIALIZER;
 
-int fail(int code) {
-    errno = code;
-    return kError;
-}
-
 bool isMutex(const v2lin_sem *s) { return (s->options & kKindMask) == kMutex; }
 
-// Finds a handle in the list and returns it with its mutex held (null when unknown).  With
-// `unlink` the record also leaves the list, so no later lookup can reach it.
 v2lin_sem *lookup(v2lin_sem *sem, bool unlink = false) {
-    pthread_mutex_lock(&gSemListLock);
-    v2lin_sem **pp = &gSemList;
-    while (*pp && *pp != sem) pp = &(*pp)->next;
-    v2lin_sem *s = *pp;
-    if (s) {
-        pthread_mutex_lock(&s->lock);
-        if (unlink) *pp = s->next;
-    }
-    pthread_mutex_unlock(&gSemListLock);
-    return s;
+    return lookupRecord(&gSemList, &gSemListLock, sem, unlink);
 }
 
 SEM_ID create(int options, uint32_t word, int32_t tokens) {
@@ -76,11 +60,7 @@ SEM_ID create(int options, uint32_t word, int32_t tokens) {
     pthread_cond_init(&s->hsCond, nullptr);
     s->tokens = tokens;
     s->options = word;
-    pthread_mutex_lock(&gSemListLock);
-    v2lin_sem **pp = &gSemList;
-    while (*pp) pp = &(*pp)->next;
-    *pp = s;
-    pthread_mutex_unlock(&gSemListLock);
+    appendRecord(&gSemList, &gSemListLock, s);
     return s;
 }
 

@@ -48,11 +48,6 @@ constexpr ErrorName kErrorNames[] = {
     {S_smObjLib_NOT_INITIALIZED, "S_smObjLib_NOT_INITIALIZED"},
 };
 
-int fail(int code) {
-    errno = code;
-    return kError;
-}
-
 // Broken invariants of this unit abort the process with the usual assertion message.
 [[noreturn]] void assertionFailed(const char *expr, unsigned line, const char *function) {
     fprintf(stderr, "%s: v2lin/ltaskLib:%u: %s: Assertion `%s' failed.\n", program_invocation_short_name, line,

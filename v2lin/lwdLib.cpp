@@ -49,25 +49,8 @@ V2LIN_TCB gUsrRoot;
 V2LIN_TCB gExcTask;
 pid_t gGdbChild = 0;
 
-int fail(int code) {
-    errno = code;
-    return kError;
-}
-
-// Finds a handle and returns it with its mutex held; `next` receives its successor and `unlink`
-// takes it out of the list at the same time.
 v2lin_wdog *lookup(v2lin_wdog *wd, v2lin_wdog **next = nullptr, bool unlink = false) {
-    pthread_mutex_lock(&gWdListLock);
-    v2lin_wdog **pp = &gWdList;
-    while (*pp && *pp != wd) pp = &(*pp)->next;
-    v2lin_wdog *w = *pp;
-    if (w) {
-        pthread_mutex_lock(&w->lock);
-        if (next) *next = w->next;
-        if (unlink) *pp = w->next;
-    }
-    pthread_mutex_unlock(&gWdListLock);
-    return w;
+    return lookupRecord(&gWdList, &gWdListLock, wd, unlink, next);
 }
 
 uint32_t monotonicMs() {
@@ -133,11 +116,7 @@ WDOG_ID wdCreate(void) {
     if (!w) return nullptr;
     memset(w, 0, sizeof *w);
     pthread_mutex_init(&w->lock, nullptr);
-    pthread_mutex_lock(&gWdListLock);
-    v2lin_wdog **pp = &gWdList;
-    while (*pp) pp = &(*pp)->next;
-    *pp = w;
-    pthread_mutex_unlock(&gWdListLock);
+    appendRecord(&gWdList, &gWdListLock, w);
     return w;
 }
 

@@ -1,6 +1,7 @@
 // Internal helpers shared by the runtime's units (never exported).
 #pragma once
 
+#include <errno.h>
 #include <pthread.h>
 #include <stdint.h>
 #include <time.h>
@@ -13,6 +14,43 @@ constexpr int kOk = 0;
 constexpr int kError = -1;
 constexpr uint32_t kWaitForever = 0xFFFFFFFFu;
 constexpr int kTickUsec = 10000;
+
+// Leaves a kernel error code in errno and returns ERROR.
+inline int fail(int code) {
+    errno = code;
+    return kError;
+}
+
+// Semaphores, queues and watchdogs live in global lists through their `next` field, each guarded
+// by a list mutex, each record by its own `lock`.
+
+// Appends a record at the tail of its list.
+template <class R>
+void appendRecord(R **head, pthread_mutex_t *listLock, R *record) {
+    pthread_mutex_lock(listLock);
+    R **pp = head;
+    while (*pp) pp = &(*pp)->next;
+    *pp = record;
+    pthread_mutex_unlock(listLock);
+}
+
+// Finds a handle in its list and returns it with its mutex held (null when unknown): the list
+// mutex is released only once the record mutex is taken.  `next` receives the successor; with
+// `unlink` the record leaves the list in the same step, so no later lookup can reach it.
+template <class R>
+R *lookupRecord(R **head, pthread_mutex_t *listLock, R *wanted, bool unlink = false, R **next = nullptr) {
+    pthread_mutex_lock(listLock);
+    R **pp = head;
+    while (*pp && *pp != wanted) pp = &(*pp)->next;
+    R *r = *pp;
+    if (r) {
+        pthread_mutex_lock(&r->lock);
+        if (next) *next = r->next;
+        if (unlink) *pp = r->next;
+    }
+    pthread_mutex_unlock(listLock);
+    return r;
+}
 
 // Writes the errno line for a failed POSIX call.  `code` is the failing call's error number; the
 // caller's errno is left as it was, and the write cannot be a cancellation point.
