@@ -2,6 +2,7 @@
 #include <errno.h>
 #include <pthread.h>
 #include <sched.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -19,6 +20,13 @@ pthread_t locker = 0;
 uint32_t taskLock_level = 0;
 
 namespace {
+
+// The leading words of a block are 32-bit on every platform; the POSIX types after them follow
+// the platform.
+static_assert(offsetof(V2LIN_TCB, reserved) == 0);
+static_assert(offsetof(V2LIN_TCB, taskId) == 4);
+static_assert(sizeof(((V2LIN_TCB *)nullptr)->args) == 40);
+static_assert(sizeof(V2LIN_TV) == 8 && offsetof(V2LIN_TV, tv_usec) == 4);
 
 pthread_cond_t gLockCond = PTHREAD_COND_INITIALIZER;
 uint8_t gRoundRobin = 0;
@@ -335,6 +343,8 @@ int startTaskThread(V2LIN_TCB *tcb) {
         pthread_mutex_lock(&task_list_lock);
         tcb->thread = th;
         pthread_mutex_unlock(&task_list_lock);
+    } else {
+        errnoLine(rc);
     }
     return rc;
 }

@@ -60,6 +60,11 @@ int32_t recordPolicy(int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32
     return 0;
 }
 
+int32_t sleepAWhile(int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t) {
+    taskDelay(100);
+    return 0;
+}
+
 // Spawns two tasks at real-time priority 50 and reports how they ran.
 int spawnTwo() {
     if (v2lin_init() != 0) return 10;
@@ -102,6 +107,26 @@ TEST(RuntimeProcess, WithoutThePrivilegeTasksInheritSchedulingAndSayItOnce) {
     std::string line = std::string("\terrno=1(1) ") + strerror(EPERM) + " \n";
     EXPECT_EQ(countOf(err, line), 1u) << err;
     EXPECT_EQ(countOf(err, "errno="), 1u) << err;
+}
+
+// In a fresh process the first unnamed tasks are "t1" and "t2"; blocks made by taskInit (the
+// runtime's own included) do not raise the next id.
+TEST(RuntimeProcess, FirstSpawnedTasksAreT1AndT2) {
+    std::string err;
+    int status = inChild(
+        [] {
+            if (v2lin_init() != 0) return 60;
+            static V2LIN_TCB block;
+            if (taskInit(&block, "blk", 50, 0, nullptr, 0, nullptr, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0) != 0) return 61;
+            int32_t a = taskSpawn(nullptr, 50, 0, 0, sleepAWhile, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+            int32_t b = taskSpawn(nullptr, 50, 0, 0, sleepAWhile, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+            std::string nameA = taskName(a), nameB = taskName(b);
+            if (a != 1 || b != 2) return 62;
+            return nameA == "t1" && nameB == "t2" ? 0 : 63;
+        },
+        &err);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0) << err;
 }
 
 // The hook forks once: the child returns from it, the parent waits for that child; a second
