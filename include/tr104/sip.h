@@ -39,6 +39,12 @@ enum Tr104SipCommandId {
     GET_JIT_MODE_ID = 16418,
     REGISTER_LINE_ID = 16421,
     UNREGISTER_LINE_ID = 16422,
+    SET_FAX_MODE_ID = 16447,
+    GET_FAX_MODE_ID = 16448,
+    SET_FAX_T38_ENABLE_ID = 16449,
+    GET_FAX_T38_ENABLE_ID = 16450,
+    SET_VBD_ID = 16453,
+    GET_VBD_ID = 16454,
     SET_SIG_TIMEOUT_ID = 16460,
     GET_SIG_TIMEOUT_ID = 16461,
     SET_DIG_TIMEOUT = 16475,
@@ -198,6 +204,38 @@ typedef struct Tr104SipMatchModeRecord {
     uint8_t aucReserved[257];
 } Tr104SipMatchModeRecord;
 
+/* Fax mode record (36 bytes): the profile's fax attributes.  A write names the attribute it
+ * changes in unConfigFlag. */
+#define CONFIG_FLAG_FAX_CTRL_MODE 0x01u
+#define CONFIG_FLAG_FAX_PROCESS_MODE 0x02u
+#define CONFIG_FLAG_FAX_T38_SDP_TYPE 0x04u
+#define CONFIG_FLAG_FAX_FAX_MODEM_SWITCH 0x08u
+#define CONFIG_FLAG_FAX_ECHO_CANCEL_SWITCH 0x10u
+#define CONFIG_FLAG_FAX_SILENCE_SUPP_SWITCH 0x20u
+typedef struct Tr104SipFaxModeRecord {
+    uint32_t unConfigFlag;         /*  0 attribute a write changes */
+    uint32_t unProcessMode;        /*  4 fax process mode */
+    uint32_t unT38SdpType;         /*  8 T.38 SDP type */
+    uint32_t unFaxModemSwitch;     /* 12 fax/modem attribute flag */
+    uint32_t unEchoCancelSwitch;   /* 16 echo cancel attribute flag */
+    uint32_t unSilenceSuppSwitch;  /* 20 silence suppression attribute flag */
+    uint32_t aunReserved[2];       /* 24 */
+    uint32_t unFaxCtrlMode;        /* 32 fax control mode: 0 "Force", 1 "Disable", 2 "Auto" */
+} Tr104SipFaxModeRecord;
+
+/* Voice-band-data record (20 bytes): a write names the field it changes in unSelector. */
+#define TR104_VBD_ENABLE 1u
+#define TR104_VBD_CODEC 2u
+#define TR104_VBD_RX_INTERVAL 4u
+#define TR104_VBD_TX_INTERVAL 8u
+typedef struct Tr104SipVbdRecord {
+    uint32_t unSelector;    /*  0 field being set */
+    uint32_t unEnable;      /*  4 0 or 1 */
+    uint32_t unCodec;       /*  8 payload-type code (codec.h) */
+    uint32_t unRxInterval;  /* 12 receive packet interval, ms */
+    uint32_t unTxInterval;  /* 16 send packet interval, ms */
+} Tr104SipVbdRecord;
+
 /* Line record fields */
 TR104_API int Tr104LineEnableSip(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104LineRegisterSip(int nFlag, void *pValue, int *nLocate);
@@ -268,6 +306,31 @@ TR104_API int Tr104ProfileNumberOfLinesSip(int nFlag, void *pValue, int *nLocate
 /* The text needs a buffer of TR104_WAN_NAME_LEN bytes. */
 #define TR104_WAN_NAME_LEN 64
 TR104_API int Tr104ProfileWanNameSip(int nFlag, void *pValue, int *nLocate);
+
+/* Fax: T.38 values of the line's voice profile (rates in bit/s, TCF "Local"/"Network") */
+TR104_API int Tr104FaxT38BitRateSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104FaxT38TCFMethodSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104FaxT38HighSpeedRedundancySip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104FaxT38LowSpeedRedundancySip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104FaxT38PortAdd2Sip(int nFlag, void *pValue, int *nLocate);
+/* T.38 on a line; nLocate[2] 0 is line 1. */
+TR104_API int Tr104FaxT38EnableSip(int nFlag, void *pValue, int *nLocate);
+
+/* Fax mode attributes (profile-wide) */
+TR104_API int Tr104FaxCtrlModeSip(int nFlag, void *pValue, int *nLocate);
+/* "Force", "Disable", "Auto": the fax control mode as text */
+TR104_API int Tr104ProfileFaxPassThroughSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104FaxProcessModeSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104T38SDPTypeSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104FaxModemAttrFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104EchoCancelAttrFlagSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104SilenceSuppAttrFlagSip(int nFlag, void *pValue, int *nLocate);
+
+/* Voice-band data (profile-wide) */
+TR104_API int Tr104VbdEnableSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104VbdRxIntervalSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104VbdTxIntervalSip(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104VbdCodecSip(int nFlag, void *pValue, int *nLocate);
 
 /* Line swap: the physical port ("1" or "2") a line uses.  A set naming the other port swaps
  * the two lines' directory numbers, user names and passwords. */

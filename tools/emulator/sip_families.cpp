@@ -4,6 +4,7 @@
 // A set followed by a get returns what was set.
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "emulator/voice_module_emulator.h"
 #include "tr104/sip.h"
@@ -87,6 +88,8 @@ const std::vector<LineField> &lineFields() {
         {"sip directory number", 16579, 16578, "GET_LINE_TEL_NUM_ID", "SET_LINE_TEL_NUM_ID", {{8, 66}}},
         {"sip line uri", 16589, 16588, "GET_LINE_URI_ID", "SET_LINE_URI_ID", {{8, 66}}},
         {"sip line auth", 16586, 16585, "GET_USER_AUTHOR_ID", "SET_USER_AUTHOR_ID", {{224, 66}, {290, 66}}},
+        {"sip fax t38 enable", GET_FAX_T38_ENABLE_ID, SET_FAX_T38_ENABLE_ID, "GET_FAX_T38_ENABLE_ID",
+         "SET_FAX_T38_ENABLE_ID", {{4, 4}}},
         // Line features.
         {"sip caller id mode", GET_CALLERID_MODE_ID, SET_CALLERID_MODE_ID, "GET_CALLERID_MODE_ID",
          "SET_CALLERID_MODE_ID", {{4, 1}}, kFeatureLen},
@@ -176,8 +179,14 @@ std::vector<char> &profileByName(VoiceModuleEmulator &e, const Request &request)
     return profile;
 }
 
+// The T.38 low-speed redundancy has no bit of its own: this voice module takes it from a set
+// whose change mask is empty.
 void applyMasked(std::vector<char> &profile, const Request &request) {
     const uint32_t mask = request.word<uint32_t>(offsetof(Tr104SipProfileRecord, unChangeMask));
+    if (mask == 0) {
+        constexpr size_t low = offsetof(Tr104SipProfileRecord, unT38LowSpeedRedundancy);
+        std::memcpy(profile.data() + low, request.payload.data() + low, 4);
+    }
     for (const MaskedField &mf : profileFields()) {
         if (mask & mf.bit) {
             std::memcpy(profile.data() + mf.field.offset, request.payload.data() + mf.field.offset, mf.field.width);
@@ -252,7 +261,78 @@ RecordFamily keyedFamily(const std::string &name, uint32_t length, std::vector<F
     return f;
 }
 
+// A record a set changes field by field: the word at maskOffset names the fields it carries.
+struct SelectedRecord {
+    const char *family;
+    uint32_t length;
+    std::vector<Field> keys;
+    uint32_t getCmd, setCmd;
+    uint32_t maskOffset;
+    std::vector<MaskedField> fields;
+};
+
+std::vector<SelectedRecord> selectedRecords() {
+    using Fax = Tr104SipFaxModeRecord;
+    using Vbd = Tr104SipVbdRecord;
+    using Sig = Tr104SipSignalTimerRecord;
+    return {
+        // Voice profiles by name, with their change mask.
+        {kProfileFamily, kProfileLen, {kProfileKey}, GET_PROFILE_CMD_ID, SET_PROFILE_CMD_ID,
+         offsetof(Tr104SipProfileRecord, unChangeMask), profileFields()},
+        // Signalling timers: one record, the selector names the timer a set changes.
+        {kSignalTimerFamily, sizeof(Sig), {}, GET_SIG_TIMEOUT_ID, SET_SIG_TIMEOUT_ID, offsetof(Sig, usSelector),
+         {{selectorBit(TR104_SIG_TIMER_START_DIGIT), {offsetof(Sig, unStartDigit), 4}},
+          {selectorBit(TR104_SIG_TIMER_NO_ANSWER), {offsetof(Sig, unNoAnswer), 4}},
+          {selectorBit(TR104_SIG_TIMER_BUSY_TONE), {offsetof(Sig, unBusyTone), 4}},
+          {selectorBit(TR104_SIG_TIMER_HANGING_REMINDER), {offsetof(Sig, unHangingReminder), 4}},
+          {selectorBit(TR104_SIG_TIMER_CALL_WAITING_REJECT), {offsetof(Sig, unCallWaitingReject), 4}}}},
+        // Fax attributes: the configuration flag names the attribute.
+        {"sip fax mode", sizeof(Fax), {}, GET_FAX_MODE_ID, SET_FAX_MODE_ID, offsetof(Fax, unConfigFlag),
+         {{CONFIG_FLAG_FAX_CTRL_MODE, {offsetof(Fax, unFaxCtrlMode), 4}},
+          {CONFIG_FLAG_FAX_PROCESS_MODE, {offsetof(Fax, unProcessMode), 4}},
+          {CONFIG_FLAG_FAX_T38_SDP_TYPE, {offsetof(Fax, unT38SdpType), 4}},
+          {CONFIG_FLAG_FAX_FAX_MODEM_SWITCH, {offsetof(Fax, unFaxModemSwitch), 4}},
+          {CONFIG_FLAG_FAX_ECHO_CANCEL_SWITCH, {offsetof(Fax, unEchoCancelSwitch), 4}},
+          {CONFIG_FLAG_FAX_SILENCE_SUPP_SWITCH, {offsetof(Fax, unSilenceSuppSwitch), 4}}}},
+        // Voice-band data: the selector names the field.
+        {"sip vbd", sizeof(Vbd), {}, GET_VBD_ID, SET_VBD_ID, offsetof(Vbd, unSelector),
+         {{TR104_VBD_ENABLE, {offsetof(Vbd, unEnable), 4}},
+          {TR104_VBD_CODEC, {offsetof(Vbd, unCodec), 4}},
+          {TR104_VBD_RX_INTERVAL, {offsetof(Vbd, unRxInterval), 4}},
+          {TR104_VBD_TX_INTERVAL, {offsetof(Vbd, unTxInterval), 4}}}},
+    };
+}
+
+// Names of the commands not named with their families.
+const std::pair<uint32_t, const char *> kCommandNames[] = {
+    {GET_WAN_NAME_ID, "GET_WAN_NAME_ID"},
+    {GET_PROFILE_CMD_ID, "GET_PROFILE_CMD_ID"},
+    {SET_PROFILE_CMD_ID, "SET_PROFILE_CMD_ID"},
+    {CREATE_PROFILE_ID, "CREATE_PROFILE_ID"},
+    {BIND_PROFILE_ID, "BIND_PROFILE_ID"},
+    {CREATE_SET_BIND_PROFILE_ID, "CREATE_SET_BIND_PROFILE_ID"},
+    {GET_SIG_TIMEOUT_ID, "GET_SIG_TIMEOUT_ID"},
+    {SET_SIG_TIMEOUT_ID, "SET_SIG_TIMEOUT_ID"},
+    {GET_FAX_MODE_ID, "GET_FAX_MODE_ID"},
+    {SET_FAX_MODE_ID, "SET_FAX_MODE_ID"},
+    {GET_VBD_ID, "GET_VBD_ID"},
+    {SET_VBD_ID, "SET_VBD_ID"},
+    {GET_DIG_TIMEOUT, "GET_DIG_TIMEOUT"},
+    {SET_DIG_TIMEOUT, "SET_DIG_TIMEOUT"},
+    {GET_DIGITMAP_ID, "GET_DIGITMAP_ID"},
+    {SET_DIGITMAP_ID, "SET_DIGITMAP_ID"},
+    {ENABLE_DIGITMAP_ID, "ENABLE_DIGITMAP_ID"},
+    {DISABLE_DIGITMAP_ID, "DISABLE_DIGITMAP_ID"},
+    {GET_DIGITMAP_ENABLE_ID, "GET_DIGITMAP_ENABLE_ID"},
+    {REGISTER_LINE_ID, "REGISTER_LINE_ID"},
+    {UNREGISTER_LINE_ID, "UNREGISTER_LINE_ID"},
+    {RESET_LINE_STATISTICS_ID, "RESET_LINE_STATISTICS_ID"},
+};
+
 void installSipFamilies(VoiceModuleEmulator &e) {
+    for (const auto &[cmd, name] : kCommandNames) {
+        e.nameCommand(cmd, name);
+    }
     for (const LineField &lf : lineFields()) {
         RecordFamily f = keyedFamily(lf.family, lf.length, {kLineKey}, {lf.getCmd}, {lf.setCmd});
         f.setFields = lf.fields;
@@ -271,43 +351,13 @@ void installSipFamilies(VoiceModuleEmulator &e) {
         e.put(r.family, &r.value, sizeof(r.value));
     }
     e.addFamily(keyedFamily("sip wan name", kWanNameLen, {}, {GET_WAN_NAME_ID}, {}));
-    e.nameCommand(GET_WAN_NAME_ID, "GET_WAN_NAME_ID");
     e.put("sip wan name", kWanName, sizeof(kWanName));
-
-    // Voice profiles by name: a masked set changes the named fields, a get reads them back.
-    RecordFamily profile = keyedFamily(kProfileFamily, kProfileLen, {kProfileKey}, {GET_PROFILE_CMD_ID},
-                                       {SET_PROFILE_CMD_ID});
-    profile.mask = Field{offsetof(Tr104SipProfileRecord, unChangeMask), 4};
-    profile.maskedFields = profileFields();
-    e.addFamily(profile);
-    e.nameCommand(GET_PROFILE_CMD_ID, "GET_PROFILE_CMD_ID");
-    e.nameCommand(SET_PROFILE_CMD_ID, "SET_PROFILE_CMD_ID");
-    e.nameCommand(CREATE_PROFILE_ID, "CREATE_PROFILE_ID");
-    e.nameCommand(BIND_PROFILE_ID, "BIND_PROFILE_ID");
-    e.nameCommand(CREATE_SET_BIND_PROFILE_ID, "CREATE_SET_BIND_PROFILE_ID");
-    onSet(e, CREATE_PROFILE_ID, [&e](const Request &r) { profileByName(e, r); });
-    onSet(e, BIND_PROFILE_ID, [&e](const Request &r) { bindProfile(e, profileByName(e, r), r); });
-    onSet(e, CREATE_SET_BIND_PROFILE_ID, [&e](const Request &r) {
-        std::vector<char> &p = profileByName(e, r);
-        applyMasked(p, r);
-        bindProfile(e, p, r);
-    });
-
-    // Signalling timers: one record, the selector says which timer a set changes.
-    RecordFamily signal = keyedFamily(kSignalTimerFamily, sizeof(Tr104SipSignalTimerRecord), {},
-                                      {GET_SIG_TIMEOUT_ID}, {SET_SIG_TIMEOUT_ID});
-    signal.mask = Field{offsetof(Tr104SipSignalTimerRecord, usSelector), 4};
-    signal.maskedFields = {
-        {selectorBit(TR104_SIG_TIMER_START_DIGIT), {offsetof(Tr104SipSignalTimerRecord, unStartDigit), 4}},
-        {selectorBit(TR104_SIG_TIMER_NO_ANSWER), {offsetof(Tr104SipSignalTimerRecord, unNoAnswer), 4}},
-        {selectorBit(TR104_SIG_TIMER_BUSY_TONE), {offsetof(Tr104SipSignalTimerRecord, unBusyTone), 4}},
-        {selectorBit(TR104_SIG_TIMER_HANGING_REMINDER), {offsetof(Tr104SipSignalTimerRecord, unHangingReminder), 4}},
-        {selectorBit(TR104_SIG_TIMER_CALL_WAITING_REJECT),
-         {offsetof(Tr104SipSignalTimerRecord, unCallWaitingReject), 4}},
-    };
-    e.addFamily(signal);
-    e.nameCommand(GET_SIG_TIMEOUT_ID, "GET_SIG_TIMEOUT_ID");
-    e.nameCommand(SET_SIG_TIMEOUT_ID, "SET_SIG_TIMEOUT_ID");
+    for (const SelectedRecord &r : selectedRecords()) {
+        RecordFamily f = keyedFamily(r.family, r.length, r.keys, {r.getCmd}, {r.setCmd});
+        f.mask = Field{r.maskOffset, 4};
+        f.maskedFields = r.fields;
+        e.addFamily(f);
+    }
     Tr104SipSignalTimerRecord defaults{};
     defaults.unStartDigit = 10000;
     defaults.unNoAnswer = 60000;
@@ -316,28 +366,29 @@ void installSipFamilies(VoiceModuleEmulator &e) {
     defaults.unCallWaitingReject = 30000;
     e.put(kSignalTimerFamily, &defaults, sizeof(defaults));
 
+    // Profiles: created by name, changed through the mask, bound to a port (which the port
+    // status then reports), or all three in one request.
+    onSet(e, CREATE_PROFILE_ID, [&e](const Request &r) { profileByName(e, r); });
+    onSet(e, SET_PROFILE_CMD_ID, [&e](const Request &r) { applyMasked(profileByName(e, r), r); });
+    onSet(e, BIND_PROFILE_ID, [&e](const Request &r) { bindProfile(e, profileByName(e, r), r); });
+    onSet(e, CREATE_SET_BIND_PROFILE_ID, [&e](const Request &r) {
+        std::vector<char> &p = profileByName(e, r);
+        applyMasked(p, r);
+        bindProfile(e, p, r);
+    });
+
     // Digit timers: -1 in a field leaves that timer as it is.
     e.addFamily(keyedFamily(kDigitTimerFamily, sizeof(Tr104SipDigitTimerRecord), {}, {GET_DIG_TIMEOUT}, {}));
-    e.nameCommand(GET_DIG_TIMEOUT, "GET_DIG_TIMEOUT");
-    e.nameCommand(SET_DIG_TIMEOUT, "SET_DIG_TIMEOUT");
     onSet(e, SET_DIG_TIMEOUT, [&e](const Request &r) { storeDigitTimers(e, r); });
 
     // Digit map: assembled from its chunks; writing or switching turns it on or off.
     e.addFamily(keyedFamily(kDigitMapFamily, kDigitMapLen, {}, {GET_DIGITMAP_ID}, {}));
     e.addFamily(keyedFamily(kDigitMapEnableFamily, 4, {}, {GET_DIGITMAP_ENABLE_ID}, {}));
-    e.nameCommand(GET_DIGITMAP_ID, "GET_DIGITMAP_ID");
-    e.nameCommand(SET_DIGITMAP_ID, "SET_DIGITMAP_ID");
-    e.nameCommand(ENABLE_DIGITMAP_ID, "ENABLE_DIGITMAP_ID");
-    e.nameCommand(DISABLE_DIGITMAP_ID, "DISABLE_DIGITMAP_ID");
-    e.nameCommand(GET_DIGITMAP_ENABLE_ID, "GET_DIGITMAP_ENABLE_ID");
     onSet(e, SET_DIGITMAP_ID, [&e](const Request &r) { storeDigitMapChunk(e, r); });
     onSet(e, ENABLE_DIGITMAP_ID, [&e](const Request &) { setDigitMapEnable(e, 1); });
     onSet(e, DISABLE_DIGITMAP_ID, [&e](const Request &) { setDigitMapEnable(e, 0); });
 
     // Registration and statistics.
-    e.nameCommand(REGISTER_LINE_ID, "REGISTER_LINE_ID");
-    e.nameCommand(UNREGISTER_LINE_ID, "UNREGISTER_LINE_ID");
-    e.nameCommand(RESET_LINE_STATISTICS_ID, "RESET_LINE_STATISTICS_ID");
     onSet(e, REGISTER_LINE_ID, [&e](const Request &r) { setRegistration(e, r, "reg-ok"); });
     onSet(e, UNREGISTER_LINE_ID, [&e](const Request &r) { setRegistration(e, r, "unreg-ok"); });
     onSet(e, RESET_LINE_STATISTICS_ID, [](const Request &) {});

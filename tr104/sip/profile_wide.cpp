@@ -10,6 +10,8 @@ constexpr size_t kLargestRecord = 64;
 
 bool accepted(const ProfileWide &w, int value) {
     switch (w.accept) {
+    case Accept::Any:
+        return true;
     case Accept::Range:
         return inRange(value, w.low, w.high);
     case Accept::LowByte:

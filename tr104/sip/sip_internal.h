@@ -70,6 +70,22 @@ static_assert(offsetof(Tr104SipDigitMapChunk, ucChunk) == 1);
 static_assert(offsetof(Tr104SipDigitMapChunk, aText) == 2);
 static_assert(sizeof(Tr104SipMatchModeRecord) == 258);
 
+static_assert(sizeof(Tr104SipFaxModeRecord) == 36);
+static_assert(offsetof(Tr104SipFaxModeRecord, unConfigFlag) == 0);
+static_assert(offsetof(Tr104SipFaxModeRecord, unProcessMode) == 4);
+static_assert(offsetof(Tr104SipFaxModeRecord, unT38SdpType) == 8);
+static_assert(offsetof(Tr104SipFaxModeRecord, unFaxModemSwitch) == 12);
+static_assert(offsetof(Tr104SipFaxModeRecord, unEchoCancelSwitch) == 16);
+static_assert(offsetof(Tr104SipFaxModeRecord, unSilenceSuppSwitch) == 20);
+static_assert(offsetof(Tr104SipFaxModeRecord, unFaxCtrlMode) == 32);
+
+static_assert(sizeof(Tr104SipVbdRecord) == 20);
+static_assert(offsetof(Tr104SipVbdRecord, unSelector) == 0);
+static_assert(offsetof(Tr104SipVbdRecord, unEnable) == 4);
+static_assert(offsetof(Tr104SipVbdRecord, unCodec) == 8);
+static_assert(offsetof(Tr104SipVbdRecord, unRxInterval) == 12);
+static_assert(offsetof(Tr104SipVbdRecord, unTxInterval) == 16);
+
 namespace tr104::sip {
 
 // Which instance numbers a handler checks.

@@ -90,6 +90,7 @@ struct Marker {
 
 // Which values a set accepts.
 enum class Accept : uint8_t {
+    Any,          // every value
     Range,        // low..high
     LowByte,      // the value's low byte in low..high (VBD packet intervals)
     VbdCodec,     // 0, 4, 8, 18, or any code of 255 and above
