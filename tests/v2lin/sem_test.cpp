@@ -198,7 +198,14 @@ TEST_F(Semaphores, ThreeWaitersAreServedFirstComeFirstServed) {
     }
     std::string list = shown(s);
     for (int32_t id : ids) EXPECT_NE(list.find(taskName(id)), std::string::npos) << list;
-    for (int i = 0; i < 3; i++) EXPECT_EQ(semGive(s), 0);
+    // One token at a time: each must go to the longest waiting task.
+    for (size_t n = 1; n <= 3; n++) {
+        EXPECT_EQ(semGive(s), 0);
+        EXPECT_TRUE(waitFor([&] {
+            std::lock_guard<std::mutex> g(mu);
+            return order.size() == n;
+        }));
+    }
     for (int32_t id : ids) EXPECT_TRUE(waitGone(id));
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
     EXPECT_EQ(semDelete(s), 0);
