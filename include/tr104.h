@@ -7,5 +7,8 @@
 #include "tr104/notify.h"
 #include "tr104/common.h"
 #include "tr104/codec.h"
+#include "tr104/protocol.h"
+#include "tr104/handlers.h"
+#include "tr104/startup.h"
 
 #endif

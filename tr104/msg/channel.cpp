@@ -40,35 +40,13 @@ constexpr ModuleKind kModuleKinds[] = {
     {14, 0, 0},      // kind 7
 };
 
-// Opens the queue with key when *id is still -1.  The queues are created with permission
-// bits zero, as the voice module expects them.
-bool openQueue(int32_t *id, key_t key, const char *failure) {
-    if (*id == -1) {
-        *id = msgget(key, IPC_CREAT);
-        if (*id == -1) {
-            printf(failure, errno);
-            return false;
-        }
-    }
-    return true;
-}
-
 }  // namespace
 
 extern "C" TR104_API int tr104VoiceMsgQueuesInit(int moduleKind) {
-    if (gTr104RcvMsgQueueSemId == -1) {
-        gTr104RcvMsgQueueSemId = semget(TR104_SEM_KEY, 1, IPC_CREAT | 0770);
-        if (gTr104RcvMsgQueueSemId == -1) {
-            printf("semget return error: %d\n", errno);
-            return -1;
-        }
-        // Every process that opens the lock resets it to free: the last one to start wins.
-        if (semctl(gTr104RcvMsgQueueSemId, 0, SETVAL, 1) == -1) {
-            printf("semctl return error: %d\n", errno);
-            return -1;
-        }
+    if (!tr104::openChannelLock()) {
+        return -1;
     }
-    if (!openQueue(&gTr104SndMsgQueueId, TR104_SND_QUEUE_KEY, "msgget tr104 send msg queue failed, errno = %d\n")) {
+    if (!tr104::openQueue(&gTr104SndMsgQueueId, TR104_SND_QUEUE_KEY, "msgget tr104 send msg queue failed, errno = %d\n")) {
         return -1;
     }
     if (moduleKind < 1 || moduleKind > static_cast<int>(std::size(kModuleKinds))) {
@@ -80,14 +58,43 @@ extern "C" TR104_API int tr104VoiceMsgQueuesInit(int moduleKind) {
     if (kind.replyKey == 0) {
         return 0;
     }
-    if (!openQueue(&gTr104RcvOutMsgQueueId, kind.replyKey, "msgget tr104 receive msg queue failed, errno = %d\n") ||
-        !openQueue(&gTr104RcvInMsgQueueId, kind.inboundKey, "msgget tr104 receive in msg queue failed, errno = %d\n")) {
+    if (!tr104::openQueue(&gTr104RcvOutMsgQueueId, kind.replyKey, "msgget tr104 receive msg queue failed, errno = %d\n") ||
+        !tr104::openQueue(&gTr104RcvInMsgQueueId, kind.inboundKey, "msgget tr104 receive in msg queue failed, errno = %d\n")) {
         return -1;
     }
     return 0;
 }
 
 namespace tr104 {
+
+bool openChannelLock() {
+    if (gTr104RcvMsgQueueSemId != -1) {
+        return true;
+    }
+    gTr104RcvMsgQueueSemId = semget(TR104_SEM_KEY, 1, IPC_CREAT | 0770);
+    if (gTr104RcvMsgQueueSemId == -1) {
+        printf("semget return error: %d\n", errno);
+        return false;
+    }
+    // Every process that opens the lock resets it to free: the last one to start wins.
+    if (semctl(gTr104RcvMsgQueueSemId, 0, SETVAL, 1) == -1) {
+        printf("semctl return error: %d\n", errno);
+        return false;
+    }
+    return true;
+}
+
+// The queues are created with permission bits zero, as the voice module expects them.
+bool openQueue(int32_t *id, key_t key, const char *failure) {
+    if (*id == -1) {
+        *id = msgget(key, IPC_CREAT);
+        if (*id == -1) {
+            printf(failure, errno);
+            return false;
+        }
+    }
+    return true;
+}
 
 void fillRequestRecord(Tr104Msg *msg) {
     std::memset(msg, 0, sizeof(*msg));

@@ -19,7 +19,14 @@ static_assert(sizeof(Tr104WireMsg) == sizeof(long) + TR104_MSG_TEXT_LEN ||
 static_assert(offsetof(Tr104WireMsg, text) == sizeof(long));
 static_assert(TR104_TEXT_RSP_OFFSET + TR104_RSP_BUFFER_LEN == TR104_MSG_TEXT_LEN);
 
+#include <sys/types.h>
+
 namespace tr104 {
+
+// Opens the channel's lock (key 36) when this process has not yet, and resets it to free.
+bool openChannelLock();
+// Opens the queue with key when *id is still -1; prints failure (with errno) when it cannot.
+bool openQueue(int32_t *id, key_t key, const char *failure);
 
 // Zero a record and give it this process's module number and channel identifiers.
 void fillRequestRecord(Tr104Msg *msg);

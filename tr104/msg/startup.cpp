@@ -11,6 +11,7 @@
 
 #include "tr104/framework/debug.h"
 #include "tr104/handlers.h"
+#include "tr104/msg/record_layout.h"
 #include "tr104/protocol.h"
 #include "tr104/startup.h"
 
@@ -19,6 +20,7 @@ namespace {
 
 constexpr uint32_t kSaveVoiceCfgCmd = 99;
 constexpr useconds_t kInboundPause = 100;
+constexpr key_t kOmReplyQueueKey = 160;
 
 using InboundHandler = int (*)(const Tr104Msg *);
 
@@ -111,30 +113,11 @@ extern "C" TR104_API int Tr104VoiceCfgInit(int moduleKind) {
 
 extern "C" TR104_API int VoipOmInit(void) {
     TR104_DEBUG("enter \r\n");
-    while (gTr104RcvMsgQueueSemId == -1) {
-        gTr104RcvMsgQueueSemId = semget(TR104_SEM_KEY, 1, IPC_CREAT | 0770);
-        if (gTr104RcvMsgQueueSemId == -1) {
-            printf("semget return error: %d\n", errno);
-            return -1;
-        }
-        if (semctl(gTr104RcvMsgQueueSemId, 0, SETVAL, 1) == -1) {
-            printf("semctl return error: %d\n", errno);
-            return -1;
-        }
-    }
-    while (gTr104SndMsgQueueId == -1) {
-        gTr104SndMsgQueueId = msgget(TR104_SND_QUEUE_KEY, IPC_CREAT);
-        if (gTr104SndMsgQueueId == -1) {
-            printf("\r\n msgget VoipOmInit send msg queue failed, errno = %d", errno);
-            return -1;
-        }
-    }
-    while (gTr104RcvOutMsgQueueId == -1) {
-        gTr104RcvOutMsgQueueId = msgget(160, IPC_CREAT);
-        if (gTr104RcvOutMsgQueueId == -1) {
-            printf("msgget tr104 receive msg queue failed, errno = %d\n", errno);
-            return -1;
-        }
+    if (!tr104::openChannelLock() ||
+        !tr104::openQueue(&gTr104SndMsgQueueId, TR104_SND_QUEUE_KEY,
+                          "\r\n msgget VoipOmInit send msg queue failed, errno = %d") ||
+        !tr104::openQueue(&gTr104RcvOutMsgQueueId, kOmReplyQueueKey, "msgget tr104 receive msg queue failed, errno = %d\n")) {
+        return -1;
     }
     return 0;
 }
