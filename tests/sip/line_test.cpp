@@ -347,6 +347,23 @@ TEST_F(SipLineValues, CallTextGivesCallStatusAndSessionType) {
     EXPECT_EQ(getText(Tr104LineHookStatusSip, 1), "on-hook");
 }
 
+TEST_F(SipLineValues, TextsWithoutTerminatorStayInsideTheirField) {
+    Tr104SipLineRecord status{};
+    status.unLine = 2;
+    std::memset(status.aHookState, 'h', sizeof(status.aHookState));
+    std::memset(status.aCallState, 'c', sizeof(status.aCallState));
+    status.unProfileId = 0x41414141;  // right after the call text
+    putPortStatus(status);
+    EXPECT_EQ(getText(Tr104LineHookStatusSip, 2), std::string(19, 'h'));
+    EXPECT_EQ(getText(Tr104LineCallStatusSip, 2), std::string(171, 'c'));
+    Tr104SipLineRecord jitter{};
+    jitter.unLine = 2;
+    std::memset(jitter.aJitterMode, 'j', sizeof(jitter.aJitterMode));
+    jitter.unMinJitter = 0x42424242;
+    emulator.put("sip jitter mode", &jitter, sizeof(jitter));
+    EXPECT_EQ(getText(Tr104LineJitterBufferModeSip, 2), std::string(9, 'j'));
+}
+
 TEST_F(SipLineValues, FailedReadsReturnMinusOneAndLeaveTheValue) {
     emulator.setFault(0, {vmemu::Fault::FailureMarker, 0, -1});
     const Handler integers[] = {Tr104LineHotlineDelaySip, Tr104LineServerStatusSip, Tr104LineSessionTypeSip,

@@ -147,7 +147,9 @@ void convertGet(const LineValue &v, const Tr104SipLineRecord &rec, void *pValue)
         putInt(pValue, static_cast<int>(wordAt(rec, v.offset)));
         break;
     case Conv::Text:
-        copyBounded(text, textAt(rec, v.offset), v.width);
+        // Texts of the record end with a terminator inside their field; a field that lacks one
+        // gives the caller no more than the field's characters.
+        copyBounded(text, textAt(rec, v.offset), v.width - 1u);
         break;
     case Conv::RegStatus: {
         char state[sizeof(rec.aRegState) + 1];
@@ -166,10 +168,10 @@ void convertGet(const LineValue &v, const Tr104SipLineRecord &rec, void *pValue)
         putInt(pValue, static_cast<int>(rec.unPortState & 0xFFu));
         break;
     case Conv::HookText:
-        copyBounded(text, rec.aHookState, sizeof(rec.aHookState));
+        copyBounded(text, rec.aHookState, sizeof(rec.aHookState) - 1);
         break;
     case Conv::CallStatus:
-        copyBounded(text, rec.aCallState, sizeof(rec.aCallState));
+        copyBounded(text, rec.aCallState, sizeof(rec.aCallState) - 1);
         if (const char *mapped = mapText(kCallStates, text)) {
             std::strcpy(text, mapped);
         }
