@@ -15,8 +15,6 @@ constexpr uint16_t kHotlineDelay = offsetof(Tr104SipLineRecord, unHotlineDelay);
 constexpr uint16_t kMinJitter = offsetof(Tr104SipLineRecord, unMinJitter);
 constexpr uint16_t kMaxJitter = offsetof(Tr104SipLineRecord, unMaxJitter);
 constexpr uint16_t kJitterMode = offsetof(Tr104SipLineRecord, aJitterMode);
-constexpr uint16_t kHookState = offsetof(Tr104SipLineRecord, aHookState);
-constexpr uint16_t kCallState = offsetof(Tr104SipLineRecord, aCallState);
 
 constexpr const char *kStatusError = "get port[%d] status error\n";
 
