@@ -32,6 +32,25 @@ std::array<char, 452> portBlock(uint32_t port, uint32_t profileId, const char *p
 
 class Exchange : public ChannelTest {};
 
+// Holds the channel lock as another process would, for the life of the object.
+class LockHeldElsewhere {
+public:
+    LockHeldElsewhere() {
+        sembuf take{0, -1, 0};
+        taken_ = semop(gTr104RcvMsgQueueSemId, &take, 1) == 0;
+    }
+    ~LockHeldElsewhere() {
+        sembuf give{0, 1, 0};
+        if (taken_) {
+            semop(gTr104RcvMsgQueueSemId, &give, 1);
+        }
+    }
+    bool taken() const { return taken_; }
+
+private:
+    bool taken_ = false;
+};
+
 TEST_F(Exchange, GetReturnsTheReplyLengthAndCopiesOnlyTypeCommandAndReplyArea) {
     auto block = portBlock(1, 3, "port1");
     emulator.put("port status", block.data(), block.size());
@@ -132,8 +151,8 @@ TEST_F(Exchange, SendOnlyReturnsZeroAndWaitsForNothing) {
 
 TEST_F(Exchange, BadArgumentsFailBeforeTheLockIsTouched) {
     // Hold the lock: a call that touched it would wait 5 s.
-    sembuf take{0, -1, 0};
-    ASSERT_EQ(semop(gTr104RcvMsgQueueSemId, &take, 1), 0);
+    LockHeldElsewhere lock;
+    ASSERT_TRUE(lock.taken());
     Tr104Msg msg = request(kPortStatus);
     testing::internal::CaptureStdout();
     const auto start = Clock::now();
@@ -144,14 +163,12 @@ TEST_F(Exchange, BadArgumentsFailBeforeTheLockIsTouched) {
     EXPECT_NE(out.find("\n msgSndAndRcvSem - ifNeedResponse [2] is error\n"), std::string::npos);
     EXPECT_NE(out.find("\n msgSndAndRcvSem - pIoSemMsgPara is null"), std::string::npos);
     EXPECT_EQ(semValue(), 0);
-    sembuf give{0, 1, 0};
-    ASSERT_EQ(semop(gTr104RcvMsgQueueSemId, &give, 1), 0);
     EXPECT_EQ(emulator.requestCount(), 0u);
 }
 
 TEST_F(Exchange, LockHeldElsewhereGivesUpAfterFiveSeconds) {
-    sembuf take{0, -1, 0};
-    ASSERT_EQ(semop(gTr104RcvMsgQueueSemId, &take, 1), 0);
+    LockHeldElsewhere lock;
+    ASSERT_TRUE(lock.taken());
     Tr104Msg msg = request(kPortStatus);
     testing::internal::CaptureStdout();
     const auto start = Clock::now();
@@ -164,8 +181,6 @@ TEST_F(Exchange, LockHeldElsewhereGivesUpAfterFiveSeconds) {
     EXPECT_NE(out.find("\n msgSndAndRcvSem - decrSem fail"), std::string::npos) << out;
     EXPECT_EQ(semValue(), 0);  // still the other holder's
     EXPECT_EQ(emulator.requestCount(), 0u);
-    sembuf give{0, 1, 0};
-    semop(gTr104RcvMsgQueueSemId, &give, 1);
 }
 
 TEST_F(Exchange, LockIsFreeAfterSendAndDrainFailures) {
