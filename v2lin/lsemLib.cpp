@@ -119,6 +119,8 @@ bool tryTake(TakeCtx *c, const struct timespec *deadline) {
         heldUnlock(&c->held);
         taskDelay(1);
         heldLock(&c->held);
+        // A flush or delete that came meanwhile releases this waiter without a token.
+        if (s->state & (kFlushed | kDeleted)) return false;
         if (deadline && deadlinePassed(*deadline)) return false;
     }
 }

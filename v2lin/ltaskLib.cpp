@@ -174,10 +174,15 @@ void *taskWrapper(void *arg) {
     errno = 0;
     pthread_cleanup_push(wrapperCleanup, nullptr);
     sched_yield();
-    // The creator stores the thread id after pthread_create returns.
+    // The creator stores the thread id after pthread_create returns.  A deletion meanwhile acts
+    // between the sleeps, not inside one.
     while (threadOf(tcb) == 0) {
+        pthread_testcancel();
+        int oldState;
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &oldState);
         sched_yield();
         usleep(5000);
+        pthread_setcancelstate(oldState, nullptr);
     }
     pthread_mutex_lock(&task_list_lock);
     V2LIN_FUNCPTR entry = tcb->entry;
@@ -725,7 +730,13 @@ int taskRestart(int32_t id) {
     if (sem) semForgetWaiter(sem, target);
     if (target == me) {
         pthread_detach(pthread_self());
-        armSelfRestart(target->taskId);
+        // The block no longer names this thread: until the timer task starts the new one, a
+        // deletion finds no thread to cancel.
+        pthread_mutex_lock(&task_list_lock);
+        target->thread = 0;
+        int32_t id = target->taskId;
+        pthread_mutex_unlock(&task_list_lock);
+        armSelfRestart(id);
         pthread_exit(nullptr);
     }
     pthread_t th = threadOf(target);

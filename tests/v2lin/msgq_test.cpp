@@ -173,6 +173,13 @@ TEST_F(Queues, QueueWithoutRoomHandsOverToAWaitingReader) {
     EXPECT_EQ(sendText(q, "hand"), 0);
     EXPECT_TRUE(waitGone(r));
     EXPECT_EQ(got, "hand");
+    // A waiting writer is let through when a reader arrives.
+    std::atomic<int> rc{-2};
+    int32_t w = spawn("tW0", 50, [&] { rc = sendText(q, "late", V2LIN_WAIT_FOREVER); });
+    ASSERT_TRUE(waitPended(w));
+    EXPECT_EQ(receiveText(q, 200), "late");
+    EXPECT_TRUE(waitGone(w));
+    EXPECT_EQ(rc.load(), 0);
     EXPECT_EQ(msgQDelete(q), 0);
 }
 
