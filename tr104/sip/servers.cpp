@@ -265,15 +265,16 @@ int proxyTransport(int nFlag, void *pValue) {
 
 using tr104::sip::ServerValue;
 
-#define TR104_SERVER_HANDLERS(server, addr, port)                                    \
-    extern "C" TR104_API int addr(int nFlag, void *pValue, int *) {                  \
+// One line per server: the exported address and port handlers, and the slot's apply function.
+#define TR104_SERVER_HANDLERS(server, addr, port)                                           \
+    extern "C" TR104_API int addr(int nFlag, void *pValue, int *) {                         \
         return tr104::sip::serverHandler(tr104::sip::server, ServerValue::Address, nFlag, pValue); \
-    }                                                                                \
-    extern "C" TR104_API int port(int nFlag, void *pValue, int *) {                  \
-        return tr104::sip::serverHandler(tr104::sip::server, ServerValue::Port, nFlag, pValue);    \
+    }                                                                                       \
+    extern "C" TR104_API int port(int nFlag, void *pValue, int *) {                         \
+        return tr104::sip::serverHandler(tr104::sip::server, ServerValue::Port, nFlag, pValue); \
     }
-#define TR104_SERVER_APPLY(server, apply)                                \
-    extern "C" TR104_API int apply(Tr104Msg *msg, void *paramBuffer) {   \
+#define TR104_SERVER_APPLY(server, apply)                                      \
+    extern "C" TR104_API int apply(Tr104Msg *msg, void *paramBuffer) {         \
         return tr104::sip::applyServer(tr104::sip::server, msg, paramBuffer); \
     }
 
