@@ -374,6 +374,7 @@ int msgQNumMsgs(MSG_Q_ID queue) {
 
 int msgQShow(MSG_Q_ID queue, FILE *stream, void *verbose) {
     constexpr int kShown = 11;
+    NoCancel quiet;
     v2lin_msgq *q = queue;
     fprintf(stream, "%x num=%i len=%i: ", hex32(q), q->maxMsgs, q->maxLen);
     V2LIN_TCB *const *lists[2] = {&q->readers, &q->writers};

@@ -311,6 +311,7 @@ int semDelete(SEM_ID sem) {
 }
 
 int semShow(SEM_ID sem, FILE *stream, void *verbose) {
+    NoCancel quiet;
     v2lin_sem *s = sem;
     fprintf(stream, "o:%x ", hex32(s->owner));
     if (s->owner) {

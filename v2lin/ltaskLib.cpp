@@ -251,21 +251,17 @@ void applyTaskPriority(V2LIN_TCB *tcb, int priority) {
 void missingPrivilege() { pthread_once(&gFallbackOnce, reportFallback); }
 
 void errnoLine(int code) {
-    int oldState;
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &oldState);
+    NoCancel quiet;
     int saved = errno;
     fprintf(stderr, "\terrno=%i(%x) %s \n", code, static_cast<unsigned>(code), VxWorksError(code));
     errno = saved;
-    pthread_setcancelstate(oldState, nullptr);
 }
 
 void quietWrite(const char *text) {
-    int oldState;
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &oldState);
+    NoCancel quiet;
     int saved = errno;
     fputs(text, stderr);
     errno = saved;
-    pthread_setcancelstate(oldState, nullptr);
 }
 
 void heldMutexCleanup(void *arg) {

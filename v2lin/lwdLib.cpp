@@ -150,6 +150,7 @@ int wdDelete(WDOG_ID wd) {
 }
 
 int wdogShow(FILE *stream) {
+    NoCancel quiet;
     int n = 0;
     pthread_mutex_lock(&gWdListLock);
     for (v2lin_wdog *w = gWdList; w; w = w->next, n++)
@@ -211,6 +212,7 @@ void tickSet(uint32_t ticks) {
 
 int v2lin_init(void) {
     pthread_mutex_lock(&gInitLock);
+    pthread_cleanup_push(unlockMutexCleanup, &gInitLock);
     if (!gInitDone) {
         gInitDone = 1;
         // The calling thread becomes "tUsrRoot" without changing its real priority.
@@ -224,7 +226,7 @@ int v2lin_init(void) {
                  0, 0);
         taskActivate(gExcTask.taskId);
     }
-    pthread_mutex_unlock(&gInitLock);
+    pthread_cleanup_pop(1);
     return kOk;
 }
 

@@ -56,6 +56,19 @@ R *lookupRecord(R **head, pthread_mutex_t *listLock, R *wanted, bool unlink = fa
 // caller's errno is left as it was, and the write cannot be a cancellation point.
 void errnoLine(int code);
 
+// Keeps the calling thread from being cancelled while it exists (writes under a runtime mutex:
+// output calls may be cancellation points).
+class NoCancel {
+public:
+    NoCancel() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &old_); }
+    ~NoCancel() { pthread_setcancelstate(old_, nullptr); }
+    NoCancel(const NoCancel &) = delete;
+    NoCancel &operator=(const NoCancel &) = delete;
+
+private:
+    int old_;
+};
+
 // Writes text to stderr outside cancellation, errno kept.
 void quietWrite(const char *text);
 
