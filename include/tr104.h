@@ -10,5 +10,8 @@
 #include "tr104/protocol.h"
 #include "tr104/handlers.h"
 #include "tr104/startup.h"
+#include "tr104/sip.h"
+#include "tr104/sip_servers.h"
+#include "tr104/sip_identity.h"
 
 #endif

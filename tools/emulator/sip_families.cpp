@@ -11,19 +11,6 @@
 
 namespace vmemu {
 
-// Command handlers run while the emulator holds its lock, so they work on the stored records
-// directly (the locked put()/get() are for callers outside).
-using RecordMap = std::map<std::string, std::vector<char>>;
-struct StoredRecordsTag {
-    using type = RecordMap VoiceModuleEmulator::*;
-    friend type storedRecords(StoredRecordsTag);
-};
-template <typename Tag, typename Tag::type Member>
-struct StoredRecordsAccess {
-    friend typename Tag::type storedRecords(Tag) { return Member; }
-};
-template struct StoredRecordsAccess<StoredRecordsTag, &VoiceModuleEmulator::records_>;
-
 namespace {
 
 constexpr uint32_t kLineRecordLen = sizeof(Tr104SipLineRecord);
@@ -34,21 +21,6 @@ constexpr uint32_t kWanNameLen = TR104_WAN_NAME_LEN;
 
 const Field kLineKey{0, 4, "line"};
 const Field kProfileKey{offsetof(Tr104SipProfileRecord, aName), sizeof(Tr104SipProfileRecord::aName), "profile"};
-
-// A stored record of a family, created zero-filled (with its key bytes) when missing.  Only for
-// command handlers, which hold the emulator's lock.
-std::vector<char> &storedRecord(VoiceModuleEmulator &emulator, const std::string &family, uint32_t length,
-                                const std::string &key) {
-    RecordMap &records = emulator.*storedRecords(StoredRecordsTag{});
-    std::string name = family;
-    name.push_back('\0');
-    name += key;
-    auto it = records.find(name);
-    if (it == records.end()) {
-        it = records.emplace(name, std::vector<char>(length, 0)).first;
-    }
-    return it->second;
-}
 
 // Key bytes as the emulator builds them: a word as it is, a name up to its terminator.
 std::string wordKey(uint32_t word) { return std::string(reinterpret_cast<const char *>(&word), sizeof(word)); }
@@ -173,7 +145,7 @@ const char kDigitMapEnableFamily[] = "sip digit map enable";
 // ---- Handlers for what a plain record cannot do ----------------------------------------------
 
 std::vector<char> &profileByName(VoiceModuleEmulator &e, const Request &request) {
-    std::vector<char> &profile = storedRecord(e, kProfileFamily, kProfileLen,
+    std::vector<char> &profile = e.heldRecord(kProfileFamily, kProfileLen,
                                               nameKey(request.payload.data() + kProfileKey.offset, kProfileKey.width));
     std::memcpy(profile.data() + kProfileKey.offset, request.payload.data() + kProfileKey.offset, kProfileKey.width);
     return profile;
@@ -199,7 +171,7 @@ void bindProfile(VoiceModuleEmulator &e, std::vector<char> &profile, const Reque
     const uint8_t port = request.word<uint8_t>(offsetof(Tr104SipProfileRecord, ucPort));
     profile[offsetof(Tr104SipProfileRecord, ucPort)] = static_cast<char>(port);
     const uint32_t line = port;
-    std::vector<char> &status = storedRecord(e, kPortStatusFamily, kLineRecordLen, wordKey(line));
+    std::vector<char> &status = e.heldRecord(kPortStatusFamily, kLineRecordLen, wordKey(line));
     putWord(status, offsetof(Tr104SipLineRecord, unLine), line);
     putWord(status, offsetof(Tr104SipLineRecord, unProfileId), line);
     char *name = status.data() + offsetof(Tr104SipLineRecord, aProfileName);
@@ -210,7 +182,7 @@ void bindProfile(VoiceModuleEmulator &e, std::vector<char> &profile, const Reque
 // Registration changes the registration text of the port status.
 void setRegistration(VoiceModuleEmulator &e, const Request &request, const char *state) {
     const uint32_t line = request.word<uint32_t>(0);
-    std::vector<char> &status = storedRecord(e, kPortStatusFamily, kLineRecordLen, wordKey(line));
+    std::vector<char> &status = e.heldRecord(kPortStatusFamily, kLineRecordLen, wordKey(line));
     putWord(status, 0, line);
     char *text = status.data() + offsetof(Tr104SipLineRecord, aRegState);
     std::memset(text, 0, sizeof(Tr104SipLineRecord::aRegState));
@@ -219,7 +191,7 @@ void setRegistration(VoiceModuleEmulator &e, const Request &request, const char 
 
 // Digit map chunks: chunk 0 starts a new map, chunk n continues it at n * 192 characters.
 void storeDigitMapChunk(VoiceModuleEmulator &e, const Request &request) {
-    std::vector<char> &map = storedRecord(e, kDigitMapFamily, kDigitMapLen, "");
+    std::vector<char> &map = e.heldRecord(kDigitMapFamily, kDigitMapLen, "");
     const size_t chunk = request.word<uint8_t>(offsetof(Tr104SipDigitMapChunk, ucChunk));
     const std::string text = request.text_at(offsetof(Tr104SipDigitMapChunk, aText), TR104_DIGITMAP_CHUNK_CHARS);
     const size_t start = std::min<size_t>(chunk * TR104_DIGITMAP_CHUNK_CHARS, kDigitMapLen - 1);
@@ -228,7 +200,7 @@ void storeDigitMapChunk(VoiceModuleEmulator &e, const Request &request) {
 }
 
 void storeDigitTimers(VoiceModuleEmulator &e, const Request &request) {
-    std::vector<char> &timers = storedRecord(e, kDigitTimerFamily, sizeof(Tr104SipDigitTimerRecord), "");
+    std::vector<char> &timers = e.heldRecord(kDigitTimerFamily, sizeof(Tr104SipDigitTimerRecord), "");
     for (size_t offset : {offsetof(Tr104SipDigitTimerRecord, unShortDigit),
                           offsetof(Tr104SipDigitTimerRecord, unLongDigit)}) {
         const uint32_t value = request.word<uint32_t>(offset);
@@ -239,7 +211,7 @@ void storeDigitTimers(VoiceModuleEmulator &e, const Request &request) {
 }
 
 void setDigitMapEnable(VoiceModuleEmulator &e, uint32_t on) {
-    putWord(storedRecord(e, kDigitMapEnableFamily, 4, ""), 0, on);
+    putWord(e.heldRecord(kDigitMapEnableFamily, 4, ""), 0, on);
 }
 
 // A set command served by a handler: applied, never answered.

@@ -210,6 +210,18 @@ std::optional<std::vector<char>> VoiceModuleEmulator::get(const std::string &fam
     return std::nullopt;
 }
 
+std::vector<char> &VoiceModuleEmulator::heldRecord(const std::string &family, uint32_t length,
+                                                  const std::string &keyBytes) {
+    std::string key = family;
+    key.push_back('\0');
+    key += keyBytes;
+    auto it = records_.find(key);
+    if (it == records_.end()) {
+        it = records_.emplace(key, std::vector<char>(length, 0)).first;
+    }
+    return it->second;
+}
+
 void VoiceModuleEmulator::clearRecords() {
     std::lock_guard lock(mutex_);
     records_.clear();

@@ -86,7 +86,7 @@ const char *faultName(Fault fault);
 std::optional<Fault> faultFromName(const std::string &name);
 
 // A custom answer for one command: fills the reply payload from the request; returns false to
-// send no reply.  Runs under the emulator's lock: it may call store()/load().
+// send no reply.  Runs under the emulator's lock: it reaches stored records with heldRecord().
 using CommandHandler = std::function<bool(const Request &, Payload &reply)>;
 
 class VoiceModuleEmulator {
@@ -113,6 +113,11 @@ public:
     // The stored record of a family for the key fields carried by keyRecord (nullopt if none).
     std::optional<std::vector<char>> get(const std::string &family, const void *keyRecord, size_t len) const;
     void clearRecords();
+    // For command handlers only: they run under the emulator's lock, so they reach the stored
+    // records through this unlocked accessor.  The record of a family under raw key bytes (the
+    // key fields' bytes in order, a text key up to its terminator followed by a NUL), created
+    // zero-filled with `length` bytes when missing.
+    std::vector<char> &heldRecord(const std::string &family, uint32_t length, const std::string &keyBytes);
 
     // Faults: for one command, or for every command (cmd 0).
     void setFault(uint32_t cmd, FaultSpec fault);
