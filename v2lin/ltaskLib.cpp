@@ -295,6 +295,10 @@ V2LIN_TCB *waitListHead(V2LIN_TCB *const *list) {
 struct timespec makeDeadline(uint32_t ticks) {
     struct timeval now;
     gettimeofday(&now, nullptr);
+    return deadlineFrom(now, ticks);
+}
+
+struct timespec deadlineFrom(const struct timeval &now, uint32_t ticks) {
     int64_t usec = static_cast<int64_t>(now.tv_usec) + static_cast<int64_t>(ticks) * kTickUsec;
     int64_t sec = now.tv_sec;
     if (usec >= 1000001) {

@@ -4,6 +4,7 @@
 #include <errno.h>
 #include <pthread.h>
 #include <stdint.h>
+#include <sys/time.h>
 #include <time.h>
 
 #include "v2lin/v2lin.h"
@@ -102,6 +103,8 @@ V2LIN_TCB *waitListHead(V2LIN_TCB *const *list);
 // Absolute deadline of a timed wait: gettimeofday plus ticks * 10 ms, whole seconds carried only
 // when the microsecond sum is 1 000 001 or more, so tv_nsec may be exactly 1 000 000 000.
 struct timespec makeDeadline(uint32_t ticks);
+// The same from a given time of day.
+struct timespec deadlineFrom(const struct timeval &now, uint32_t ticks);
 // The same deadline in the form pthread_cond_timedwait accepts (tv_nsec below one second).
 struct timespec normalisedDeadline(const struct timespec &deadline);
 // True once the deadline has passed (seconds first, then microseconds against nanoseconds).
