@@ -146,20 +146,6 @@ TEST(RuntimeProcess, CrashHookForksOnceThenExits) {
     EXPECT_EQ(WEXITSTATUS(status), 1);
 }
 
-TEST(RuntimeProcess, SignalInitInstallsTheHandler) {
-    std::string err;
-    int status = inChild(
-        [] {
-            signal_init();
-            struct sigaction sa;
-            sigaction(SIGSEGV, nullptr, &sa);
-            return sa.sa_handler == sighandler ? 0 : 40;
-        },
-        &err);
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-}
-
 TEST(RuntimeProcess, TaskIdListGetWithoutAListIsAnAssertionFailure) {
     std::string err;
     int status = inChild(

@@ -460,22 +460,4 @@ TEST_F(Tasks, WaitListPrimitives) {
     EXPECT_EQ(taskDeleteForce(b.taskId), 0);
 }
 
-TEST_F(Tasks, TaskVariablesAreAcceptedAndIgnored) {
-    int v = 7;
-    taskVarInit();
-    taskVarAdd(0, &v);
-    taskVarSet(0, &v, 9);
-    taskVarGet(0, &v);
-    taskVarDelete(0, &v);
-    EXPECT_EQ(v, 7);
-}
-
-TEST_F(Tasks, TsMallocAndFree) {
-    void *p = ts_malloc(64);
-    ASSERT_NE(p, nullptr);
-    memset(p, 0xA5, 64);
-    ts_free(p);
-    ts_free(nullptr);
-}
-
 }  // namespace

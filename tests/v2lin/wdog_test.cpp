@@ -182,14 +182,4 @@ TEST_F(Watchdogs, TraceTimeSuppressesCloseCalls) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find(" +0.5"), std::string::npos);
 }
 
-TEST_F(Watchdogs, TimerPassCanBeRunDirectly) {
-    WDOG_ID wd = wdCreate();
-    Slot &s = arm(4);
-    EXPECT_EQ(wdStart(wd, 1, record, 4), 0);
-    usleep(5000);
-    process_timer_list();
-    EXPECT_TRUE(waitFor([&] { return s.fired.load() >= 1; }, 1000));
-    EXPECT_EQ(wdDelete(wd), 0);
-}
-
 }  // namespace
