@@ -2,8 +2,13 @@
 # The main job: build the library and the command-line client, then run the client's scripted
 # tour.  tr104ctl loads libtr104.so with dlopen as the management agent does, plays the voice
 # module itself in a private IPC namespace (so it never meets a real voice module's queues on
-# the same machine), reads and writes line enable, gains, timers and the digit map, shows a
-# change notification and a protocol change, and prints what the voice module received.
+# the same machine) and starts the library in full (Tr104VoiceCfgInit).  It reads and writes
+# line enable, gains, timers and the digit map; shows the deferred buffer sending a proxy's
+# address and port as one write at the second call, and applying a registrar port written alone
+# by its timer after 5 s (read, merge, write), each request with the time it arrived; shows a
+# change notification coming through the inbound thread and a protocol change; and prints what
+# the voice module received.  It exits non-zero when the deferred buffer or the inbound thread
+# did not behave as shown.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # The command-line client end to end: against a voice-module emulator running as its own
-# process (as a real voice module would), with its built-in emulator, and with bad requests.
+# process (as a real voice module would), with its built-in emulator, and with bad requests;
+# start-up (init), change notifications (watch) and the deferred buffer (set of a server port,
+# demo).
 #
 # usage: tr104ctl_test.sh <tr104ctl> <tr104-vmemu>
 # TR104_RUN: program (with arguments) that runs target binaries, e.g. "qemu-mips -L /usr/mips-linux-gnu".
@@ -15,29 +17,58 @@ read -r -a run <<< "${TR104_RUN:-}"
 work=$(mktemp -d /tmp/tr104ctl-test.XXXXXX)
 failures=0
 
-# check NAME WANT_EXIT PATTERN -- ARGS...: runs tr104ctl, checks its exit code and that its
-# output (stdout and stderr together) contains PATTERN (a fixed string; "" matches anything;
-# "=TEXT" wants the output to be exactly TEXT).
-check() {
-  local name=$1 want=$2 pattern=$3
-  shift 4
-  local out status
+# run ARGS...: runs tr104ctl; leaves its output (stdout and stderr together) in $out and its
+# exit code in $status.
+run() {
   out=$("${run[@]}" "$ctl" "$@" 2>&1)
   status=$?
-  local matched=1
-  if [ "${pattern:0:1}" = "=" ]; then
-    [ "$out" = "${pattern:1}" ] || matched=0
-  else
-    grep -qF -- "$pattern" <<< "$out" || matched=0
-  fi
-  if [ "$status" -ne "$want" ] || [ "$matched" -ne 1 ]; then
+}
+
+# verdict NAME OK WANT_EXIT WHAT: counts and reports one check from $out and $status.
+verdict() {
+  local name=$1 ok=$2 want=$3 what=$4
+  if [ "$status" -ne "$want" ] || [ "$ok" -ne 1 ]; then
     echo "FAIL $name: exit $status (want $want), output:"; sed 's/^/    /' <<< "$out"
-    echo "    (wanted to see: $pattern)"
+    echo "    (wanted to see: $what)"
     failures=$((failures + 1))
   else
     echo "ok   $name"
   fi
 }
+
+# check NAME WANT_EXIT PATTERN... -- ARGS...: runs tr104ctl, checks its exit code and that its
+# output contains every PATTERN (a fixed string; "" matches anything; "=TEXT" wants the output
+# to be exactly TEXT).
+check() {
+  local name=$1 want=$2
+  shift 2
+  local patterns=()
+  while [ "$1" != "--" ]; do patterns+=("$1"); shift; done
+  shift
+  run "$@"
+  local matched=1 pattern
+  for pattern in "${patterns[@]}"; do
+    if [ "${pattern:0:1}" = "=" ]; then
+      [ "$out" = "${pattern:1}" ] || matched=0
+    else
+      grep -qF -- "$pattern" <<< "$out" || matched=0
+    fi
+  done
+  verdict "$name" "$matched" "$want" "$(printf '%s | ' "${patterns[@]}")"
+}
+
+# check_notify NAME EXPECTED -- ARGS...: runs tr104ctl, wants exit 0 and the notifications it
+# printed (lines "notify ...") to be exactly EXPECTED, in that order.
+check_notify() {
+  local name=$1 expected=$2
+  shift 3
+  run "$@"
+  local matched=1
+  [ "$(grep '^notify' <<< "$out")" = "$expected" ] || matched=0
+  verdict "$name" "$matched" 0 "$expected"
+}
+
+p=InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1
 
 # 1. Built-in emulator, chosen explicitly and because no voice module is running here.
 check "emulate: protocol name" 0 "=SIP" -- --emulate get Tr104VoiceProtocolType
@@ -49,11 +80,37 @@ check "--no-emulate without a voice module" 1 "" -- --no-emulate get Tr104VoiceP
 # The run above left the send queue behind: it exists now, but nobody answers on it.
 check "silent queue: emulator takes over" 0 "no voice module answers; the emulator plays it" -- \
   get Tr104VoiceProtocolType
+# Every probe leaves a request on that queue; it holds three.  Remove it, so that later runs
+# find no voice module at all.
+ipcrm -Q 30 2>/dev/null
+
+# Start-up and change notification with the built-in emulator.
+check "init: full start-up" 0 "Tr104VoiceCfgInit(1)" "tExcTask running" \
+  "20 slots, 20 with a watchdog; a group is applied 5000 ms after its first value" \
+  "reading inbound queue key 37" -- init
+check "init kind 6: no inbound thread" 0 "module number    11" "none: module kind 6 has no inbound queue" -- \
+  init --kind 6
+check "init kind 2, then a get" 0 "Tr104VoiceCfgInit(2)" $'\nSIP' -- init --kind 2 get Tr104VoiceProtocolType
+check_notify "watch: scripted changes reach the agent" "\
+notify [module 28] $p.Line.1.DirectoryNumber = \"5550101\"
+notify [module 28] \"\" = \"5550303\"
+notify [module 28] $p.SIP.ProxyServer = \"proxy2.example.net\"
+notify [module 28] $p.SIP.ProxyServerPort = \"5062\"
+notify [module 28] $p.SIP.X_CT-COM_Standby-RegistrarServer = \"10.0.0.2\"
+notify [module 28] $p.SIP.X_CT-COM_Standby-RegistrarServerPort = \"5070\"
+notify [module 28] $p.Line.2.SIP.AuthUserName = \"alice\"
+notify [module 28] $p.Line.2.SIP.AuthPassword = \"s3cret\"" -- watch --emulate
+check "watch: totals" 0 "the agent received 5 notification(s) with 8 value(s)" -- watch --emulate
+check "watch under H.248: changes dropped" 0 "protocol type is 2" "the agent received 0 notification(s)" -- \
+  --protocol H.248 watch --emulate
 
 # 2. A voice module of its own process: values set by one client run are read by the next.
+# Its standard input is a pipe, for the unsolicited messages it pushes.
 ready=$work/ready
-"${run[@]}" "$vmemu" --quiet --ready-file "$ready" </dev/null >"$work/vmemu.log" 2>&1 &
+mkfifo "$work/vmemu.in"
+"${run[@]}" "$vmemu" --quiet --ready-file "$ready" <"$work/vmemu.in" >"$work/vmemu.log" 2>&1 &
 emu=$!
+exec 3>"$work/vmemu.in"
 for _ in $(seq 300); do [ -e "$ready" ] && break; sleep 0.1; done
 if [ ! -e "$ready" ]; then
   echo "FAIL tr104-vmemu did not start"; cat "$work/vmemu.log"; exit 1
@@ -66,6 +123,43 @@ check "gain out of range" 1 "returned -1" -- set Tr104LineTransmitGain --line 2 
 check "set start digit timer" 0 "=" -- set Tr104StartDigitTimerSip --line 1 -- 20
 check "get dial tone timer" 0 "=20" -- get Tr104DialToneTimerSip --line 1
 check "multi-argument gain" 0 "" -- set Tr104LineGainSip --line 1 --direction 1 -- 7
+# A port alone is staged; the client stays until the slot's timer has applied it (read, merge,
+# write), so that the next run reads it back.
+check "deferred set: applied by the timer" 0 "staged in slot 3 of the deferred buffer" \
+  "slot 3 applied by its timer after" -- set Tr104SipProxyServerPort -- 5070
+check "deferred set read back" 0 "=5070" -- get Tr104SipProxyServerPort
+check "deferred set refused before staging" 1 "returned -2" -- set Tr104SipProxyServerPort -- 65536
+
+# Live watch: the library waits for the voice module's own messages.  The words are written so
+# that they read the same in either byte order: "5555" is 0x35353535, "aaaa" 0x61616161, port
+# 4883 is 0x1313 (word 29 holds it in bytes 118-119, padding in 116-117).
+"${run[@]}" "$ctl" watch --seconds 60 --count 2 >"$work/watch.log" 2>&1 &
+watcher=$!
+for _ in $(seq 300); do grep -qs "watching inbound queue key 37" "$work/watch.log" && break; sleep 0.1; done
+echo "inbound 7 1 16584 1 0 892679477 892679477" >&3
+echo "inbound 7 1 16395 0 0 0 0 0 0 0 0 0 0 0 2 1633771873 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 320017171" >&3
+wait "$watcher"
+status=$?
+out=$(cat "$work/watch.log")
+expected="notify [module 28] $p.Line.1.DirectoryNumber = \"55555555\"
+notify [module 28] $p.SIP.X_CT-COM_Standby-ProxyServer = \"aaaa\"
+notify [module 28] $p.SIP.X_CT-COM_Standby-ProxyServerPort = \"4883\""
+matched=0
+[ "$(grep '^notify' <<< "$out")" = "$expected" ] && grep -qF "the agent received 2 notification(s) with 3 value(s)" <<< "$out" &&
+  matched=1
+verdict "watch: the voice module's own messages" "$matched" 0 "$expected"
+
+# A live watch without a limit ends on SIGTERM (or Ctrl-C) with its totals.
+"${run[@]}" "$ctl" watch --seconds 0 >"$work/watch.log" 2>&1 &
+watcher=$!
+for _ in $(seq 300); do grep -qs "watching inbound queue key 37 for ever" "$work/watch.log" && break; sleep 0.1; done
+kill -TERM "$watcher"
+wait "$watcher"
+status=$?
+out=$(cat "$work/watch.log")
+matched=0
+grep -qF "the agent received 0 notification(s)" <<< "$out" && matched=1
+verdict "watch: SIGTERM ends it" "$matched" 0 "the agent received 0 notification(s)"
 
 # 3. Bad requests: a clear message and a non-zero exit, nothing called.
 check "unknown handler" 2 "no handler named 'Tr104NoSuchParameter'" -- get Tr104NoSuchParameter --line 1
@@ -82,13 +176,28 @@ check "set without a value" 2 "usage: tr104ctl set" -- set Tr104LineEnable --lin
 check "unknown command" 2 "unknown command 'frobnicate'" -- frobnicate
 check "unknown option" 2 "unknown option --lines" -- get Tr104LineEnable --lines 1
 check "library not found" 2 "cannot load libtr104.so" -- --lib "$work/none/libtr104.so" get Tr104LineEnable
+check "init: kind out of range" 2 "bad --kind '9': give 1 to 7" -- init --kind 9
+check "init before list" 2 "init runs before get, set, watch or demo, not 'list'" -- init list
+check "watch: kind without inbound queue" 2 "watch needs a module kind with an inbound queue (1 to 4), not 6" -- \
+  watch --kind 6
+check "watch: seconds not a number" 2 "bad --seconds 'soon'" -- watch --seconds soon
+check "watch: count of zero" 2 "bad --count '0'" -- watch --count 0
+check "watch options on a get" 2 "--seconds and --count belong to watch" -- get Tr104LineEnable --seconds 3
+check "watch takes no arguments" 2 "watch takes no arguments" -- watch Tr104LineEnable
+
+exec 3>&-
 
 kill -INT "$emu" 2>/dev/null
 wait "$emu" 2>/dev/null
 
-# 4. The tour: notifications reach the agent's entry point, the request log is shown.
-check "demo" 0 "notify [module 28] InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1.Line.1.DirectoryNumber = \"5550123\"" -- demo
-check "demo request log" 0 "what the voice module received" -- demo
+# 4. The tour: notifications reach the agent's entry point, the deferred groups are applied
+# at once and by the timer (the demo itself fails unless exactly the right requests arrive),
+# the request log is shown.
+check "demo" 0 "notify [module 28] $p.Line.1.DirectoryNumber = \"5550123\"" \
+  "SET_PROXY_CFG_ID) server flag=1 set: \"10.20.30.40\" port 5062, nUseIpOrHostname 1" \
+  "GET_REGISTRAR_CFG_ID) server flag=1 get" \
+  "SET_REGISTRAR_CFG_ID) server flag=1 set: \"registrar.example.net\" port 5070, nUseIpOrHostname 0" \
+  "proxy writes in all: 1 " "what the voice module received" -- demo
 
 rm -rf "$work"
 if [ "$failures" -ne 0 ]; then

@@ -3,11 +3,21 @@
 //
 //   tr104ctl get Tr104LineEnable --line 1
 //   tr104ctl set Tr104LineTransmitGain --line 2 -- -5
+//   tr104ctl init --kind 2 get Tr104LineEnable --line 1
+//   tr104ctl watch --seconds 60
 //   tr104ctl demo
 //
 // With --emulate (the default when no voice module answers) it first moves into a private IPC
 // namespace and plays the voice module itself.  It also receives the library's change
 // notifications (notifyChangedValues_toTr069) and prints them.
+//
+// `init` runs the library's full start-up (Tr104VoiceCfgInit) before the command, as the
+// management agent does; `watch` and `demo` always do.  A set of a parameter that the library
+// stages in its deferred buffer (server addresses and ports, user name and password) starts the
+// runtime and the buffer by itself and waits until the slot has been applied, because a value
+// still staged when the client ends never reaches the voice module.  It does not start the
+// inbound thread: that would read the inbound queue of the client's module kind and take the
+// messages meant for the management agent running as that kind.
 #include <sched.h>
 #include <sys/ipc.h>
 #include <sys/msg.h>
@@ -19,21 +29,20 @@
 #include <string>
 #include <vector>
 
+#include "ctl/agent.h"
 #include "ctl/demo.h"
 #include "ctl/invoke.h"
 #include "ctl/library.h"
+#include "ctl/startup.h"
 #include "ctl/value_kinds.h"
+#include "ctl/watch.h"
 #include "emulator/protocol_family.h"
 #include "emulator/voice_module_emulator.h"
 
 // The management agent's entry point that the library reports changed values to.
 extern "C" __attribute__((visibility("default"))) int notifyChangedValues_toTr069(int module, char **names,
                                                                                   char **values, int count) {
-    for (int i = 0; i < count; ++i) {
-        std::printf("notify [module %d] %s = \"%s\"\n", module, names[i] ? names[i] : "", values[i] ? values[i] : "");
-    }
-    std::fflush(stdout);
-    return 0;
+    return tr104ctl::receiveNotification(module, names, values, count);
 }
 
 namespace {
@@ -54,12 +63,18 @@ struct Options {
     std::string protocolName;
     int moduleKind = 1;
     bool debug = false;
+    bool init = false;       // full start-up before the command
+    int watchSeconds = 60;   // watch: how long (0: until interrupted)
+    int watchCount = 0;      // watch: stop after this many notifications (0: no limit)
+    bool watchOptions = false;
 };
 
 void usage(FILE *out) {
     std::fprintf(out,
                  "usage: tr104ctl [options] get HANDLER [locator]\n"
                  "       tr104ctl [options] set HANDLER [locator] [--] VALUE\n"
+                 "       tr104ctl [options] init [--kind N] [get ... | set ... | watch ... | demo]\n"
+                 "       tr104ctl [options] watch [--seconds S] [--count N]\n"
                  "       tr104ctl [options] demo | list\n"
                  "locator: --line N (nLocate[2], default 1)  --profile N (nLocate[1], default 1)\n"
                  "         --entry N (nLocate[3])  --direction N (gain: 0 transmit, 1 receive)\n"
@@ -67,10 +82,15 @@ void usage(FILE *out) {
                  "         --emulate             play the voice module in a private IPC namespace\n"
                  "         --no-emulate          talk to the voice module of this machine only\n"
                  "         --protocol NAME       protocol name the emulated voice module reports (SIP)\n"
-                 "         --module-kind N       module kind the client opens the channel as (1)\n"
+                 "         --kind N, --module-kind N  module kind the client starts as (1; watch: 1 to 4)\n"
                  "         --int | --text | --float  value kind of a handler the client does not know\n"
                  "         --debug               switch the library's handler diagnostics on\n"
-                 "Without --emulate or --no-emulate the emulator plays the voice module when none answers.\n");
+                 "watch:   --seconds S           wait S seconds for the voice module's changes (60; 0: until Ctrl-C)\n"
+                 "         --count N             end after N notifications\n"
+                 "         with --emulate the emulator pushes a scripted series of changes instead\n"
+                 "Without --emulate or --no-emulate the emulator plays the voice module when none answers\n"
+                 "(watch: only with --emulate).  init, watch and demo run the library's full start-up\n"
+                 "(Tr104VoiceCfgInit); a set of a deferred parameter waits until its group is applied.\n");
 }
 
 int fail(const std::string &message) {
@@ -131,10 +151,20 @@ int parseOptions(int argc, char **argv, Options *opt) {
             if (!next(&opt->protocolName)) {
                 return fail("--protocol needs a name");
             }
-        } else if (arg == "--module-kind") {
+        } else if (arg == "--module-kind" || arg == "--kind") {
             if (!next(&value) || !parseInt(value, 1, 7, &opt->moduleKind)) {
-                return fail("bad --module-kind '" + value + "': give 1 to 7");
+                return fail("bad " + arg + " '" + value + "': give 1 to 7");
             }
+        } else if (arg == "--seconds") {
+            if (!next(&value) || !parseInt(value, 0, 86400, &opt->watchSeconds)) {
+                return fail("bad --seconds '" + value + "': give 0 to 86400");
+            }
+            opt->watchOptions = true;
+        } else if (arg == "--count") {
+            if (!next(&value) || !parseInt(value, 1, 1000000, &opt->watchCount)) {
+                return fail("bad --count '" + value + "': give 1 to 1000000");
+            }
+            opt->watchOptions = true;
         } else if (arg == "--emulate") {
             opt->emulate = Emulate::Always;
         } else if (arg == "--no-emulate") {
@@ -154,12 +184,25 @@ int parseOptions(int argc, char **argv, Options *opt) {
             return fail("unknown option " + arg + " (values starting with '-' go after --)");
         }
     }
+    if (!opt->positional.empty() && opt->positional[0] == "init") {
+        opt->init = true;
+        opt->positional.erase(opt->positional.begin());
+        if (opt->positional.empty()) {
+            opt->positional.push_back("init");
+        } else if (opt->positional[0] != "get" && opt->positional[0] != "set" && opt->positional[0] != "watch" &&
+                   opt->positional[0] != "demo") {
+            return fail("init runs before get, set, watch or demo, not '" + opt->positional[0] + "'");
+        }
+    }
     if (opt->positional.empty()) {
         usage(stderr);
         return kExitUsage;
     }
     opt->command = opt->positional[0];
     const size_t args = opt->positional.size() - 1;
+    if (opt->watchOptions && opt->command != "watch") {
+        return fail("--seconds and --count belong to watch");
+    }
     if (opt->command == "get" || opt->command == "set") {
         const size_t wanted = opt->command == "get" ? 1 : 2;
         if (args != wanted) {
@@ -171,19 +214,29 @@ int parseOptions(int argc, char **argv, Options *opt) {
         if (opt->call.set) {
             opt->call.value = opt->positional[2];
         }
-    } else if (opt->command == "demo" || opt->command == "list") {
+    } else if (opt->command == "demo" || opt->command == "list" || opt->command == "watch" ||
+               opt->command == "init") {
         if (args != 0) {
             return fail(opt->command + " takes no arguments");
         }
+        // Module kinds 5 to 7 have no inbound queue.
+        if (opt->command == "watch" && opt->moduleKind > 4) {
+            return fail("watch needs a module kind with an inbound queue (1 to 4), not " +
+                        std::to_string(opt->moduleKind));
+        }
     } else {
-        return fail("unknown command '" + opt->command + "' (get, set, demo, list)");
+        return fail("unknown command '" + opt->command + "' (init, get, set, watch, demo, list)");
     }
     return -1;
 }
 
 int listHandlers() {
     for (const HandlerKind &row : kHandlerKinds) {
-        std::printf("%-36s %s\n", row.name, kindName(row.kind));
+        std::printf("%-36s %s", row.name, kindName(row.kind));
+        if (row.deferredSlot >= 0) {
+            std::printf(", a set is staged in deferred slot %d", row.deferredSlot);
+        }
+        std::printf("\n");
     }
     return 0;
 }
@@ -215,6 +268,12 @@ public:
             std::fprintf(stderr, "tr104ctl: cannot open the channel to the voice module\n");
             return false;
         }
+        // Kinds without a reply queue (5 to 7) cannot read anything: there is nothing to learn.
+        const int32_t *replyQueue = lib_.variable<int32_t>("gTr104RcvOutMsgQueueId");
+        if (replyQueue != nullptr && *replyQueue == -1) {
+            *answered = true;
+            return true;
+        }
         *answered = refresh != nullptr && refresh() == 0;
         return true;
     }
@@ -241,6 +300,9 @@ bool voiceModuleQueueExists() { return msgget(TR104_SND_QUEUE_KEY, 0) != -1; }
 int connect(Channel &channel, const Options &opt) {
     bool answered = false;
     Emulate mode = opt.command == "demo" ? Emulate::Always : opt.emulate;
+    if (opt.command == "watch" && mode == Emulate::Auto) {
+        mode = Emulate::Never;  // an emulator that nobody scripts would report nothing
+    }
     if (mode == Emulate::Auto && !voiceModuleQueueExists()) {
         mode = Emulate::Always;
     }
@@ -265,6 +327,58 @@ int connect(Channel &channel, const Options &opt) {
     return -1;
 }
 
+// A set of a deferred parameter ends only once its slot has been applied: the group's other
+// value may never come, and a value still staged when the process ends is lost.
+int waitDeferred(const Library &lib, const std::string &calledName, int slot, Clock::time_point since) {
+    const SlotState state = readSlot(lib, slot);
+    if (!state.idle()) {
+        std::printf("%s: staged in slot %d of the deferred buffer; its timer applies it in %d ms\n",
+                    calledName.c_str(), slot, deferredTimeoutMs(lib));
+        std::fflush(stdout);
+    }
+    const Millis limit(deferredTimeoutMs(lib) + 5000);
+    const std::optional<Millis> took = waitSlotIdle(lib, slot, since, limit);
+    if (!took) {
+        std::fprintf(stderr, "tr104ctl: slot %d was not applied within %lld ms; the staged value is lost\n", slot,
+                     static_cast<long long>(limit.count()));
+        return kExitFailed;
+    }
+    if (state.idle()) {
+        std::printf("%s: slot %d applied at once\n", calledName.c_str(), slot);
+    } else {
+        std::printf("%s: slot %d applied by its timer after %.1f s\n", calledName.c_str(), slot,
+                    static_cast<double>(took->count()) / 1000.0);
+    }
+    return 0;
+}
+
+// One get or set, as the agent makes it.
+int runCall(const Library &lib, const CallRequest &call) {
+    const HandlerKind *row = findKind(call.handler);
+    const int slot = call.set && row != nullptr ? row->deferredSlot : -1;
+    if (slot >= 0 && !startDeferredBuffer(lib)) {
+        return kExitFailed;
+    }
+    const Clock::time_point start = Clock::now();
+    const CallResult result = callHandler(lib, call);
+    std::fflush(stdout);
+    if (!result.called) {
+        return fail(result.message);
+    }
+    if (result.rc != 0) {
+        std::fprintf(stderr, "tr104ctl: %s returned %d: %s\n", result.calledName.c_str(), result.rc,
+                     describeFailure(result.rc).c_str());
+        return kExitFailed;
+    }
+    if (slot >= 0) {
+        return waitDeferred(lib, result.calledName, slot, start);
+    }
+    if (!call.set) {
+        std::printf("%s\n", result.shown.c_str());
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -274,6 +388,9 @@ int main(int argc, char **argv) {
     }
     if (opt.command == "list") {
         return listHandlers();
+    }
+    if (opt.command == "watch" && opt.emulate != Emulate::Always) {
+        blockStopSignals();
     }
     Library lib;
     std::string error;
@@ -289,22 +406,19 @@ int main(int argc, char **argv) {
             *debug = 1;
         }
     }
+    const bool fullStart = opt.init || opt.command == "watch" || opt.command == "demo";
+    if (fullStart && !startLibrary(lib, opt.moduleKind)) {
+        return kExitFailed;
+    }
+    if (opt.command == "init") {
+        return reportStartup(lib, opt.moduleKind);
+    }
     if (opt.command == "demo") {
         return runDemo(lib, *channel.emulator());
     }
-
-    const CallResult result = callHandler(lib, opt.call);
-    std::fflush(stdout);
-    if (!result.called) {
-        return fail(result.message);
+    if (opt.command == "watch") {
+        return channel.emulator() != nullptr ? watchScripted(lib, *channel.emulator())
+                                             : watchLive(lib, opt.watchSeconds, opt.watchCount);
     }
-    if (result.rc != 0) {
-        std::fprintf(stderr, "tr104ctl: %s returned %d: %s\n", result.calledName.c_str(), result.rc,
-                     describeFailure(result.rc).c_str());
-        return kExitFailed;
-    }
-    if (!opt.call.set) {
-        std::printf("%s\n", result.shown.c_str());
-    }
-    return 0;
+    return runCall(lib, opt.call);
 }

@@ -1,6 +1,8 @@
 // The scripted tour of `tr104ctl demo`: learn the protocol, read and write a line's enable,
-// gains, timers and digit map, see a change notification and a protocol change, and show what
-// the voice module received.  It runs against the in-process emulator only.
+// gains, timers and digit map, group server writes in the deferred buffer, see a change
+// notification come through the inbound thread and a protocol change, and show what the voice
+// module received.  It runs against the in-process emulator only, after the library's full
+// start-up.
 #pragma once
 
 #include <dlfcn.h>
@@ -10,67 +12,24 @@
 #include <cstring>
 #include <string>
 
+#include "ctl/deferred_demo.h"
 #include "ctl/invoke.h"
+#include "ctl/steps.h"
+#include "ctl/watch.h"
 #include "emulator/voice_module_emulator.h"
 #include "tr104/channel.h"
 
 namespace tr104ctl {
 
-struct DemoStep {
-    const char *handler;
-    bool set;
-    const char *value;
-    int line;
-    const char *note;  // what the step shows
-};
-
-// Steps of one section of the tour.
-inline int runSteps(const Library &lib, const DemoStep *steps, size_t count) {
-    int problems = 0;
-    for (size_t i = 0; i < count; ++i) {
-        const DemoStep &s = steps[i];
-        CallRequest req;
-        req.handler = s.handler;
-        req.set = s.set;
-        req.value = s.value != nullptr ? s.value : "";
-        req.locate[2] = s.line;
-        char what[160];
-        if (s.set) {
-            std::snprintf(what, sizeof(what), "set %s line %d = \"%s\"", s.handler, s.line, req.value.c_str());
-        } else {
-            std::snprintf(what, sizeof(what), "get %s line %d", s.handler, s.line);
-        }
-        const CallResult r = callHandler(lib, req);
-        std::string outcome;
-        if (!r.called) {
-            outcome = "skipped: " + r.message;
-            ++problems;
-        } else if (r.rc != 0) {
-            outcome = "-> " + std::to_string(r.rc);
-        } else {
-            outcome = s.set ? "-> 0" : "-> 0, \"" + r.shown + "\"";
-        }
-        std::printf("  %-58s %s%s%s\n", what, outcome.c_str(), s.note[0] ? "   # " : "", s.note);
-        std::fflush(stdout);
-    }
-    return problems;
-}
-
-template <size_t N>
-int runSection(const Library &lib, const char *title, const DemoStep (&steps)[N]) {
-    std::printf("\n== %s\n", title);
-    return runSteps(lib, steps, N);
-}
-
 inline int runDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
     int *protocol = lib.variable<int>("gTr104CurrProtocolType");
     auto refresh = lib.function<int (*)()>("Tr104RefreshCurrProtocolType");
     auto setProtocol = lib.function<int (*)(const Tr104Msg *)>("Tr104SetProtocolType");
-    auto telNumChanged = lib.function<int (*)(const Tr104Msg *)>("Tr104LineTelNumChangeNotify");
     if (protocol == nullptr || refresh == nullptr || setProtocol == nullptr) {
         std::fprintf(stderr, "tr104ctl: this libtr104.so has no protocol selection\n");
         return 1;
     }
+    const TimedRequests timed(emulator);
     int problems = 0;
 
     std::printf("== select SIP: the voice module names its protocol, the library follows it\n");
@@ -114,21 +73,15 @@ inline int runDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
     };
     problems += runSection(lib, "digit map", kDigitMap);
 
-    std::printf("\n== the voice module reports a new directory number for line 1\n");
+    const int deferredProblems = runDeferredDemo(lib, emulator, timed);
+
+    std::printf("\n== the voice module reports a new directory number for line 1 (through the inbound thread)\n");
     // The library reaches the agent's entry point only when the executable exports it.
     if (dlsym(RTLD_DEFAULT, "notifyChangedValues_toTr069") == nullptr) {
         std::printf("  (this tr104ctl does not export notifyChangedValues_toTr069: notifications stay unseen)\n");
     }
-    if (telNumChanged != nullptr) {
-        Tr104Msg msg{};
-        msg.cmd_type = TR104_CMD_TYPE_DATA;
-        msg.cmd = 16584;
-        const uint32_t line = 1;
-        std::memcpy(msg.rspBuffer, &line, sizeof(line));
-        std::strcpy(msg.rspBuffer + 8, "5550123");
-        const int rc = telNumChanged(&msg);
-        std::printf("  %-58s -> %d\n", "Tr104LineTelNumChangeNotify(line 1, \"5550123\")", rc);
-    }
+    static constexpr ScriptedChange kNewNumber{kInboundDirectoryNumber, 1, "5550123", nullptr, 0};
+    const bool pushed = pushChange(lib, emulator, kNewNumber);
 
     std::printf("\n== the voice module switches to H.248 (inbound command 3), then back to SIP\n");
     static const DemoStep kUnderH248[] = {
@@ -163,6 +116,10 @@ inline int runDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
         std::printf("  %s\n", emulator.describe(r).c_str());
     }
     std::printf("\n%zu requests; %d step(s) skipped\n", emulator.requestCount(), problems);
+    if (deferredProblems != 0 || !pushed) {
+        std::printf("the deferred buffer or the inbound thread did not behave as shown above\n");
+        return 1;
+    }
     return 0;
 }
 

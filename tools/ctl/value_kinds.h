@@ -22,9 +22,15 @@ struct HandlerKind {
     const char *name;
     ValueKind kind;
     size_t textSize;  // Text: the parameter's buffer size (what the agent would pass)
+    // The slot of the deferred parameter buffer a set stages its value in; -1: a set is sent
+    // at once.  A staged value reaches the voice module only when its group completes or the
+    // slot's timer runs out, so the client keeps running until the slot is applied.
+    int deferredSlot = -1;
 };
 
 constexpr size_t kDefaultText = 256;
+// Server address and line identity texts: at most 65 characters and a terminator.
+constexpr size_t kAddressText = 66;
 
 inline constexpr HandlerKind kHandlerKinds[] = {
     // Protocol
@@ -91,11 +97,28 @@ inline constexpr HandlerKind kHandlerKinds[] = {
     {"Tr104ProfileWanName", ValueKind::Text, 64},
     // Codecs
     {"Tr104LineCodecList", ValueKind::Text, kDefaultText},
-    // Line identity
-    {"Tr104LineTelNum", ValueKind::Text, 66},
-    {"Tr104LineURI", ValueKind::Text, 66},
-    {"Tr104LineAuthUserName", ValueKind::Text, 66},
-    {"Tr104LineAuthPassword", ValueKind::Text, 66},
+    // Line identity; user name and password travel together (deferred slot 5)
+    {"Tr104LineTelNum", ValueKind::Text, kAddressText},
+    {"Tr104LineURI", ValueKind::Text, kAddressText},
+    {"Tr104LineAuthUserName", ValueKind::Text, kAddressText, 5},
+    {"Tr104LineAuthPassword", ValueKind::Text, kAddressText, 5},
+    {"Tr104LineAuthUserNameAndURIForTr069", ValueKind::Text, kAddressText, 5},
+    // SIP servers: address and port of each server travel together (one deferred slot each)
+    {"Tr104SipRegistrarServerIp", ValueKind::Text, kAddressText, 1},
+    {"Tr104SipRegistrarServerPort", ValueKind::Integer, 0, 1},
+    {"Tr104SipSecondaryRegServerIp", ValueKind::Text, kAddressText, 2},
+    {"Tr104SipSecondaryRegServerPort", ValueKind::Integer, 0, 2},
+    {"Tr104SipProxyServerIp", ValueKind::Text, kAddressText, 3},
+    {"Tr104SipProxyServerPort", ValueKind::Integer, 0, 3},
+    {"Tr104SipSecondaryProxyServerIp", ValueKind::Text, kAddressText, 4},
+    {"Tr104SipSecondaryProxyServerPort", ValueKind::Integer, 0, 4},
+    {"Tr104SipOutboundProxyIp", ValueKind::Text, kAddressText, 8},
+    {"Tr104SipOutboundProxyPort", ValueKind::Integer, 0, 8},
+    {"Tr104SipSecondaryOutboundProxyIp", ValueKind::Text, kAddressText, 9},
+    {"Tr104SipSecondaryOutboundProxyPort", ValueKind::Integer, 0, 9},
+    {"Tr104ActiveSipProxyServer", ValueKind::Text, kAddressText},
+    // Kept in the library; a get copies four bytes
+    {"Tr104SipProxyServerTransport", ValueKind::Text, 5},
 };
 
 // The parameter name without its protocol ending.

@@ -1,0 +1,58 @@
+// Scripted handler calls of the demo tour, one line each: what was called, its result and
+// why the step is there.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "ctl/invoke.h"
+
+namespace tr104ctl {
+
+struct DemoStep {
+    const char *handler;
+    bool set;
+    const char *value;
+    int line;
+    const char *note;  // what the step shows
+};
+
+// Steps of one section of the tour.
+inline int runSteps(const Library &lib, const DemoStep *steps, size_t count) {
+    int problems = 0;
+    for (size_t i = 0; i < count; ++i) {
+        const DemoStep &s = steps[i];
+        CallRequest req;
+        req.handler = s.handler;
+        req.set = s.set;
+        req.value = s.value != nullptr ? s.value : "";
+        req.locate[2] = s.line;
+        char what[160];
+        if (s.set) {
+            std::snprintf(what, sizeof(what), "set %s line %d = \"%s\"", s.handler, s.line, req.value.c_str());
+        } else {
+            std::snprintf(what, sizeof(what), "get %s line %d", s.handler, s.line);
+        }
+        const CallResult r = callHandler(lib, req);
+        std::string outcome;
+        if (!r.called) {
+            outcome = "skipped: " + r.message;
+            ++problems;
+        } else if (r.rc != 0) {
+            outcome = "-> " + std::to_string(r.rc);
+        } else {
+            outcome = s.set ? "-> 0" : "-> 0, \"" + r.shown + "\"";
+        }
+        std::printf("  %-58s %s%s%s\n", what, outcome.c_str(), s.note[0] ? "   # " : "", s.note);
+        std::fflush(stdout);
+    }
+    return problems;
+}
+
+template <size_t N>
+int runSection(const Library &lib, const char *title, const DemoStep (&steps)[N]) {
+    std::printf("\n== %s\n", title);
+    return runSteps(lib, steps, N);
+}
+
+}  // namespace tr104ctl
