@@ -36,7 +36,7 @@ inline int runDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
     const int refreshed = refresh();  // learnt at start-up already; once more to show it
     std::printf("  %-58s -> %d, gTr104CurrProtocolType = %d\n", "Tr104RefreshCurrProtocolType()", refreshed,
                 *protocol);
-    static const DemoStep kProtocolSteps[] = {{"Tr104VoiceProtocolType", false, nullptr, 1, ""}};
+    static const DemoStep kProtocolSteps[] = {{"Tr104VoiceProtocolType", false, nullptr, 0, ""}};
     problems += runSteps(lib, kProtocolSteps, 1);
 
     static const DemoStep kEnable[] = {

@@ -13,7 +13,7 @@ struct DemoStep {
     const char *handler;
     bool set;
     const char *value;
-    int line;
+    int line;  // nLocate[2]; 0 for a profile-wide parameter (not printed)
     const char *note;  // what the step shows
 };
 
@@ -28,10 +28,14 @@ inline int runSteps(const Library &lib, const DemoStep *steps, size_t count) {
         req.value = s.value != nullptr ? s.value : "";
         req.locate[2] = s.line;
         char what[160];
+        char where[24] = "";
+        if (s.line != 0) {
+            std::snprintf(where, sizeof(where), " line %d", s.line);
+        }
         if (s.set) {
-            std::snprintf(what, sizeof(what), "set %s line %d = \"%s\"", s.handler, s.line, req.value.c_str());
+            std::snprintf(what, sizeof(what), "set %s%s = \"%s\"", s.handler, where, req.value.c_str());
         } else {
-            std::snprintf(what, sizeof(what), "get %s line %d", s.handler, s.line);
+            std::snprintf(what, sizeof(what), "get %s%s", s.handler, where);
         }
         const CallResult r = callHandler(lib, req);
         std::string outcome;
