@@ -1,6 +1,6 @@
-// Runtime cost against plain POSIX code: a task-to-task semGive/semTake ping-pong and a
-// msgQSend/msgQReceive stream, each beside the same pattern written with a pthread mutex and
-// condition variables.  Both partners of a pair run at SCHED_FIFO 80 (the runtime raises the
+// Runtime cost against plain POSIX code: a task-to-task semGive/semTake ping-pong, the same
+// give and take in one thread, and a msgQSend/msgQReceive stream, each beside the same pattern
+// written with a pthread mutex and condition variables.  Both partners of a pair run at SCHED_FIFO 80 (the runtime raises the
 // benchmark thread to 80 when it starts a task).  Prints the runtime/pthread time ratios.
 #include <benchmark/benchmark.h>
 #include <pthread.h>
@@ -53,6 +53,16 @@ void BM_RuntimeSemPingPong(benchmark::State &state) {
     state.SetItemsProcessed(state.iterations() * 2);
 }
 
+// The bookkeeping of one give and one take, without a second thread.
+void BM_RuntimeSemGiveTake(benchmark::State &state) {
+    SEM_ID s = semCCreate(0, 0);
+    for (auto _ : state) {
+        semGive(s);
+        semTake(s, V2LIN_WAIT_FOREVER);
+    }
+    semDelete(s);
+}
+
 MSG_Q_ID gQueue;
 
 int32_t producerTask(int32_t count, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t,
@@ -98,6 +108,14 @@ struct Flag {
         pthread_mutex_unlock(&mu);
     }
 };
+
+void BM_PthreadGiveTake(benchmark::State &state) {
+    Flag f;
+    for (auto _ : state) {
+        f.give();
+        f.take();
+    }
+}
 
 struct Ring {
     pthread_mutex_t mu = PTHREAD_MUTEX_INITIALIZER;
@@ -198,6 +216,8 @@ void BM_PthreadStream(benchmark::State &state) {
 
 BENCHMARK(BM_RuntimeSemPingPong)->UseRealTime()->MinTime(0.5);
 BENCHMARK(BM_PthreadPingPong)->UseRealTime()->MinTime(0.5);
+BENCHMARK(BM_RuntimeSemGiveTake)->UseRealTime()->MinTime(0.5);
+BENCHMARK(BM_PthreadGiveTake)->UseRealTime()->MinTime(0.5);
 BENCHMARK(BM_RuntimeMsgQStream)->UseRealTime()->MinTime(0.5);
 BENCHMARK(BM_PthreadStream)->UseRealTime()->MinTime(0.5);
 
@@ -227,6 +247,8 @@ int main(int argc, char **argv) {
     } pairs[] = {
         {"semGive/semTake ping-pong", "BM_RuntimeSemPingPong/min_time:0.500/real_time",
          "BM_PthreadPingPong/min_time:0.500/real_time"},
+        {"semGive+semTake in one thread", "BM_RuntimeSemGiveTake/min_time:0.500/real_time",
+         "BM_PthreadGiveTake/min_time:0.500/real_time"},
         {"msgQSend/msgQReceive stream", "BM_RuntimeMsgQStream/min_time:0.500/real_time",
          "BM_PthreadStream/min_time:0.500/real_time"},
     };
