@@ -133,6 +133,24 @@ TEST_F(Queues, ReadersAreServedInArrivalOrder) {
     EXPECT_EQ(msgQDelete(q), 0);
 }
 
+// With the priority option the reader of highest base priority is served first, whenever it came.
+TEST_F(Queues, PriorityOrderedReaders) {
+    MSG_Q_ID q = msgQCreate(4, 8, V2LIN_MSG_Q_PRIORITY);
+    std::string got[2];
+    int32_t low = spawn("tLow", 40, [&] { got[0] = receiveText(q, V2LIN_WAIT_FOREVER); });
+    ASSERT_TRUE(waitPended(low));
+    int32_t high = spawn("tHigh", 60, [&] { got[1] = receiveText(q, V2LIN_WAIT_FOREVER); });
+    ASSERT_TRUE(waitPended(high));
+    EXPECT_EQ(sendText(q, "first"), 0);
+    EXPECT_TRUE(waitGone(high));
+    EXPECT_EQ(got[1], "first");
+    EXPECT_TRUE(isPended(low));
+    EXPECT_EQ(sendText(q, "second"), 0);
+    EXPECT_TRUE(waitGone(low));
+    EXPECT_EQ(got[0], "second");
+    EXPECT_EQ(msgQDelete(q), 0);
+}
+
 // Deleting with a blocked reader or writer: it returns S_objLib_OBJ_DELETED and msgQDelete
 // returns after it has left.
 TEST_F(Queues, DeleteWithBlockedReaderOrWriter) {
