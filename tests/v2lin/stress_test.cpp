@@ -8,6 +8,7 @@
 #include <mutex>
 #include <random>
 #include <set>
+#include <thread>
 #include <vector>
 
 #include "v2lin_test_util.h"
@@ -136,6 +137,45 @@ TEST_F(Stress, SemaphoreAndQueueUnderLoadWithADeletion) {
     EXPECT_EQ(semDelete(sem), 0);
     EXPECT_EQ(msgQDelete(q), 0);
     EXPECT_LT(msSince(t0), 1000);
+}
+
+// Threads that are not tasks wait on no wait list; deleting the object under them must still
+// wait until they have left it (under AddressSanitizer a freed record would be caught).
+TEST_F(Stress, DeletionUnderThreadsThatAreNotTasks) {
+    const struct {
+        const char *what;
+        int (*block)(void *obj);
+        void *(*make)();
+        int (*remove)(void *obj);
+        int errAfter;
+    } cases[] = {
+        {"queue receive",
+         [](void *o) { return msgQReceive(static_cast<MSG_Q_ID>(o), nullptr, 4, V2LIN_WAIT_FOREVER); },
+         []() -> void * { return msgQCreate(1, 4, 0); }, [](void *o) { return msgQDelete(static_cast<MSG_Q_ID>(o)); },
+         S_objLib_OBJ_DELETED},
+        {"semaphore take", [](void *o) { return semTake(static_cast<SEM_ID>(o), V2LIN_WAIT_FOREVER); },
+         []() -> void * { return semBCreate(0, 0); }, [](void *o) { return semDelete(static_cast<SEM_ID>(o)); },
+         S_objLib_OBJ_ID_ERROR},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        for (int round = 0; round < 10; round++) {
+            void *obj = c.make();
+            std::atomic<int> entering{0}, rc{-2}, err{0};
+            std::thread plain([&] {
+                entering = 1;
+                rc = c.block(obj);
+                err = errno;
+            });
+            ASSERT_TRUE(waitFor([&] { return entering.load() == 1; }));
+            if (round % 2) usleep(2000);  // sometimes inside the wait, sometimes not yet
+            EXPECT_EQ(c.remove(obj), 0);
+            plain.join();
+            EXPECT_EQ(rc.load(), -1);
+            // Inside the wait: released by the deletion; not yet inside: an unknown handle.
+            EXPECT_TRUE(err.load() == c.errAfter || err.load() == S_objLib_OBJ_ID_ERROR) << err.load();
+        }
+    }
 }
 
 }  // namespace
