@@ -13,6 +13,11 @@ set(TR104_CROSS_DEPS_PREFIX "${CMAKE_BINARY_DIR}/deps" CACHE PATH
     "Prefix of the test framework built for the target")
 
 if(NOT DEFINED TR104_BUILD_TESTS OR TR104_BUILD_TESTS)
+  if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    message(FATAL_ERROR "the tests of a cross build run through an emulator: set "
+                        "CMAKE_CROSSCOMPILING_EMULATOR in the toolchain file (for the device: "
+                        "install qemu-user), or configure with -DTR104_BUILD_TESTS=OFF")
+  endif()
   execute_process(
     COMMAND bash ${CMAKE_CURRENT_LIST_DIR}/../scripts/build-mips-deps.sh
             ${CMAKE_TOOLCHAIN_FILE} ${TR104_CROSS_DEPS_PREFIX}
