@@ -301,3 +301,24 @@ TEST_F(NoReplyQueueModule, ExchangesFailAtTheDrainAndNothingIsSent) {
 }
 
 }  // namespace
+
+namespace {
+
+// A long-running emulator keeps only the most recent requests but counts them all.
+TEST_F(Exchange, EmulatorLogIsBoundedButCountsEveryRequest) {
+    emulator.setLogLimit(2);
+    for (uint32_t port = 1; port <= 3; ++port) {
+        char block[452] = {};
+        ASSERT_EQ(getLineStatus(static_cast<int>(port), block), 0);
+    }
+    EXPECT_EQ(emulator.requestCount(), 3u);
+    EXPECT_TRUE(emulator.waitForRequests(3, 1s));
+    const auto kept = emulator.requests();
+    ASSERT_EQ(kept.size(), 2u);
+    EXPECT_EQ(kept[0].word<uint32_t>(0), 2u);
+    EXPECT_EQ(kept[1].word<uint32_t>(0), 3u);
+    emulator.clearLog();
+    EXPECT_EQ(emulator.requestCount(), 0u);
+}
+
+}  // namespace

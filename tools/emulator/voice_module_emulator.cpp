@@ -365,6 +365,10 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
             break;
         }
         log_.push_back(request);
+        ++seenCount_;
+        while (log_.size() > logLimit_) {
+            log_.pop_front();
+        }
         callback = onRequest_;
     }
     seen_.notify_all();
@@ -417,22 +421,28 @@ bool VoiceModuleEmulator::sendInbound(long module, uint32_t cmdType, uint32_t cm
 
 std::vector<Request> VoiceModuleEmulator::requests() const {
     std::lock_guard lock(mutex_);
-    return log_;
+    return std::vector<Request>(log_.begin(), log_.end());
+}
+
+void VoiceModuleEmulator::setLogLimit(size_t limit) {
+    std::lock_guard lock(mutex_);
+    logLimit_ = limit == 0 ? 1 : limit;
 }
 
 size_t VoiceModuleEmulator::requestCount() const {
     std::lock_guard lock(mutex_);
-    return log_.size();
+    return seenCount_;
 }
 
 void VoiceModuleEmulator::clearLog() {
     std::lock_guard lock(mutex_);
     log_.clear();
+    seenCount_ = 0;
 }
 
 bool VoiceModuleEmulator::waitForRequests(size_t n, std::chrono::milliseconds timeout) const {
     std::unique_lock lock(mutex_);
-    return seen_.wait_for(lock, timeout, [&] { return log_.size() >= n; });
+    return seen_.wait_for(lock, timeout, [&] { return seenCount_ >= n; });
 }
 
 std::vector<Request> VoiceModuleEmulator::requestsFor(uint32_t cmd) const {

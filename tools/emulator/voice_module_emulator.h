@@ -13,6 +13,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -127,7 +128,11 @@ public:
     // module has no inbound queue or the send fails (a full queue is retried for two seconds).
     bool sendInbound(long module, uint32_t cmdType, uint32_t cmd, const void *payload, size_t len);
 
-    // The request log.
+    // The request log.  It keeps the most recent requests (kLogLimit by default, so that a
+    // long-running emulator does not grow without bound); requestCount() counts every request
+    // seen since the last clearLog().
+    static constexpr size_t kLogLimit = 1024;
+    void setLogLimit(size_t limit);
     std::vector<Request> requests() const;
     size_t requestCount() const;
     void clearLog();
@@ -169,7 +174,9 @@ private:
     std::map<uint32_t, CommandHandler> handlers_;
     std::map<std::string, std::vector<char>> records_;  // family name + key bytes -> record
     std::map<uint32_t, FaultSpec> faults_;
-    std::vector<Request> log_;
+    std::deque<Request> log_;
+    size_t logLimit_ = kLogLimit;
+    size_t seenCount_ = 0;
     std::function<void(const Request &)> onRequest_;
     size_t dropped_ = 0;
     uint32_t garbageSeed_ = 0x1234567u;
