@@ -6,11 +6,13 @@
 
 #include <dirent.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
 
 #include "support/channel_fixture.h"
 #include "agent_calls.h"
+#include "tr104/protocol.h"
 #include "tr104/startup.h"
 
 namespace {
@@ -139,13 +141,21 @@ TEST_F(Inbound, IgnoredCommandsAndKeepAlivesAreSilentErrorsAreReported) {
     EXPECT_EQ(out, "RecvInMsg.cmd_type=2 error.\npVoiceModuleMsg->cmd=777 error.\n");
 }
 
+std::atomic<int> gRefreshedWith{-1};
+std::atomic<int> gPagesLoaded{0};
+
 TEST_F(Inbound, ProtocolChangeAndDirectoryNumberReachTheirHandlers) {
-    // Command 3: the second word is the new protocol type.
-    const uint32_t protocol[2] = {0, 4};
+    ASSERT_EQ(RegisterRefreshVoiceCfgFunc([](int *type) { gRefreshedWith = *type; }), 0);
+    ASSERT_EQ(RegisterLoadVoicePagesFunc([] { ++gPagesLoaded; }), 0);
+    // Command 3: the second word is the new protocol type; a first word of 1 also refreshes
+    // the agent's voice configuration, and the pages are reloaded either way.
+    const uint32_t protocol[2] = {1, 4};
     ASSERT_TRUE(emulator.sendInbound(7, 1, 3, protocol, sizeof(protocol)));
     ASSERT_TRUE(pushDebugAndWait(1, 1));
     gTr104CfgDebug = 0;
     EXPECT_EQ(gTr104CurrProtocolType, 4);
+    EXPECT_EQ(gRefreshedWith.load(), 4);
+    EXPECT_EQ(gPagesLoaded.load(), 1);
 
     // Under SIP a new directory number is reported to the agent.
     const size_t before = gAgentCalls.size();
@@ -166,6 +176,8 @@ TEST_F(Inbound, ProtocolChangeAndDirectoryNumberReachTheirHandlers) {
     ASSERT_TRUE(pushDebugAndWait(1, 1));
     gTr104CfgDebug = 0;
     EXPECT_EQ(gTr104CurrProtocolType, 2);
+    EXPECT_EQ(gRefreshedWith.load(), 4);  // first word 0: no refresh
+    EXPECT_EQ(gPagesLoaded.load(), 2);
     EXPECT_EQ(gAgentCalls.size(), before + 1);
     gTr104CurrProtocolType = 0;
 }
