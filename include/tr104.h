@@ -13,5 +13,9 @@
 #include "tr104/sip.h"
 #include "tr104/sip_servers.h"
 #include "tr104/sip_identity.h"
+#include "tr104/h248.h"
+#include "tr104/linetest.h"
+#include "tr104/netcfg.h"
+#include "tr104/statistics.h"
 
 #endif

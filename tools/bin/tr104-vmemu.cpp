@@ -8,6 +8,7 @@
 //   fault CMD KIND [MS [COUNT]]     inject a fault
 //   clear                           remove every fault
 //   inbound MODULE TYPE CMD [WORD]...  push an unsolicited message (words of the payload)
+//   help                            list these and the commands of each area (h248, linetest ...)
 // SIGINT or SIGTERM stops it and prints how many requests were served.
 #include <signal.h>
 #include <unistd.h>
@@ -81,8 +82,18 @@ void commandLoop(vmemu::VoiceModuleEmulator *emulator) {
             }
             const bool ok = emulator->sendInbound(module, type, cmd, words.data(), words.size() * sizeof(uint32_t));
             std::printf("inbound module=%ld cmd=%u %s\n", module, cmd, ok ? "sent" : "failed");
+        } else if (verb == "help") {
+            std::printf("fault CMD KIND [MS [COUNT]]\nclear\ninbound MODULE TYPE CMD [WORD]...\n");
+            for (const std::string &help : vmemu::consoleHelp()) {
+                std::printf("%s\n", help.c_str());
+            }
+        } else if (std::string out; !verb.empty() && vmemu::runConsoleCommand(*emulator, verb, in, &out)) {
+            std::printf("%s", out.c_str());
+            if (!out.empty() && out.back() != '\n') {
+                std::printf("\n");
+            }
         } else if (!verb.empty()) {
-            std::printf("unknown command: %s\n", verb.c_str());
+            std::printf("unknown command: %s (help lists the commands)\n", verb.c_str());
         }
         std::fflush(stdout);
     }

@@ -30,6 +30,7 @@
 #include <vector>
 
 #include "ctl/agent.h"
+#include "ctl/areas.h"
 #include "ctl/demo.h"
 #include "ctl/invoke.h"
 #include "ctl/library.h"
@@ -91,6 +92,11 @@ void usage(FILE *out) {
                  "Without --emulate or --no-emulate the emulator plays the voice module when none answers\n"
                  "(watch: only with --emulate).  init, watch and demo run the library's full start-up\n"
                  "(Tr104VoiceCfgInit); a set of a deferred parameter waits until its group is applied.\n");
+    for (std::span<const AreaCommand> table : kAreaCommandTables) {
+        for (const AreaCommand &command : table) {
+            std::fprintf(out, "%s\n", command.usage);
+        }
+    }
 }
 
 int fail(const std::string &message) {
@@ -98,8 +104,9 @@ int fail(const std::string &message) {
     return kExitUsage;
 }
 
-// Parses the command line; returns -1 when it is fine, else the exit code.
-int parseOptions(int argc, char **argv, Options *opt) {
+// Parses the command line; returns -1 when it is fine, else the exit code.  With an area
+// command, argc ends before its name: what follows the name is the command's own.
+int parseOptions(int argc, char **argv, Options *opt, const AreaCommand *area) {
     bool optionsEnded = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
@@ -184,6 +191,16 @@ int parseOptions(int argc, char **argv, Options *opt) {
             return fail("unknown option " + arg + " (values starting with '-' go after --)");
         }
     }
+    if (area != nullptr) {
+        if (!opt->positional.empty()) {
+            return fail(std::string("'") + opt->positional[0] + "' cannot come before " + area->name);
+        }
+        if (opt->watchOptions) {
+            return fail("--seconds and --count belong to watch");
+        }
+        opt->command = area->name;
+        return -1;
+    }
     if (!opt->positional.empty() && opt->positional[0] == "init") {
         opt->init = true;
         opt->positional.erase(opt->positional.begin());
@@ -225,18 +242,26 @@ int parseOptions(int argc, char **argv, Options *opt) {
                         std::to_string(opt->moduleKind));
         }
     } else {
-        return fail("unknown command '" + opt->command + "' (init, get, set, watch, demo, list)");
+        std::string known = "init, get, set, watch, demo, list";
+        for (std::span<const AreaCommand> table : kAreaCommandTables) {
+            for (const AreaCommand &command : table) {
+                known += std::string(", ") + command.name;
+            }
+        }
+        return fail("unknown command '" + opt->command + "' (" + known + ")");
     }
     return -1;
 }
 
 int listHandlers() {
-    for (const HandlerKind &row : kHandlerKinds) {
-        std::printf("%-36s %s", row.name, kindName(row.kind));
-        if (row.deferredSlot >= 0) {
-            std::printf(", a set is staged in deferred slot %d", row.deferredSlot);
+    for (std::span<const HandlerKind> table : kKindTables) {
+        for (const HandlerKind &row : table) {
+            std::printf("%-36s %s", row.name, kindName(row.kind));
+            if (row.deferredSlot >= 0) {
+                std::printf(", a set is staged in deferred slot %d", row.deferredSlot);
+            }
+            std::printf("\n");
         }
-        std::printf("\n");
     }
     return 0;
 }
@@ -383,7 +408,16 @@ int runCall(const Library &lib, const CallRequest &call) {
 
 int main(int argc, char **argv) {
     Options opt;
-    if (const int code = parseOptions(argc, argv, &opt); code >= 0) {
+    // An area command takes every argument after its name; the client's options come before it.
+    const AreaCommand *area = nullptr;
+    int areaAt = argc;
+    for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
+        if ((area = findAreaCommand(argv[i])) != nullptr) {
+            areaAt = i;
+            break;
+        }
+    }
+    if (const int code = parseOptions(areaAt, argv, &opt, area); code >= 0) {
         return code;
     }
     if (opt.command == "list") {
@@ -406,12 +440,17 @@ int main(int argc, char **argv) {
             *debug = 1;
         }
     }
-    const bool fullStart = opt.init || opt.command == "watch" || opt.command == "demo";
+    const bool fullStart =
+        opt.init || opt.command == "watch" || opt.command == "demo" || (area != nullptr && area->fullStart);
     if (fullStart && !startLibrary(lib, opt.moduleKind)) {
         return kExitFailed;
     }
     if (opt.command == "init") {
         return reportStartup(lib, opt.moduleKind);
+    }
+    if (area != nullptr) {
+        const AreaContext context{lib, channel.emulator(), opt.moduleKind};
+        return area->run(context, std::vector<std::string>(argv + areaAt + 1, argv + argc));
     }
     if (opt.command == "demo") {
         return runDemo(lib, *channel.emulator());

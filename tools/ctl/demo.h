@@ -12,6 +12,7 @@
 #include <cstring>
 #include <string>
 
+#include "ctl/areas.h"
 #include "ctl/deferred_demo.h"
 #include "ctl/invoke.h"
 #include "ctl/steps.h"
@@ -111,11 +112,17 @@ inline int runDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
         problems += runSteps(lib, change.steps, change.count);
     }
 
+    const int areaProblems = runAreaDemos(lib, emulator);
+
     std::printf("\n== what the voice module received\n");
     for (const vmemu::Request &r : emulator.requests()) {
         std::printf("  %s\n", emulator.describe(r).c_str());
     }
     std::printf("\n%zu requests; %d step(s) skipped\n", emulator.requestCount(), problems);
+    if (areaProblems != 0) {
+        std::printf("%d problem(s) in the sections above\n", areaProblems);
+        return 1;
+    }
     if (deferredProblems != 0 || !pushed) {
         std::printf("the deferred buffer or the inbound thread did not behave as shown above\n");
         return 1;

@@ -92,6 +92,16 @@ inline CallResult callHandler(const Library &lib, const CallRequest &req) {
         result.message = "the value kind of '" + req.handler + "' is not known: give --int, --text or --float";
         return result;
     }
+    if (row != nullptr && row->custom != nullptr && !req.kindOverride) {
+        int locate[4];
+        std::memcpy(locate, req.locate, sizeof(locate));
+        const CustomResult custom = row->custom(lib.symbol(result.calledName), req.set, req.value, locate);
+        result.called = custom.called;
+        result.message = custom.message;
+        result.rc = custom.rc;
+        result.shown = custom.shown;
+        return result;
+    }
     const ValueKind kind = req.kindOverride.value_or(row != nullptr ? row->kind : ValueKind::Integer);
     const size_t textSize = row != nullptr && row->textSize != 0 ? row->textSize : kDefaultText;
     if (kind == ValueKind::Directed && !req.direction) {
@@ -144,6 +154,8 @@ inline CallResult callHandler(const Library &lib, const CallRequest &req) {
         case ValueKind::Float:
             std::snprintf(text, sizeof(text), "%g", static_cast<double>(real));
             result.shown = text;
+            break;
+        case ValueKind::Custom:
             break;
         case ValueKind::Text:
             // A text that fills the parameter's buffer carries no terminator.

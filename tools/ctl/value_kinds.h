@@ -5,8 +5,10 @@
 // their rows here.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstring>
+#include <span>
 #include <string>
 
 namespace tr104ctl {
@@ -16,7 +18,19 @@ enum class ValueKind {
     Text,       // pValue points to a character buffer
     Float,      // pValue points to a single-precision float
     Directed,   // Tr104LineGainSip: an integer direction before pValue (non-zero receive)
+    Custom,     // its own arguments: the row's `custom` calls it
 };
+
+// What a handler with its own calling convention (several value pointers, say) did.
+struct CustomResult {
+    bool called = false;  // false: the request was wrong, message says why
+    std::string message;
+    int rc = 0;
+    std::string shown;    // a get's value, rendered
+};
+// Calls `handler` (the exported function, resolved by name) with the value text of a set, and
+// renders what a get returned.
+using CustomCall = CustomResult (*)(void *handler, bool set, const std::string &value, int *nLocate);
 
 struct HandlerKind {
     const char *name;
@@ -26,6 +40,8 @@ struct HandlerKind {
     // at once.  A staged value reaches the voice module only when its group completes or the
     // slot's timer runs out, so the client keeps running until the slot is applied.
     int deferredSlot = -1;
+    // Handlers whose arguments are not (nFlag, pValue, nLocate): how to call them.
+    CustomCall custom = nullptr;
 };
 
 constexpr size_t kDefaultText = 256;
@@ -121,6 +137,20 @@ inline constexpr HandlerKind kHandlerKinds[] = {
     {"Tr104SipProxyServerTransport", ValueKind::Text, 5},
 };
 
+}  // namespace tr104ctl
+
+// Each area of the library lists its handlers in a table of its own.
+#include "ctl/kinds/h248.h"
+#include "ctl/kinds/linetest.h"
+#include "ctl/kinds/netcfg.h"
+#include "ctl/kinds/stats.h"
+
+namespace tr104ctl {
+
+// Every table the client knows, the base table first.
+inline constexpr std::array<std::span<const HandlerKind>, 5> kKindTables = {
+    std::span<const HandlerKind>(kHandlerKinds), kH248Kinds, kLinetestKinds, kNetcfgKinds, kStatsKinds};
+
 // The parameter name without its protocol ending.
 inline std::string baseName(const std::string &name) {
     for (const char *suffix : {"Sip", "H248"}) {
@@ -135,9 +165,11 @@ inline std::string baseName(const std::string &name) {
 // The row of a handler or of one of its variants; nullptr when the client does not know it.
 inline const HandlerKind *findKind(const std::string &name) {
     for (const std::string &candidate : {name, baseName(name)}) {
-        for (const HandlerKind &row : kHandlerKinds) {
-            if (candidate == row.name) {
-                return &row;
+        for (std::span<const HandlerKind> table : kKindTables) {
+            for (const HandlerKind &row : table) {
+                if (candidate == row.name) {
+                    return &row;
+                }
             }
         }
     }
@@ -154,6 +186,8 @@ inline const char *kindName(ValueKind kind) {
             return "float";
         case ValueKind::Directed:
             return "integer with a direction (--direction 0 transmit, 1 receive)";
+        case ValueKind::Custom:
+            return "several values";
     }
     return "?";
 }

@@ -503,6 +503,42 @@ std::vector<FamilyInstaller> &installers() {
 
 FamilyRegistrar::FamilyRegistrar(FamilyInstaller installer) { installers().push_back(installer); }
 
+namespace {
+struct ConsoleEntry {
+    const char *help;
+    ConsoleCommand command;
+};
+std::vector<ConsoleEntry> &consoleCommands() {
+    static std::vector<ConsoleEntry> commands;
+    return commands;
+}
+}  // namespace
+
+ConsoleRegistrar::ConsoleRegistrar(const char *help, ConsoleCommand command) {
+    consoleCommands().push_back({help, command});
+}
+
+bool runConsoleCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::istream &args,
+                       std::string *out) {
+    const std::streampos start = args.tellg();
+    for (const ConsoleEntry &entry : consoleCommands()) {
+        args.clear();
+        args.seekg(start);
+        if (entry.command(emulator, verb, args, out)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::vector<std::string> consoleHelp() {
+    std::vector<std::string> lines;
+    for (const ConsoleEntry &entry : consoleCommands()) {
+        lines.emplace_back(entry.help);
+    }
+    return lines;
+}
+
 void registerBaseFamilies(VoiceModuleEmulator &emulator) {
     for (FamilyInstaller install : installers()) {
         install(emulator);

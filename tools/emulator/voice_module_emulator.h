@@ -15,6 +15,7 @@
 #include <cstring>
 #include <deque>
 #include <functional>
+#include <istream>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -202,5 +203,21 @@ using FamilyInstaller = void (*)(VoiceModuleEmulator &);
 struct FamilyRegistrar {
     explicit FamilyRegistrar(FamilyInstaller installer);
 };
+
+// Commands of tr104-vmemu's standard input that an area of the emulator serves ("h248 ...",
+// "linetest ...").  A command reads its arguments from `args`, appends what it has to say to
+// `*out` (one or more lines) and returns true; it returns false when `verb` is not its own.
+// Register one with a static ConsoleRegistrar in the area's source file.
+using ConsoleCommand = bool (*)(VoiceModuleEmulator &emulator, const std::string &verb, std::istream &args,
+                                std::string *out);
+struct ConsoleRegistrar {
+    // help: one line per command, "VERB ARGS...   what it does"
+    ConsoleRegistrar(const char *help, ConsoleCommand command);
+};
+// Runs the area command that takes `verb`; false when none does.
+bool runConsoleCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::istream &args,
+                       std::string *out);
+// The help lines of every area command.
+std::vector<std::string> consoleHelp();
 
 }  // namespace vmemu
