@@ -17,5 +17,6 @@
 #include "tr104/linetest.h"
 #include "tr104/netcfg.h"
 #include "tr104/statistics.h"
+#include "tr104/device.h"
 
 #endif

@@ -10,11 +10,12 @@
 #include "ctl/area/linetest.h"
 #include "ctl/area/netcfg.h"
 #include "ctl/area/stats.h"
+#include "ctl/area/device.h"
 
 namespace tr104ctl {
 
-inline constexpr std::array<std::span<const AreaCommand>, 4> kAreaCommandTables = {kH248Commands, kLinetestCommands,
-                                                                                  kNetcfgCommands, kStatsCommands};
+inline constexpr std::array<std::span<const AreaCommand>, 5> kAreaCommandTables = {
+    kH248Commands, kLinetestCommands, kNetcfgCommands, kStatsCommands, kDeviceCommands};
 
 inline const AreaCommand *findAreaCommand(const char *name) {
     for (std::span<const AreaCommand> table : kAreaCommandTables) {
@@ -34,6 +35,7 @@ inline int runAreaDemos(const Library &lib, vmemu::VoiceModuleEmulator &emulator
     problems += runLinetestDemo(lib, emulator);
     problems += runNetcfgDemo(lib, emulator);
     problems += runStatsDemo(lib, emulator);
+    problems += runDeviceDemo(lib, emulator);
     return problems;
 }
 

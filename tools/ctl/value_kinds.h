@@ -144,12 +144,13 @@ inline constexpr HandlerKind kHandlerKinds[] = {
 #include "ctl/kinds/linetest.h"
 #include "ctl/kinds/netcfg.h"
 #include "ctl/kinds/stats.h"
+#include "ctl/kinds/device.h"
 
 namespace tr104ctl {
 
 // Every table the client knows, the base table first.
-inline constexpr std::array<std::span<const HandlerKind>, 5> kKindTables = {
-    std::span<const HandlerKind>(kHandlerKinds), kH248Kinds, kLinetestKinds, kNetcfgKinds, kStatsKinds};
+inline constexpr std::array<std::span<const HandlerKind>, 6> kKindTables = {
+    std::span<const HandlerKind>(kHandlerKinds), kH248Kinds, kLinetestKinds, kNetcfgKinds, kStatsKinds, kDeviceKinds};
 
 // The parameter name without its protocol ending.
 inline std::string baseName(const std::string &name) {
