@@ -111,6 +111,8 @@ typedef struct Tr104SipLineRecord {
 } Tr104SipLineRecord;
 
 /* Change-mask bits of the profile record. */
+#define TR104_PROFILE_CODEC_COUNT 5
+#define TR104_PROFILE_CODEC_UNUSED 0xFFu
 #define TR104_PROFILE_CODEC 0x01u
 #define TR104_PROFILE_SILENCE_SUPPRESSION 0x02u
 #define TR104_PROFILE_COMFORT_NOISE 0x04u
@@ -132,7 +134,9 @@ typedef struct Tr104SipProfileRecord {
     uint8_t ucReserved1;               /*  1 */
     char aName[22];                    /*  2 profile name ("port%d" when this library creates it) */
     uint32_t unChangeMask;             /* 24 fields a set changes */
-    uint8_t aucReserved2[10];          /* 28 */
+    uint8_t aucCodecs[5];              /* 28 bit 0x01: codec selection, payload types in order of
+                                          preference, 0xFF in unused places */
+    uint8_t aucReserved2[5];           /* 33 */
     uint8_t ucSilenceSuppression;      /* 38 bit 0x02 */
     uint8_t ucComfortNoise;            /* 39 bit 0x04 */
     uint8_t ucDtmfMethod;              /* 40 bit 0x08: 0 InBand, 1 RFC2833, 2 RFC2833 Redundancy, 3 SIPInfo */

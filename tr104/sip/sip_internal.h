@@ -33,6 +33,7 @@ static_assert(sizeof(Tr104SipProfileRecord) == 76);
 static_assert(offsetof(Tr104SipProfileRecord, ucPort) == 0);
 static_assert(offsetof(Tr104SipProfileRecord, aName) == 2);
 static_assert(offsetof(Tr104SipProfileRecord, unChangeMask) == 24);
+static_assert(offsetof(Tr104SipProfileRecord, aucCodecs) == 28);
 static_assert(offsetof(Tr104SipProfileRecord, ucSilenceSuppression) == 38);
 static_assert(offsetof(Tr104SipProfileRecord, ucComfortNoise) == 39);
 static_assert(offsetof(Tr104SipProfileRecord, ucDtmfMethod) == 40);

@@ -1,0 +1,28 @@
+// Pieces shared by the device-level handlers: the checks of a handler that takes (nFlag, pValue)
+// and the SIP handlers some of them hand over to.
+#pragma once
+
+#include "tr104/device.h"
+#include "tr104/framework.h"
+#include "tr104/protocol.h"
+#include "tr104/sip/templates.h"
+
+namespace tr104::device {
+
+using sip::Access;
+using sip::Locate;
+using sip::Signature;
+
+using SipVariant = int (*)(int nFlag, void *pValue, int *nLocate);
+
+// A handler of one value per device or profile: nLocate is never read.
+constexpr Signature deviceSignature(const char *name, const char *valueName, Access access) {
+    return Signature{name, valueName, Locate::None, access};
+}
+
+// The checks of such a handler: null value, then nFlag.  0 or -2.
+inline int checkDevice(const Signature &sig, int nFlag, const void *pValue) {
+    return sip::checkArguments(sig, nFlag, pValue, nullptr);
+}
+
+}  // namespace tr104::device
