@@ -85,6 +85,8 @@
  * supports them) may define one, with C linkage and the wrapper's signature
  * int <name>Sip(int nFlag, void *pValue, int *nLocate), and the wrapper calls it while the
  * protocol is SIP (without one, the wrapper answers -1).  The list is TR104_EXTENSION_VARIANTS.
+ * Tr104MgcRegisterSip (registration with the call agent under SIP, reached by Tr104MgcRegister
+ * and Tr104VoiceOperation) works the same way, with Tr104MgcRegister's signature.
  */
 #ifndef TR104_DEVICE_H
 #define TR104_DEVICE_H
