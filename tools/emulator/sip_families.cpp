@@ -114,6 +114,7 @@ constexpr char kWanName[] = "1_VOIP_R_VID_46";
 // Change-masked fields of the profile record.
 const std::vector<MaskedField> &profileFields() {
     static const std::vector<MaskedField> fields = {
+        {TR104_PROFILE_CODEC, {offsetof(Tr104SipProfileRecord, aucCodecs), TR104_PROFILE_CODEC_COUNT}},
         {TR104_PROFILE_SILENCE_SUPPRESSION, {38, 1}}, {TR104_PROFILE_COMFORT_NOISE, {39, 1}},
         {TR104_PROFILE_DTMF_METHOD, {40, 1}},         {TR104_PROFILE_ECHO_CANCEL, {41, 1}},
         {TR104_PROFILE_RECEIVE_GAIN, {42, 1}},        {TR104_PROFILE_TRANSMIT_GAIN, {43, 1}},
