@@ -76,6 +76,10 @@ check "emulate: other protocol name" 0 "=H.248" -- --emulate --protocol H.248 ge
 check "no voice module: emulator by default" 0 "=SIP" -- get Tr104VoiceProtocolType
 check "H.248: caller id answered by the wrapper" 0 "=1" -- --protocol H.248 get Tr104LineCallerIdFlag --line 1
 check "protocol 0: wrapper refuses" 1 "returned -1" -- --protocol none get Tr104LineEnable --line 1
+check "caps: capability table" 0 "Tr104MaxSessionsAllLines       \"2\"" "supported codecs: G.711MuLaw" \
+  -- --protocol H.248 caps
+check "device: two-argument handler" 0 "=NONE" -- --protocol none get Tr104ProfileSignalingProtocol
+check "codec list entry out of range" 1 "returned -2" -- set Tr104LineCodecListPriority --line 1 --entry 6 -- 1
 check "--no-emulate without a voice module" 1 "" -- --no-emulate get Tr104VoiceProtocolType
 # The run above left the send queue behind: it exists now, but nobody answers on it.
 check "silent queue: emulator takes over" 0 "no voice module answers; the emulator plays it" -- \
