@@ -193,8 +193,9 @@ void setPrivateProtocol(VoiceModuleEmulator &emulator, int enable, int ignoreCle
 std::vector<int> codecSelection(VoiceModuleEmulator &emulator, int line) {
     std::vector<int> codes;
     if (const auto profile = boundProfile(emulator, line)) {
+        // A profile never given a selection holds zeros: a repeated code ends the list.
         for (uint8_t code : profile->aucCodecs) {
-            if (code == TR104_PROFILE_CODEC_UNUSED) {
+            if (code == TR104_PROFILE_CODEC_UNUSED || std::find(codes.begin(), codes.end(), code) != codes.end()) {
                 break;
             }
             codes.push_back(code);

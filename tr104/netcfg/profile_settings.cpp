@@ -82,7 +82,9 @@ TR104_API int Tr104ProfileReset(int nFlag, void *pValue) {
 
 // A name longer than the kept text is cut at TR104_PROFILE_NAME_LEN - 1 characters.
 TR104_API int Tr104ProfileName(int nFlag, void *pValue) {
-    TR104_DEBUG("nFlag[%d], *pProfileName[%s]\n", nFlag, pValue != nullptr ? static_cast<const char *>(pValue) : "");
+    // A get's buffer holds nothing yet: only a set's text is printed.
+    TR104_DEBUG("nFlag[%d], *pProfileName[%s]\n", nFlag,
+                pValue != nullptr && nFlag == 1 ? static_cast<const char *>(pValue) : "");
     if (const int rc = checkDevice(kName, nFlag, pValue); rc != TR104_OK) {
         return rc;
     }
