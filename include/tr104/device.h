@@ -52,6 +52,8 @@
  *     The voice profile holds one value of each for the line, so the value written through any
  *     entry is taken by every entry of the line: a get of any entry reports what runs.
  * A set that cannot be applied answers -1 and leaves the list as it was:
+ *   - the voice module does not run SIP (gTr104CurrProtocolType other than 4: under H.248 the
+ *     call agent chooses the codecs, and no profile record carries them);
  *   - the same codec would be selected twice on the line;
  *   - the line would be left without any enabled codec (disabling or clearing the last one);
  *   - the voice module cannot be reached (the port status read or the profile write failed).

@@ -11,6 +11,10 @@ using siptest::printed;
 
 class CodecList : public DeviceTest {
 protected:
+    void SetUp() override {
+        DeviceTest::SetUp();
+        gTr104CurrProtocolType = TR104_PROTOCOL_SIP;
+    }
     int *entry(int line, int k) {
         locate_ = {0, 1, line, k};
         return locate_.data();
@@ -112,6 +116,16 @@ TEST_F(CodecList, ChangesThatCannotBeAppliedAnswerMinusOne) {
     expectNothingSent();
     EXPECT_EQ(getItem(Tr104LineCodecListEnable, 2, 1), 1);
     EXPECT_EQ(codecOf(2, 1), "G.729");
+
+    // Not under SIP: no profile record carries the codecs.
+    restartLog();
+    for (int protocol : {TR104_PROTOCOL_H248, TR104_PROTOCOL_NONE}) {
+        gTr104CurrProtocolType = protocol;
+        EXPECT_EQ(setCodec(2, 3, "G.711MuLaw"), -1);
+        EXPECT_EQ(codecOf(2, 3), "");
+    }
+    expectNothingSent();
+    gTr104CurrProtocolType = TR104_PROTOCOL_SIP;
 
     // The voice module cannot be reached: the list keeps its value.
     emulator.setFault(GET_PORT_STATUS_ID, {vmemu::Fault::FailureMarker, 0, 1});

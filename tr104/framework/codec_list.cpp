@@ -156,6 +156,12 @@ int setItem(const ListItem &it, int line, int entry, const void *pValue) {
     if (const int rc = changeItem(it, changed, entry, pValue); rc != TR104_OK) {
         return rc;
     }
+    // The profile record carries the codecs of a SIP voice module; under H.248 the call agent
+    // chooses them, and nothing here could apply the change.
+    if (gTr104CurrProtocolType != TR104_PROTOCOL_SIP) {
+        TR104_DEBUG_AS(it.sig.name, "line[%d] codec list entry[%d]: the voice module does not run SIP\n", line, entry);
+        return TR104_ERR_EXCHANGE;
+    }
     Tr104SipProfileRecord profile{};
     if (it.item == Item::Packetization) {
         profile.unChangeMask = TR104_PROFILE_PACKETIZATION;
