@@ -3,7 +3,9 @@
 // (nFlag, pValue) only, and get_act_led takes nothing: their rows call them with exactly that.
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <span>
