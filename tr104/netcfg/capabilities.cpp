@@ -68,6 +68,8 @@ const Capability kNumberingPlanFlag =
     sipFirst("Tr104NumberingPlanFlag", "pNumberingPlanFlag", 0, Tr104NumberingPlanFlagSip);
 const Capability kButtonMapFlag = fixed("Tr104ButtonMapFlag", "pButtonMapFlag", 0);
 const Capability kVoicePortTestsFlag = fixed("Tr104VoicePortTestsFlag", "pVoicePortTestsFlag", 1);
+// The voice module always sends heartbeats.
+const Capability kHeartbeatFlag = fixed("Tr104HeartbeatFlag", "pHeartbeatFlag", 1);
 const Capability kProfileNumberOfLines =
     sipFirst("Tr104ProfileNumberOfLines", "pNumberOfLines", 2, Tr104ProfileNumberOfLinesSip);
 
@@ -133,6 +135,7 @@ TR104_CAPABILITY(DigitMapFlag)
 TR104_CAPABILITY(NumberingPlanFlag)
 TR104_CAPABILITY(ButtonMapFlag)
 TR104_CAPABILITY(VoicePortTestsFlag)
+TR104_CAPABILITY(HeartbeatFlag)
 TR104_CAPABILITY(ProfileNumberOfLines)
 
 // The line count is fixed by the hardware: a get writes 2 without testing the pointer.

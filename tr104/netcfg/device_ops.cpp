@@ -1,6 +1,6 @@
 // Device-level switches and operations: the private management protocol and its
-// ignore-clear-configuration option, the voice activity LED, the heartbeat capability and the
-// voice operation (register, unregister, restart).
+// ignore-clear-configuration option, the voice activity LED and the voice operation (register,
+// unregister, restart).  The heartbeat flag is a fixed answer, kept with the capabilities.
 #include <unistd.h>
 
 #include <cstdio>
@@ -74,7 +74,6 @@ struct LedState {
 };
 constexpr LedState kLedStates[] = {{1, 0, "return 0 \r\n"}, {2, 2, "return 2 \r\n"}, {0, 1, "return 1 \r\n"}};
 
-const Signature kHeartbeat = deviceSignature("Tr104HeartbeatFlag", "pHeartbeatFlag", Access::GetOnly);
 const Signature kOperation{"Tr104VoiceOperation", "pOperation", Locate::None, Access::SetOnly,
                            "param error, nFlag=%d\n"};
 
@@ -116,14 +115,6 @@ TR104_API int get_act_led(void) {
     }
     TR104_DEBUG("return -1 \r\n");
     return -1;
-}
-
-TR104_API int Tr104HeartbeatFlag(int nFlag, void *pValue) {
-    if (const int rc = checkDevice(kHeartbeat, nFlag, pValue); rc != TR104_OK) {
-        return rc;
-    }
-    tr104::sip::putInt(pValue, 1);
-    return TR104_OK;
 }
 
 TR104_API int Tr104MgcRegister(int nFlag, void *pRegister, char *pMgcAddr, int *nLocate) {
