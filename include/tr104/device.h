@@ -77,7 +77,8 @@
  *
  * ---- Parameters this voice module does not provide ----------------------------------------
  *   Tr104SessionStartTime, Tr104SessionEndTime, Tr104SessionDuration,
- *   Tr104SipSessionTimerSessionExpires, Tr104LineSessionTimerFlag: after the argument checks
+ *   Tr104SipSessionTimerSessionExpires, Tr104LineSessionTimerFlag and the registration
+ *   diagnostics Tr104IADDiagnosticsState (device-wide, two arguments): after the argument checks
  *   they answer -1 with the debug message "%s: this voice module does not provide the
  *   parameter\n".
  *
@@ -170,8 +171,9 @@ TR104_API int Tr104CodecSilenceSuppression(int nFlag, void *pValue, int *nLocate
 TR104_API int Tr104SessionStartTime(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104SessionEndTime(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104SessionDuration(int nFlag, void *pValue, int *nLocate);
-TR104_API int Tr104SipSessionTimerSessionExpires(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104SipSessionTimerSessionExpires(int nFlag, void *pValue);
 TR104_API int Tr104LineSessionTimerFlag(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104IADDiagnosticsState(int nFlag, void *pValue);
 
 /* SIP variants the library leaves to the embedding process (see above): X(<wrapper name>). */
 #define TR104_EXTENSION_VARIANTS(X) \

@@ -208,7 +208,9 @@ TEST_F(CodecList, SupportedCodecsAndParametersNotProvided) {
         const char *name;
     } absent[] = {{Tr104SessionStartTime, "Tr104SessionStartTime"}, {Tr104SessionEndTime, "Tr104SessionEndTime"},
                   {Tr104SessionDuration, "Tr104SessionDuration"},
-                  {Tr104SipSessionTimerSessionExpires, "Tr104SipSessionTimerSessionExpires"},
+                  {[](int f, void *v, int *) { return Tr104SipSessionTimerSessionExpires(f, v); },
+                   "Tr104SipSessionTimerSessionExpires"},
+                  {[](int f, void *v, int *) { return Tr104IADDiagnosticsState(f, v); }, "Tr104IADDiagnosticsState"},
                   {Tr104LineSessionTimerFlag, "Tr104LineSessionTimerFlag"}};
     restartLog();
     for (const auto &a : absent) {

@@ -73,6 +73,9 @@ const Signature kSessionEndTime{"Tr104SessionEndTime", "pSessionEndTime", Locate
 const Signature kSessionDuration{"Tr104SessionDuration", "pSessionDuration", Locate::Line, Access::GetOnly};
 const Signature kSipSessionTimerSessionExpires{"Tr104SipSessionTimerSessionExpires", "pSessionExpires", Locate::None,
                                                Access::GetSet};
+// The registration diagnostics of the device: the voice module has no request that runs them.
+const Signature kIADDiagnosticsState{"Tr104IADDiagnosticsState", "pIADDiagnosticsState", Locate::None,
+                                     Access::GetSet};
 const Signature kLineSessionTimerFlag{"Tr104LineSessionTimerFlag", "pLineSessionTimerFlag", Locate::Line,
                                       Access::GetSet};
 
@@ -95,5 +98,12 @@ TR104_SUPPORTED_CODEC(CodecSilenceSuppression)
 TR104_NOT_PROVIDED(SessionStartTime)
 TR104_NOT_PROVIDED(SessionEndTime)
 TR104_NOT_PROVIDED(SessionDuration)
-TR104_NOT_PROVIDED(SipSessionTimerSessionExpires)
 TR104_NOT_PROVIDED(LineSessionTimerFlag)
+
+// Profile- and device-wide: two arguments, like every parameter that exists once per profile.
+extern "C" TR104_API int Tr104SipSessionTimerSessionExpires(int nFlag, void *pValue) {
+    return tr104::device::notProvided(tr104::device::kSipSessionTimerSessionExpires, nFlag, pValue, nullptr);
+}
+extern "C" TR104_API int Tr104IADDiagnosticsState(int nFlag, void *pValue) {
+    return tr104::device::notProvided(tr104::device::kIADDiagnosticsState, nFlag, pValue, nullptr);
+}

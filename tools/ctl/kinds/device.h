@@ -125,7 +125,8 @@ inline constexpr HandlerKind kDeviceKindRows[] = {
     {"Tr104SessionStartTime", ValueKind::Text, 64},
     {"Tr104SessionEndTime", ValueKind::Text, 64},
     {"Tr104SessionDuration", ValueKind::Integer, 0},
-    {"Tr104SipSessionTimerSessionExpires", ValueKind::Integer, 0},
+    TR104_DEVICE_INT("Tr104SipSessionTimerSessionExpires"),
+    TR104_DEVICE_TEXT("Tr104IADDiagnosticsState"),
     {"Tr104LineSessionTimerFlag", ValueKind::Integer, 0},
 };
 
