@@ -49,7 +49,10 @@ int readInner(const char *name, int port, Tr104InnerLineResult *rec) {
 int decimal(const char *field) {
     char text[TR104_MEASURE_LEN + 1] = {};
     std::memcpy(text, field, TR104_MEASURE_LEN);
-    return static_cast<int>(std::strtol(text, nullptr, 10));
+    // Converted as a wide integer and held to the range of an int, so that a value out of range
+    // reads the same on the 32-bit device and on a 64-bit host.
+    const long long value = std::strtoll(text, nullptr, 10);
+    return value > INT32_MAX ? INT32_MAX : value < INT32_MIN ? INT32_MIN : static_cast<int>(value);
 }
 
 float decimalFloat(const char *field) {
