@@ -328,6 +328,7 @@ TEST_F(LineTest, FlagWords) {
         {ac, gVACHazardousThreshold, 10, "aGroundACVoltage", "5", "bGroundACVoltage", "11", 59},
         {ac, gVACHazardousThreshold, -10, "aGroundACVoltage", "11", "bGroundACVoltage", "11", 27},
         {ac, gVACHazardousThreshold, 10, "aGroundACVoltage", "0", "bGroundACVoltage", "-500", 63},
+        {ac, gVACHazardousThreshold, INT32_MIN, "aGroundACVoltage", "0", "bGroundACVoltage", "0", 27},
         {Tr104PhysicalInterfaceTestVDCFlags, gVDCHazardousThreshold, 40, "aGroundDCVoltage", "-48", "bGroundDCVoltage",
          "-48", 31},
         {abg, gABGResistanceThreshold, 100, "aGroundInsulationResistance", "-1", "bGroundInsulationResistance", "50",

@@ -254,6 +254,9 @@ const FlagWord kToneFlags{"Tr104PhysicalInterfaceTestDialTonePowerFlags", Rule::
 bool floatAbove(float value, float threshold) { return value > threshold; }
 float asFloat(int32_t threshold) { return static_cast<float>(threshold); }
 
+// |v| as the C library's abs gives it on these machines: the most negative int stays itself.
+int magnitude(int v) { return v < 0 ? static_cast<int>(0u - static_cast<unsigned int>(v)) : v; }
+
 // Both bits set when the threshold is 0; else bit 5 cleared when the threshold is below A and
 // bit 2 when it is below B.
 int pairWord(bool thresholdSet, bool belowA, bool belowB) {
@@ -275,8 +278,8 @@ int computeFlags(const FlagWord &f, int port) {
     const int b = decimal(buffer + kMeasures[f.b].offset);
     switch (f.rule) {
     case Rule::Voltages: {
-        const int t = std::abs(threshold);
-        return pairWord(t != 0, t < std::abs(a), t < b);
+        const int t = magnitude(threshold);
+        return pairWord(t != 0, t < magnitude(a), t < b);
     }
     case Rule::Resistances: {
         const auto t = static_cast<uint32_t>(threshold);
