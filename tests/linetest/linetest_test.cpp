@@ -208,7 +208,11 @@ TEST_F(LineTest, DrawTimeAndReversePoleFollowTheProtocol) {
     EXPECT_EQ(Tr104PhysicalInterfaceReversePole(1, &pole, port(2)), 0);
     EXPECT_EQ(geti(Tr104PhysicalInterfaceReversePoleH248, 2), 0);
     EXPECT_EQ(geti(Tr104PhysicalInterfaceReversePoleH248, 1), 1);
+    int busy = 5;
+    EXPECT_EQ(Tr104PhysicalInterfaceTestIsDeviceBusy(0, &busy, port(1)), 0);
+    EXPECT_EQ(busy, 5);  // H.248: nothing written
     gTr104CurrProtocolType = TR104_PROTOCOL_NONE;
+    EXPECT_EQ(Tr104PhysicalInterfaceTestIsDeviceBusy(0, &busy, port(1)), -1);
     EXPECT_EQ(Tr104PhysicalInterfaceTestDialToneDrawTime(0, &seconds, port(1)), -1);
     EXPECT_EQ(Tr104PhysicalInterfaceReversePole(0, &pole, port(1)), -1);
 }
