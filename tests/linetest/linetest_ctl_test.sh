@@ -65,6 +65,7 @@ check "port 3" 2 "--port takes 1 or 2, not '3'" -- linetest --port 3
 
 check "caller test" 0 "port 1: Off-hook" "port 1: Testend" "Success" "fail reason          none" -- \
   simcall --port 1 --caller 5550123 --timeout 20
+check "caller test past its timeout" 1 "Testend" "Fail" "NoAnswer" -- simcall --port 2 --caller 1 --timeout 1
 check "called test" 0 "port 2: Ringing-back" "Success" -- simcall --port 2 --called
 # The fail code follows port 1's test type (the only port asked here).
 console "simcall end 1 2" "end fail 2"

@@ -5,7 +5,8 @@
 // then "finished" (progress 3) with result byte 0, or 1 when the port is set to "not
 // supported"; its measurements, state bytes and conclusion are the port's configured values.
 // A simulated call walks through its status codes, one step per step time (500 ms unless set),
-// to its configured end: success, or failure with a fail code.  Dial-confirm settings are kept
+// to its configured end: success, or failure with a fail code; a call still under way when its
+// timeout (seconds) runs out ends as not answered.  Dial-confirm settings are kept
 // per port.  Each emulator has its own state; all ports start with realistic healthy values.
 #pragma once
 

@@ -56,7 +56,9 @@ const uint32_t kCallerWalk[] = {2, 3, 4, 5, 6, 7};  // off-hook .. connected, th
 const uint32_t kCalledWalk[] = {3, 2, 4};           // ringing, off-hook, connected, then 5
 constexpr uint32_t kCallerEnd = 10;
 constexpr uint32_t kCalledEnd = 5;
-constexpr size_t kFailingSteps = 2;  // a failing call stops after its first two steps
+constexpr size_t kFailingSteps = 2;
+constexpr uint32_t kCallerNoAnswer = 5;
+constexpr uint32_t kCalledNoAnswer = 3;  // a failing call stops after its first two steps
 
 struct Port {
     Tr104OuterLineResult outer{};
@@ -164,7 +166,9 @@ CallView viewOf(const State &s, const Port &p) {
     const auto elapsed = std::chrono::duration_cast<milliseconds>(Clock::now() - p.callStart);
     const size_t n = s.step.count() > 0 ? static_cast<size_t>(elapsed / s.step) : steps;
     uint32_t &status = caller ? v.callerStatus : v.calledStatus;
-    if (!p.callStopped && n < steps) {
+    // The voice module gives up on a call that has not ended within the test's timeout.
+    const bool timedOut = p.timeout != 0 && elapsed >= std::chrono::seconds(p.timeout);
+    if (!p.callStopped && n < steps && !timedOut) {
         status = walk[n];
         return v;
     }
@@ -172,9 +176,9 @@ CallView viewOf(const State &s, const Port &p) {
     status = caller ? kCallerEnd : kCalledEnd;
     if (p.callStopped) {
         v.conclusion = 2;  // stopped before its end: failed, with no reason
-    } else if (p.failCode != 0) {
-        v.conclusion = 2;
-        (caller ? v.callerFail : v.calledFail) = p.failCode;
+    } else if (p.failCode != 0 || n < steps) {
+        v.conclusion = 2;  // its own fail code, or no answer before the timeout
+        (caller ? v.callerFail : v.calledFail) = p.failCode != 0 ? p.failCode : caller ? kCallerNoAnswer : kCalledNoAnswer;
     } else {
         v.conclusion = 1;
     }

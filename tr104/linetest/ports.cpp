@@ -108,6 +108,8 @@ int dialMode(const char *name, int nFlag, void *pValue, int *nLocate) {
         return rc;
     }
     const int port = portOf(nLocate);
+    TR104_DEBUG_AS(name, "nFlag[%d], pDialMode[%s], nLocate[1]=%d\n", nFlag,
+                   nFlag == 1 ? static_cast<const char *>(pValue) : "", port);
     Tr104PortRecord rec{};
     rec.ucPort = static_cast<uint8_t>(port);
     if (nFlag == 0) {
@@ -148,19 +150,22 @@ struct Flash {
     const char *rangeError;
     const char *getError;
     const char *getDone;
+    const char *entry;
 };
 const Flash kFlashUp{"Tr104PhysicalInterfaceFlashUpTime", "pFlashUpTime", TR104_FLASH_UP, 200,
                      "flash up time must be in multiples of 10\r\n", "flash up time out of range <200-2500ms>.\r\n",
-                     "get flash up time error \n", "get *pFlashUpTime[%d]\n"};
+                     "get flash up time error \n", "get *pFlashUpTime[%d]\n", "nFlag[%d], *pFlashUpTime[%d]\n"};
 const Flash kFlashDown{"Tr104PhysicalInterfaceFlashDownTime", "pFlashDownTime", TR104_FLASH_DOWN, 1,
                        "flash down time must be in multiples of 10\r\n", "flash down time out of range <1-2500ms>.\r\n",
-                       "get flash down time error \n", "get *pFlashDownTime[%d]\n"};
+                       "get flash down time error \n", "get *pFlashDownTime[%d]\n",
+                       "nFlag[%d], *pFlashDownTime[%d]\n"};
 
 int flashTime(const Flash &f, int nFlag, void *pValue) {
     const int rc = check({f.name, f.valueName, Scope::Gateway, Access::GetSet}, nFlag, pValue, nullptr);
     if (rc != TR104_OK) {
         return rc;
     }
+    TR104_DEBUG_AS(f.name, f.entry, nFlag, intValue(pValue));
     Tr104FlashRecord rec{};
     rec.unSelector = f.selector;
     uint32_t &field = f.selector == TR104_FLASH_UP ? rec.unFlashUp : rec.unFlashDown;
@@ -197,6 +202,7 @@ int clipWhen(int nFlag, void *pValue) {
     if (rc != TR104_OK) {
         return rc;
     }
+    TR104_DEBUG_AS(name, "nFlag[%d], *pClipWhen[%s]\n", nFlag, nFlag == 1 ? static_cast<const char *>(pValue) : gClipWhen);
     if (nFlag == 0) {
         putText(pValue, gClipWhen);
         TR104_DEBUG_AS(name, "get pClipWhen[%s]\n", gClipWhen);
@@ -247,6 +253,7 @@ TR104_API int Tr104PhysicalInterfaceTestDialToneDrawTimeH248(int nFlag, void *pV
         return rc;
     }
     const int port = portOf(nLocate);
+    TR104_DEBUG("nFlag[%d], *pDialToneDrawTime[%f], nLocate[1]=%d\n", nFlag, 0.0, port);
     Tr104PortRecord rec{};
     rec.ucPort = static_cast<uint8_t>(port);
     if (readRecord(__func__, &rec, sizeof(rec), GET_PORT_DRAW_TIME_ID) != TR104_OK) {
@@ -278,6 +285,8 @@ TR104_API int Tr104PhysicalInterfaceKcType(int nFlag, void *pValue, int *nLocate
     if (rc != TR104_OK) {
         return rc;
     }
+    TR104_DEBUG("nFlag[%d], *pKcType[%s], nLocate[1]=%d\n", nFlag, nFlag == 1 ? static_cast<const char *>(pValue) : "",
+                portOf(nLocate));
     Tr104KcRecord rec{};
     rec.unPort = static_cast<uint32_t>(portOf(nLocate));
     if (nFlag == 0) {
@@ -314,6 +323,7 @@ TR104_API int Tr104PhysicalInterfaceMWIRingFlag(int nFlag, void *pValue) {
         say(__func__, "param error, pMWIRingFlag is null\n");
         return TR104_ERR_PARAM;
     }
+    TR104_DEBUG("nFlag[%d], *pMWIRingFlag[%d]\n", nFlag, intValue(pValue));
     if (nFlag == 0) {
         putInt(pValue, 0);
         TR104_DEBUG("get *pMWIRingFlag[%d]\n", 0);
