@@ -185,11 +185,10 @@ int fetch(const Measure &m, int port, char (&buffer)[sizeof(Tr104OuterLineResult
 }
 
 int measure(const Measure &m, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({m.name, "pValue", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({m.name, "pValue", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     char buffer[sizeof(Tr104OuterLineResult)];
     const char *raw = nullptr;
     if (fetch(m, port, buffer, &raw) != TR104_OK) {
@@ -469,11 +468,10 @@ using namespace tr104::linetest;
 extern "C" __attribute__((weak)) int Tr104PhysicalInterfaceTestIsDeviceBusySip(int, void *, int *);
 
 TR104_API int Tr104PhysicalInterfaceTestSelector(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pTestSelector", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({__func__, "pTestSelector", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     if (nFlag == 0) {
         putText(pValue, gTestSelector[port - 1]);
         TR104_DEBUG("get pTestSelector[%s]\n", gTestSelector[port - 1]);
@@ -487,11 +485,10 @@ TR104_API int Tr104PhysicalInterfaceTestSelector(int nFlag, void *pValue, int *n
 }
 
 TR104_API int Tr104PhysicalInterfaceTestState(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pTestState", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({__func__, "pTestState", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     if (nFlag == 0) {
         return getState(__func__, port, pValue);
     }
@@ -524,11 +521,10 @@ TR104_API int Tr104PhysicalInterfaceTestIsDeviceBusy(int nFlag, void *pValue, in
 }
 
 TR104_API int Tr104PhysicalInterfaceAllTests(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pAllTests", Scope::Port, Access::SetOnly}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({__func__, "pAllTests", Scope::Port, Access::SetOnly}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     if (selectAndRequest(__func__, port, "Outer_Line_Test") != TR104_OK ||
         selectAndRequest(__func__, port, "Inner_Line_Test") != TR104_OK) {
         return TR104_ERR_EXCHANGE;
@@ -537,11 +533,10 @@ TR104_API int Tr104PhysicalInterfaceAllTests(int nFlag, void *pValue, int *nLoca
 }
 
 TR104_API int Tr104PhysicalInterfaceTestHazardousPotential(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pHazardousPotential", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({__func__, "pHazardousPotential", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     if (nFlag == 1) {
         return selectAndRequest(__func__, port, "Outer_Line_Test") == TR104_OK ? TR104_OK : TR104_ERR_EXCHANGE;
     }
@@ -564,11 +559,10 @@ TR104_API int Tr104PhysicalInterfaceAllTestsEnd(int nFlag, void *pValue, int *nL
 }
 
 TR104_API int Tr104PhysicalInterfaceTestConclusion(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pTestConclusion", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({__func__, "pTestConclusion", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     Tr104OuterLineResult rec;
     if (readOuter(__func__, port, &rec) != TR104_OK) {
         TR104_DEBUG("get line[%d] TestConclusion failed.\n", port);

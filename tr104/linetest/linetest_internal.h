@@ -98,6 +98,12 @@ struct Sig {
 // Null value, port, nFlag, in this order.  0 or -2.
 int check(const Sig &sig, int nFlag, const void *pValue, const int *nLocate);
 
+// The checks, then the port: the port (0..2), or the refusal (-2).
+inline int checkedPort(const Sig &sig, int nFlag, const void *pValue, const int *nLocate) {
+    const int rc = check(sig, nFlag, pValue, nLocate);
+    return rc != TR104_OK ? rc : nLocate[1];
+}
+
 // The port of a handler that has passed its checks, and its entry in the per-port tables.
 inline int portOf(const int *nLocate) { return nLocate[1]; }
 inline int slotOf(const int *nLocate) { return nLocate[1] - 1; }

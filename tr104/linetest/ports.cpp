@@ -103,11 +103,10 @@ const Held kClipReversePole{{"Tr104PhysicalInterfaceClipReversePole", "pClipReve
 // Dial mode: one body for both protocols.  The port record and its dial-mode byte belong to
 // the analogue port, not to the signalling stack, so the same exchange serves SIP and H.248.
 int dialMode(const char *name, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({name, "pDialMode", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({name, "pDialMode", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     TR104_DEBUG_AS(name, "nFlag[%d], pDialMode[%s], nLocate[1]=%d\n", nFlag,
                    nFlag == 1 ? static_cast<const char *>(pValue) : "", port);
     Tr104PortRecord rec{};
@@ -248,11 +247,10 @@ TR104_API int Tr104PhysicalInterfaceDialModeH248(int nFlag, void *pValue, int *n
 }
 
 TR104_API int Tr104PhysicalInterfaceTestDialToneDrawTimeH248(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pDialToneDrawTime", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({__func__, "pDialToneDrawTime", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     TR104_DEBUG("nFlag[%d], *pDialToneDrawTime[%f], nLocate[1]=%d\n", nFlag, 0.0, port);
     Tr104PortRecord rec{};
     rec.ucPort = static_cast<uint8_t>(port);

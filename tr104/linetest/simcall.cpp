@@ -49,11 +49,10 @@ struct Answer {
 };
 
 int answer(const Answer &a, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({a.name, a.valueName, Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({a.name, a.valueName, Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     Tr104SmultParam block;
     if (!query(port, &block)) {
         TR104_DEBUG_AS(a.name, kQueryFailed, port);
@@ -85,22 +84,23 @@ const Answer kConclusion{"Tr104SmultConclusion", "pConclusion",
                              putBare(v, text);
                              TR104_DEBUG_AS(name, "get port[%d] Smult conclusion [%s].\n", port, text);
                          }};
-// An unknown code leaves the caller's buffer untouched.
+// A fail reason, bounded at 32 bytes; an unknown code leaves the caller's buffer untouched.
+void putReason(const char *name, int port, const char *text, void *pValue, const char *done) {
+    if (*text != '\0') {
+        std::strncpy(static_cast<char *>(pValue), text, 32);
+    }
+    TR104_DEBUG_AS(name, done, port, text);
+}
+
 const Answer kCallerFailReason{"Tr104SmultCallerFailReason", "pFailReason",
                                [](const char *name, int port, const Tr104SmultParam &b, void *v) {
-                                   const char *text = textOf(kCallerFail, std::size(kCallerFail), b.unCallerFailCode);
-                                   if (*text != '\0') {
-                                       std::strncpy(static_cast<char *>(v), text, 32);
-                                   }
-                                   TR104_DEBUG_AS(name, "get port[%d] Smult caller fail reason [%s].\n", port, text);
+                                   putReason(name, port, textOf(kCallerFail, std::size(kCallerFail), b.unCallerFailCode), v,
+                                             "get port[%d] Smult caller fail reason [%s].\n");
                                }};
 const Answer kCalledFailReason{"Tr104SmultCalledFailReason", "pFailReason",
                                [](const char *name, int port, const Tr104SmultParam &b, void *v) {
-                                   const char *text = textOf(kCalledFail, std::size(kCalledFail), b.unCalledFailCode);
-                                   if (*text != '\0') {
-                                       std::strncpy(static_cast<char *>(v), text, 32);
-                                   }
-                                   TR104_DEBUG_AS(name, "get port[%d] Smult called fail reason [%s].\n", port, text);
+                                   putReason(name, port, textOf(kCalledFail, std::size(kCalledFail), b.unCalledFailCode), v,
+                                             "get port[%d] Smult called fail reason [%s].\n");
                                }};
 // The test type comes from port 1's entry whatever port is asked; the block is the port's own.
 const Answer kFailedRspCode{"Tr104SmultFailedRspCode", "pFailedRspCode",
@@ -259,11 +259,10 @@ TR104_API int getSmultParam(Tr104SmultParam *pSultParam) {
 }
 
 TR104_API int Tr104SmultTestType(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pTestType", Scope::PortNamedLine, Access::GetSet}, nFlag, pValue, nLocate);
-    if (rc != TR104_OK) {
-        return rc;
+    const int port = checkedPort({__func__, "pTestType", Scope::PortNamedLine, Access::GetSet}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
     }
-    const int port = portOf(nLocate);
     int32_t &type = gSmultTestType[port - 1];
     if (nFlag == 0) {
         const char *text = type == TR104_SMULT_CALLED ? "Called" : type == TR104_SMULT_CALLER ? "Caller" : "None";
