@@ -210,6 +210,10 @@ inline int runLineTest(const AreaContext &ctx, const std::vector<std::string> &a
         std::fprintf(stderr, "tr104ctl linetest: --port 1 or 2 is required\n");
         return 2;
     }
+    if (selector.find("SimulateTest") != std::string::npos) {
+        std::fprintf(stderr, "tr104ctl linetest: '%s' is a simulated call: use tr104ctl simcall\n", selector.c_str());
+        return 2;
+    }
     const PortCall call{ctx.lib, port};
     if (!call.ok("Tr104PhysicalInterfaceTestSelector", true, selector)) {
         return 1;
