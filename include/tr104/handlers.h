@@ -75,6 +75,8 @@ TR104_API int Tr104LineTotalPotsOffHookTimer(int nFlag, void *pValue, int *nLoca
 TR104_API int Tr104SessionLocalRtpPort(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104FarEndIPAddress(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104FarEndUDPPort(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104PhysicalInterfaceTestDialToneDrawTime(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104PhysicalInterfaceReversePole(int nFlag, void *pValue, int *nLocate);
 
 /* SIP only */
 TR104_API int Tr104LineCodecList(int nFlag, void *pValue, int *nLocate);

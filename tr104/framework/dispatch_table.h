@@ -68,7 +68,9 @@
     X(Tr104LineTotalPotsOffHookTimer) \
     X(Tr104SessionLocalRtpPort) \
     X(Tr104FarEndIPAddress) \
-    X(Tr104FarEndUDPPort)
+    X(Tr104FarEndUDPPort) \
+    X(Tr104PhysicalInterfaceTestDialToneDrawTime) \
+    X(Tr104PhysicalInterfaceReversePole)
 
 // SIP only
 #define TR104_SIP_ONLY_WRAPPERS(X) \

@@ -1,0 +1,653 @@
+// Line tests: the selector and state of each port, the thresholds the agent writes, the
+// measurements of the outer and inner line tests, the flag words derived from them and the
+// conclusion.  The tests run in the voice module; the library starts them and follows their
+// progress per port.
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "tr104/linetest/linetest_internal.h"
+
+TR104_API char gTestSelector[TR104_LINETEST_PORTS][TR104_LINETEST_TEXT_LEN] = {"Outer_Line_Test", "Outer_Line_Test"};
+TR104_API char gTestState[TR104_LINETEST_PORTS][TR104_LINETEST_TEXT_LEN] = {"None", "None"};
+TR104_API int32_t gTestProgess[TR104_LINETEST_PORTS];
+TR104_API int32_t gIsTestOnBusy[TR104_LINETEST_PORTS];
+TR104_API int32_t gVDCHazardousThreshold[TR104_LINETEST_PORTS];
+TR104_API int32_t gVACHazardousThreshold[TR104_LINETEST_PORTS];
+TR104_API int32_t gVDCForeignThreshold[TR104_LINETEST_PORTS];
+TR104_API int32_t gVACForeignThreshold[TR104_LINETEST_PORTS];
+TR104_API int32_t gABGResistanceThreshold[TR104_LINETEST_PORTS];
+TR104_API int32_t gABResistanceThreshold[TR104_LINETEST_PORTS];
+TR104_API int32_t gRingerEquivalenceMin[TR104_LINETEST_PORTS];
+TR104_API int32_t gRingerEquivalenceMax[TR104_LINETEST_PORTS];
+TR104_API int32_t gDBDT1[TR104_LINETEST_PORTS];
+TR104_API int32_t gDBDT2[TR104_LINETEST_PORTS];
+TR104_API int32_t gDBDT3[TR104_LINETEST_PORTS];
+TR104_API int32_t gDBDT4[TR104_LINETEST_PORTS];
+TR104_API int32_t gDialToneFrequency1[TR104_LINETEST_PORTS];
+TR104_API int32_t gDialToneFrequency2[TR104_LINETEST_PORTS];
+TR104_API int32_t gDialToneFrequency3[TR104_LINETEST_PORTS];
+TR104_API int32_t gDialTonePowerThreshold[TR104_LINETEST_PORTS];
+TR104_API int32_t gQuietChannelPowerThreshold[TR104_LINETEST_PORTS];
+
+namespace tr104::linetest {
+
+int readOuter(const char *name, int port, Tr104OuterLineResult *rec) {
+    *rec = Tr104OuterLineResult{};
+    rec->ucPort = static_cast<uint8_t>(port);
+    return readRecord(name, rec, sizeof(*rec), GET_OUTER_LINE_TEST_ID);
+}
+
+int readInner(const char *name, int port, Tr104InnerLineResult *rec) {
+    *rec = Tr104InnerLineResult{};
+    rec->ucPort = static_cast<uint8_t>(port);
+    return readRecord(name, rec, sizeof(*rec), GET_INNER_LINE_TEST_ID);
+}
+
+// The texts fill their 16 bytes and may have no terminator: they are bounded first.
+int decimal(const char *field) {
+    char text[TR104_MEASURE_LEN + 1] = {};
+    std::memcpy(text, field, TR104_MEASURE_LEN);
+    // Converted as a wide integer and held to the range of an int, so that a value out of range
+    // reads the same on the 32-bit device and on a 64-bit host.
+    const long long value = std::strtoll(text, nullptr, 10);
+    return value > INT32_MAX ? INT32_MAX : value < INT32_MIN ? INT32_MIN : static_cast<int>(value);
+}
+
+float decimalFloat(const char *field) {
+    char text[TR104_MEASURE_LEN + 1] = {};
+    std::memcpy(text, field, TR104_MEASURE_LEN);
+    return std::strtof(text, nullptr);
+}
+
+namespace {
+
+// ---- Thresholds and per-port flags held in library memory --------------------------------------
+
+#define TR104_THRESHOLD(handler, global)                                                                        \
+    Held {                                                                                                     \
+        {handler, "p" #global, Scope::Port, Access::GetSet}, g##global, Accept::Any, false,                    \
+            "get nLocate[1]=%d, *p" #global "[%d]\n", "set nLocate[1]=%d, *p" #global "[%d]\n"                 \
+    }
+
+const Held kThresholds[] = {
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVDCHazardousThreshold", VDCHazardousThreshold),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVACHazardousThreshold", VACHazardousThreshold),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVDCForeignThreshold", VDCForeignThreshold),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVACForeignThreshold", VACForeignThreshold),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestABGResistanceThreshold", ABGResistanceThreshold),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestABResistanceThreshold", ABResistanceThreshold),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestRingerEquivalenceMin", RingerEquivalenceMin),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestRingerEquivalenceMax", RingerEquivalenceMax),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT1", DBDT1),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT2", DBDT2),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT3", DBDT3),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT4", DBDT4),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency1", DialToneFrequency1),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency2", DialToneFrequency2),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency3", DialToneFrequency3),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDialTonePowerThreshold", DialTonePowerThreshold),
+    TR104_THRESHOLD("Tr104PhysicalInterfaceTestQuietChannelPowerThreshold", QuietChannelPowerThreshold),
+};
+#undef TR104_THRESHOLD
+
+const Held kIsTestOnBusy{{"Tr104PhysicalInterfaceIsTestOnBusy", "pIsTestOnBusy", Scope::Port, Access::GetSet},
+                         gIsTestOnBusy, Accept::Any, true, "get *pIsTestOnBusy[%d]\n",
+                         "set *pIsTestOnBusy[%d], nLocate[1]=%d\n"};
+
+// ---- Measurements ------------------------------------------------------------------------------
+
+enum class Kind : uint8_t { Integer, Text, Float, PassedWhenZero };
+
+struct Measure {
+    const char *name;
+    bool inner;       // inner-line record (8217), else outer-line (8216)
+    uint16_t offset;  // field in the record
+    Kind kind;
+    const char *field;  // the field's debug name
+    const char *label;  // short name in the messages
+};
+
+#define TR104_OUTER(handler, member, kind, label) \
+    Measure { handler, false, offsetof(Tr104OuterLineResult, member), kind, #member, label }
+#define TR104_INNER(handler, member, kind, label) \
+    Measure { handler, true, offsetof(Tr104InnerLineResult, member), kind, #member, label }
+
+const Measure kMeasures[] = {
+    TR104_OUTER("Tr104PhysicalInterfaceTestAGDCVoltage", aGroundDCVoltage, Kind::Integer, "AGDCVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestBGDCVoltage", bGroundDCVoltage, Kind::Integer, "BGDCVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABDCVoltage", abDCVoltage, Kind::Integer, "ABDCVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestAGInsulationResistance", aGroundInsulationResistance, Kind::Integer,
+                "AGInsulationResistance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestBGInsulationResistance", bGroundInsulationResistance, Kind::Integer,
+                "BGInsulationResistance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABInsulationResistance", abInsulationResistance, Kind::Integer,
+                "ABInsulationResistance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABPolarityReversalResistance", abPolarityReversalResistance,
+                Kind::Integer, "ABPolarityReversalResistance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestAGCapacitance", aGroundCapacitance, Kind::Integer, "AGCapacitance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestBGCapacitance", bGroundCapacitance, Kind::Integer, "BGCapacitance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABCapacitance", abCapacitance, Kind::Integer, "ABCapacitance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestAGACVoltage", aGroundACVoltage, Kind::Integer, "AGACVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestBGACVoltage", bGroundACVoltage, Kind::Integer, "BGACVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABACVoltage", abACVoltage, Kind::Integer, "ABACVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABLoopResistance", loopResistance, Kind::Integer, "ABLoopResistance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestRingerEquivalence", ringerEquivalentNumber, Kind::Integer,
+                "RingerEquivalence"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestAGACVoltage2", aGroundACVoltage, Kind::Text, "AGACVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestBGACVoltage2", bGroundACVoltage, Kind::Text, "BGACVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABACVoltage2", abACVoltage, Kind::Text, "ABACVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestAGDCVoltage2", aGroundDCVoltage, Kind::Text, "AGDCVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestBGDCVoltage2", bGroundDCVoltage, Kind::Text, "BGDCVoltage"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABDCVoltage2", abDCVoltage, Kind::Text, "ABDCVoltage"),
+    TR104_INNER("Tr104PhysicalInterfaceTestLoopCurrent", loopCurrent, Kind::Integer, "LoopCurrent"),
+    TR104_INNER("Tr104PhysicalInterfaceTestFeederVoltage", feederVoltage, Kind::Integer, "FeederVoltage"),
+    TR104_INNER("Tr104PhysicalInterfaceTestSignalToneVolume", signalToneVolume, Kind::Float, "SignalToneVolume"),
+    TR104_INNER("Tr104PhysicalInterfaceTestSignalToneFrequency", signalToneFrequency, Kind::Integer,
+                "SignalToneFrequency"),
+    TR104_INNER("Tr104PhysicalInterfaceTestRingingCurrentVoltage", ringingCurrentVoltage, Kind::Integer,
+                "RingingCurrentVoltage"),
+    TR104_INNER("Tr104PhysicalInterfaceTestQuietChannelPower", quietChannelPower, Kind::Float, "QuietChannelPower"),
+    TR104_INNER("Tr104PhysicalInterfaceTestSignalToneState", ucSignalToneState, Kind::PassedWhenZero,
+                "SignalToneState"),
+    // The loop-current state reads the feeder-voltage state byte: the voice module reports both
+    // with that one byte.
+    TR104_INNER("Tr104PhysicalInterfaceTestFeederVoltageState", ucFeederVoltageState, Kind::PassedWhenZero,
+                "FeederVoltageState"),
+    TR104_INNER("Tr104PhysicalInterfaceTestLoopCurrentState", ucFeederVoltageState, Kind::PassedWhenZero,
+                "LoopCurrentState"),
+};
+#undef TR104_OUTER
+#undef TR104_INNER
+
+enum MeasureId : uint8_t {
+    kAGDC, kBGDC, kABDC, kAGIns, kBGIns, kABIns, kABPol, kAGCap, kBGCap, kABCap, kAGAC, kBGAC, kABAC, kLoop, kRen,
+    kAGAC2, kBGAC2, kABAC2, kAGDC2, kBGDC2, kABDC2, kLoopCurrent, kFeeder, kToneVolume, kToneFrequency, kRinging,
+    kQuietPower, kToneState, kFeederState, kLoopState,
+};
+static_assert(sizeof(kMeasures) / sizeof(kMeasures[0]) == kLoopState + 1);
+
+// Reads the record of a measurement; `raw` points at its field inside `buffer`.
+int fetch(const Measure &m, int port, char (&buffer)[sizeof(Tr104OuterLineResult)], const char **raw) {
+    int rc;
+    if (m.inner) {
+        Tr104InnerLineResult rec;
+        rc = readInner(m.name, port, &rec);
+        std::memcpy(buffer, &rec, sizeof(rec));
+    } else {
+        Tr104OuterLineResult rec;
+        rc = readOuter(m.name, port, &rec);
+        std::memcpy(buffer, &rec, sizeof(rec));
+    }
+    *raw = buffer + m.offset;
+    return rc;
+}
+
+int measure(const Measure &m, int nFlag, void *pValue, int *nLocate) {
+    const int port = checkedPort({m.name, "pValue", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
+    }
+    char buffer[sizeof(Tr104OuterLineResult)];
+    const char *raw = nullptr;
+    if (fetch(m, port, buffer, &raw) != TR104_OK) {
+        TR104_DEBUG_AS(m.name, "get line[%d] %s failed.\n", port, m.label);
+        return TR104_ERR_EXCHANGE;
+    }
+    char text[TR104_MEASURE_LEN + 1] = {};
+    std::memcpy(text, raw, m.kind == Kind::PassedWhenZero ? 1 : TR104_MEASURE_LEN);
+    switch (m.kind) {
+    case Kind::Integer:
+        TR104_DEBUG_AS(m.name, "get %s.%s [%s].\n", m.inner ? "InLineTestInfo" : "OutLineTestInfo", m.field, text);
+        putInt(pValue, decimal(raw));
+        TR104_DEBUG_AS(m.name, "get line[%d] %s [%d].\n", port, m.label, decimal(raw));
+        break;
+    case Kind::Text:
+        // The text as the voice module wrote it, 16 bytes at most (no terminator added when
+        // it fills them: the caller's buffer holds 16 bytes and more).
+        std::strncpy(static_cast<char *>(pValue), raw, TR104_MEASURE_LEN);
+        TR104_DEBUG_AS(m.name, "get line[%d] %s[%s].\n", port, m.label, text);
+        break;
+    case Kind::Float:
+        putFloat(pValue, decimalFloat(raw));
+        TR104_DEBUG_AS(m.name, "get line[%d] %s [%s].\n", port, m.label, text);
+        break;
+    case Kind::PassedWhenZero:
+        putInt(pValue, *raw == 0 ? 1 : 0);
+        break;
+    }
+    return TR104_OK;
+}
+
+// ---- Flag words --------------------------------------------------------------------------------
+
+enum class Rule : uint8_t {
+    Voltages,     // |threshold| against |A| and B with its sign: bits 5 and 2
+    Resistances,  // threshold against A and B, unsigned: bits 5 and 2
+    ABResistance, // 24 when the threshold is set and below the value, else 56
+    RingerLoad,   // 7 within min..max (max 0: no upper bound), unsigned, else 3
+    TonePower,    // 59 when the tone volume exceeds the threshold, else 63
+};
+
+struct FlagWord {
+    const char *name;
+    Rule rule;
+    const int32_t *threshold;
+    MeasureId a;
+    MeasureId b;
+};
+
+const FlagWord kVacFlags{"Tr104PhysicalInterfaceTestVACFlags", Rule::Voltages, gVACHazardousThreshold, kAGAC, kBGAC};
+const FlagWord kVdcFlags{"Tr104PhysicalInterfaceTestVDCFlags", Rule::Voltages, gVDCHazardousThreshold, kAGDC, kBGDC};
+const FlagWord kAbgFlags{"Tr104PhysicalInterfaceTestABGResistanceFlags", Rule::Resistances, gABGResistanceThreshold,
+                         kAGIns, kBGIns};
+const FlagWord kAbFlags{"Tr104PhysicalInterfaceTestABResistanceFlags", Rule::ABResistance, gABResistanceThreshold,
+                        kABIns, kABIns};
+const FlagWord kRingerFlags{"Tr104PhysicalInterfaceTestRingerLoadFlags", Rule::RingerLoad, gRingerEquivalenceMin,
+                            kRen, kRen};
+const FlagWord kToneFlags{"Tr104PhysicalInterfaceTestDialTonePowerFlags", Rule::TonePower, gDialTonePowerThreshold,
+                          kToneVolume, kToneVolume};
+
+// The two compare functions of the tone power: floating point throughout.
+bool floatAbove(float value, float threshold) { return value > threshold; }
+float asFloat(int32_t threshold) { return static_cast<float>(threshold); }
+
+// |v| as the C library's abs gives it on these machines: the most negative int stays itself.
+int magnitude(int v) { return v < 0 ? static_cast<int>(0u - static_cast<unsigned int>(v)) : v; }
+
+// Both bits set when the threshold is 0; else bit 5 cleared when the threshold is below A and
+// bit 2 when it is below B.
+int pairWord(bool thresholdSet, bool belowA, bool belowB) {
+    if (!thresholdSet) {
+        return 63;
+    }
+    return 63 & ~(belowA ? 32 : 0) & ~(belowB ? 4 : 0);
+}
+
+// The word of a port, or -1 when a measurement cannot be read.
+int computeFlags(const FlagWord &f, int port) {
+    char buffer[sizeof(Tr104OuterLineResult)];
+    const char *raw = nullptr;
+    if (fetch(kMeasures[f.a], port, buffer, &raw) != TR104_OK) {
+        return -1;
+    }
+    const int32_t threshold = f.threshold[port - 1];
+    const int a = decimal(raw);
+    const int b = decimal(buffer + kMeasures[f.b].offset);
+    switch (f.rule) {
+    case Rule::Voltages: {
+        const int t = magnitude(threshold);
+        return pairWord(t != 0, t < magnitude(a), t < b);
+    }
+    case Rule::Resistances: {
+        const auto t = static_cast<uint32_t>(threshold);
+        return pairWord(t != 0, t < static_cast<uint32_t>(a), t < static_cast<uint32_t>(b));
+    }
+    case Rule::ABResistance:
+        return threshold != 0 && static_cast<uint32_t>(threshold) < static_cast<uint32_t>(a) ? 24 : 56;
+    case Rule::RingerLoad: {
+        const auto ren = static_cast<uint32_t>(a);
+        const auto max = static_cast<uint32_t>(gRingerEquivalenceMax[port - 1]);
+        return ren >= static_cast<uint32_t>(threshold) && (max == 0 || ren <= max) ? 7 : 3;
+    }
+    case Rule::TonePower:
+        return floatAbove(decimalFloat(raw), asFloat(threshold)) ? 59 : 63;
+    }
+    return -1;
+}
+
+int flags(const FlagWord &f, int nFlag, void *pValue, int *nLocate) {
+    const int rc = check({f.name, "pFlags", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    if (rc != TR104_OK) {
+        return rc;
+    }
+    const int word = computeFlags(f, portOf(nLocate));
+    if (word < 0) {
+        TR104_DEBUG_AS(f.name, "get line[%d] flags failed.\n", portOf(nLocate));
+        return TR104_ERR_EXCHANGE;
+    }
+    putInt(pValue, word);
+    TR104_DEBUG_AS(f.name, "get line[%d] flags[%d].\n", portOf(nLocate), word);
+    return TR104_OK;
+}
+
+// ---- Selector and state ------------------------------------------------------------------------
+
+const TextCode kTestTypes[] = {
+    {"X_CU_LineTest", TR104_TEST_TYPE_OUTER},   {"PhoneConnectivityTest", TR104_TEST_TYPE_OUTER},
+    {"Outer_Line_Test", TR104_TEST_TYPE_OUTER}, {"Inner_Line_Test", TR104_TEST_TYPE_INNER},
+    {"X_ CT-COM _SimulateTest", 0},             {"X_CMCC_SimulateTest", 0},
+};
+constexpr int kSimulated = 0;
+
+// The type code of the port's selector; nullptr for an unknown text.
+const TextCode *selectedType(int port) { return findText(kTestTypes, gTestSelector[port - 1]); }
+
+void select(int port, const char *text) {
+    std::memset(gTestSelector[port - 1], 0, TR104_LINETEST_TEXT_LEN);
+    std::strncpy(gTestSelector[port - 1], text, TR104_LINETEST_TEXT_LEN - 1);
+}
+
+// "Requested": start the selected test.
+int request(const char *name, int port) {
+    if (gTestSelector[port - 1][0] == '\0') {
+        return TR104_OK;
+    }
+    const TextCode *type = selectedType(port);
+    if (type == nullptr) {
+        TR104_DEBUG_AS(name, "get port[%d] test state's type[%s] error\n", port, gTestSelector[port - 1]);
+        return TR104_ERR_EXCHANGE;
+    }
+    if (type->code == kSimulated) {
+        return setSmultParam(port);
+    }
+    gTestProgess[port - 1] = 1;
+    Tr104TestStateRecord rec{};
+    rec.ucPort = static_cast<uint8_t>(port);
+    rec.ucTestType = static_cast<uint8_t>(type->code);
+    rec.ucProgress = gIsTestOnBusy[port - 1] == 1 ? TR104_TEST_BUSY_ALLOWED : TR104_TEST_BUSY_REFUSED;
+    if (sendRecord(name, &rec, sizeof(rec), SET_PORT_TEST_STATE_ID) != TR104_OK) {
+        say(name, "SET_PORT_TEST_STATE_ID msg snd failed.\n");
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+// The state of a line test started by this library: asks the voice module how far it got.
+int lineTestState(const char *name, int port, void *pValue) {
+    Tr104TestStateRecord rec{};
+    rec.ucPort = static_cast<uint8_t>(port);
+    if (readRecord(name, &rec, sizeof(rec), GET_PORT_TEST_STATE_ID) != TR104_OK) {
+        TR104_DEBUG_AS(name, "get port[%d] test state error \n", port);
+        return TR104_ERR_EXCHANGE;
+    }
+    const char *state = "Error_TestNotSupported";
+    if (rec.ucProgress == TR104_TEST_PROGRESS_TESTING) {
+        state = "Testing";
+    } else {
+        if (rec.ucProgress == TR104_TEST_PROGRESS_FINISHED && rec.ucResult == 0) {
+            state = "Complete";
+        }
+        gTestProgess[port - 1] = 0;
+    }
+    std::memset(gTestState[port - 1], 0, TR104_LINETEST_TEXT_LEN);
+    std::strcpy(gTestState[port - 1], state);
+    putText(pValue, state);
+    TR104_DEBUG_AS(name, "get port[%d] test state[%s]\n", port, state);
+    return TR104_OK;
+}
+
+int getState(const char *name, int port, void *pValue) {
+    if (gTestSelector[port - 1][0] == '\0') {
+        putText(pValue, "None");
+        return TR104_OK;
+    }
+    const TextCode *type = selectedType(port);
+    if (type == nullptr) {
+        TR104_DEBUG_AS(name, "get port[%d] test state's type[%s] error\n", port, gTestSelector[port - 1]);
+        return TR104_ERR_EXCHANGE;
+    }
+    if (type->code == kSimulated) {
+        const char *status = smultStatusText(name, port);
+        if (status == nullptr) {
+            TR104_DEBUG_AS(name, "get port[%d] smult test state error\n", port);
+            return TR104_ERR_EXCHANGE;
+        }
+        // Copied without the terminator, as the simulated-call texts are.
+        putBare(pValue, std::strcmp(status, "Testend") == 0 ? "Complete"
+                        : std::strcmp(status, "Idle") == 0  ? "None"
+                                                            : "Requested");
+        return TR104_OK;
+    }
+    switch (gTestProgess[port - 1]) {
+    case 0:
+        putText(pValue, gTestState[port - 1]);
+        return TR104_OK;
+    case 1:
+        return lineTestState(name, port, pValue);
+    default:
+        return TR104_ERR_EXCHANGE;
+    }
+}
+
+const TextCode kConclusions[] = {
+    {"Normal", 0},
+    {"ABLinePoorInsulation", '1'},
+    {"PhoneDisconnect", '2'},
+    {"BothLoopLineMixOther", '3'},
+    {"BothLineGrouding", '4'},
+    {"PowerLineContacted", '5'},
+    {"BothLineLeakageToGround", '6'},
+    {"PhoneOffhook", '7'},
+    {"ShortCircuit", '8'},
+};
+
+// Waits of the end handlers: in the caller's thread, then 0.
+int endWait(const char *name, int seconds, const char *message, int nFlag, void *pValue, int *nLocate) {
+    const int rc = check({name, "pValue", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    if (rc != TR104_OK) {
+        return rc;
+    }
+    say(name, message);
+    sleep(static_cast<unsigned int>(seconds));
+    putInt(pValue, 0);
+    return TR104_OK;
+}
+
+// Always 1; a set is accepted and ignored.
+struct Fixed {
+    const char *name;
+    const char *getDone;
+    const char *setDone;
+};
+int fixedOne(const Fixed &f, int nFlag, void *pValue, int *nLocate) {
+    const int rc = check({f.name, "pValue", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    if (rc != TR104_OK) {
+        return rc;
+    }
+    if (nFlag == 0) {
+        putInt(pValue, 1);
+        TR104_DEBUG_AS(f.name, f.getDone, portOf(nLocate), 1);
+    } else {
+        TR104_DEBUG_AS(f.name, f.setDone, portOf(nLocate));
+    }
+    return TR104_OK;
+}
+
+int selectAndRequest(const char *name, int port, const char *selector) {
+    select(port, selector);
+    return request(name, port);
+}
+
+}  // namespace
+}  // namespace tr104::linetest
+
+using namespace tr104::linetest;
+
+extern "C" __attribute__((weak)) int Tr104PhysicalInterfaceTestIsDeviceBusySip(int, void *, int *);
+
+TR104_API int Tr104PhysicalInterfaceTestSelector(int nFlag, void *pValue, int *nLocate) {
+    const int port = checkedPort({__func__, "pTestSelector", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
+    }
+    if (nFlag == 0) {
+        putText(pValue, gTestSelector[port - 1]);
+        TR104_DEBUG("get pTestSelector[%s]\n", gTestSelector[port - 1]);
+        return TR104_OK;
+    }
+    // Not checked here: an unknown selector is refused when the test is requested.  The entry
+    // keeps its terminator (31 characters at most).
+    select(port, static_cast<const char *>(pValue));
+    TR104_DEBUG("set pTestSelector[%s], nLocate[1]=%d\n", gTestSelector[port - 1], port);
+    return TR104_OK;
+}
+
+TR104_API int Tr104PhysicalInterfaceTestState(int nFlag, void *pValue, int *nLocate) {
+    const int port = checkedPort({__func__, "pTestState", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
+    }
+    if (nFlag == 0) {
+        return getState(__func__, port, pValue);
+    }
+    const char *text = static_cast<const char *>(pValue);
+    if (std::strcmp(text, "Stop") == 0) {
+        // A stop ends a simulated call; for a line test it starts the test again.
+        int32_t &type = gSmultTestType[port - 1];
+        type = type == TR104_SMULT_CALLED ? TR104_SMULT_CALLED_STOPPED : TR104_SMULT_CALLER_STOPPED;
+    } else if (std::strcmp(text, "Requested") != 0) {
+        say(__func__, "param error, test state must be Requested or Stop.\n");
+        return TR104_ERR_PARAM;
+    }
+    return request(__func__, port);
+}
+
+TR104_API int Tr104PhysicalInterfaceIsTestOnBusy(int nFlag, void *pValue, int *nLocate) {
+    return held(kIsTestOnBusy, nFlag, pValue, nLocate);
+}
+
+// Whether the port is busy is the signalling stack's to say: under SIP the SIP handlers answer
+// it; under H.248 the value is left as it is and 0 returned.
+TR104_API int Tr104PhysicalInterfaceTestIsDeviceBusy(int nFlag, void *pValue, int *nLocate) {
+    const int protocol = gTr104CurrProtocolType;
+    if (protocol == TR104_PROTOCOL_SIP) {
+        return Tr104PhysicalInterfaceTestIsDeviceBusySip != nullptr
+                   ? Tr104PhysicalInterfaceTestIsDeviceBusySip(nFlag, pValue, nLocate)
+                   : TR104_ERR_EXCHANGE;
+    }
+    return protocol == TR104_PROTOCOL_H248 ? TR104_OK : TR104_ERR_EXCHANGE;
+}
+
+TR104_API int Tr104PhysicalInterfaceAllTests(int nFlag, void *pValue, int *nLocate) {
+    const int port = checkedPort({__func__, "pAllTests", Scope::Port, Access::SetOnly}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
+    }
+    if (selectAndRequest(__func__, port, "Outer_Line_Test") != TR104_OK ||
+        selectAndRequest(__func__, port, "Inner_Line_Test") != TR104_OK) {
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+TR104_API int Tr104PhysicalInterfaceTestHazardousPotential(int nFlag, void *pValue, int *nLocate) {
+    const int port = checkedPort({__func__, "pHazardousPotential", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
+    }
+    if (nFlag == 1) {
+        return selectAndRequest(__func__, port, "Outer_Line_Test") == TR104_OK ? TR104_OK : TR104_ERR_EXCHANGE;
+    }
+    const int dc = computeFlags(kVdcFlags, port);
+    const int ac = dc < 0 ? -1 : computeFlags(kVacFlags, port);
+    if (ac < 0) {
+        putInt(pValue, 0);
+        return TR104_ERR_EXCHANGE;
+    }
+    putInt(pValue, dc == 63 && ac == 63 ? 1 : 0);
+    return TR104_OK;
+}
+
+TR104_API int Tr104PhysicalInterfaceTestEnd(int nFlag, void *pValue, int *nLocate) {
+    return endWait(__func__, 30, "\n sleep 30 second\n", nFlag, pValue, nLocate);
+}
+
+TR104_API int Tr104PhysicalInterfaceAllTestsEnd(int nFlag, void *pValue, int *nLocate) {
+    return endWait(__func__, 40, "\n sleep 40 second\n", nFlag, pValue, nLocate);
+}
+
+TR104_API int Tr104PhysicalInterfaceTestConclusion(int nFlag, void *pValue, int *nLocate) {
+    const int port = checkedPort({__func__, "pTestConclusion", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    if (port < 0) {
+        return port;
+    }
+    Tr104OuterLineResult rec;
+    if (readOuter(__func__, port, &rec) != TR104_OK) {
+        TR104_DEBUG("get line[%d] TestConclusion failed.\n", port);
+        return TR104_ERR_EXCHANGE;
+    }
+    // The zero byte is "Normal"; the digit characters name the faults, "0" among the others.
+    const TextCode *c = findCode(kConclusions, rec.ucConclusion);
+    const char *text = c != nullptr ? c->text : "Abnormal";
+    putText(pValue, text);
+    TR104_DEBUG("get line[%d] TestConclusion[%s] ok\n", port, text);
+    return TR104_OK;
+}
+
+TR104_API int Tr104PhysicalInterfaceTestForeignEMF(int nFlag, void *pValue, int *nLocate) {
+    return fixedOne({__func__, "get line[%d] *pForeignEMF[%d]\n", "set line[%d] ForeignEMF \n"}, nFlag, pValue,
+                    nLocate);
+}
+
+TR104_API int Tr104PhysicalInterfaceTestDcSignature(int nFlag, void *pValue, int *nLocate) {
+    return fixedOne({__func__, "get line[%d] *pDcSignature[%d]\n", "set line[%d] pDcSignature \n"}, nFlag, pValue,
+                    nLocate);
+}
+
+// One line per handler, naming its descriptor.
+#define TR104_HELD(handler, index) \
+    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { return held(kThresholds[index], nFlag, pValue, nLocate); }
+TR104_HELD(Tr104PhysicalInterfaceTestVDCHazardousThreshold, 0)
+TR104_HELD(Tr104PhysicalInterfaceTestVACHazardousThreshold, 1)
+TR104_HELD(Tr104PhysicalInterfaceTestVDCForeignThreshold, 2)
+TR104_HELD(Tr104PhysicalInterfaceTestVACForeignThreshold, 3)
+TR104_HELD(Tr104PhysicalInterfaceTestABGResistanceThreshold, 4)
+TR104_HELD(Tr104PhysicalInterfaceTestABResistanceThreshold, 5)
+TR104_HELD(Tr104PhysicalInterfaceTestRingerEquivalenceMin, 6)
+TR104_HELD(Tr104PhysicalInterfaceTestRingerEquivalenceMax, 7)
+TR104_HELD(Tr104PhysicalInterfaceTestDBDT1, 8)
+TR104_HELD(Tr104PhysicalInterfaceTestDBDT2, 9)
+TR104_HELD(Tr104PhysicalInterfaceTestDBDT3, 10)
+TR104_HELD(Tr104PhysicalInterfaceTestDBDT4, 11)
+TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency1, 12)
+TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency2, 13)
+TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency3, 14)
+TR104_HELD(Tr104PhysicalInterfaceTestDialTonePowerThreshold, 15)
+TR104_HELD(Tr104PhysicalInterfaceTestQuietChannelPowerThreshold, 16)
+#undef TR104_HELD
+
+#define TR104_MEASURE(handler, id) \
+    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { return measure(kMeasures[id], nFlag, pValue, nLocate); }
+TR104_MEASURE(Tr104PhysicalInterfaceTestAGDCVoltage, kAGDC)
+TR104_MEASURE(Tr104PhysicalInterfaceTestBGDCVoltage, kBGDC)
+TR104_MEASURE(Tr104PhysicalInterfaceTestABDCVoltage, kABDC)
+TR104_MEASURE(Tr104PhysicalInterfaceTestAGInsulationResistance, kAGIns)
+TR104_MEASURE(Tr104PhysicalInterfaceTestBGInsulationResistance, kBGIns)
+TR104_MEASURE(Tr104PhysicalInterfaceTestABInsulationResistance, kABIns)
+TR104_MEASURE(Tr104PhysicalInterfaceTestABPolarityReversalResistance, kABPol)
+TR104_MEASURE(Tr104PhysicalInterfaceTestAGCapacitance, kAGCap)
+TR104_MEASURE(Tr104PhysicalInterfaceTestBGCapacitance, kBGCap)
+TR104_MEASURE(Tr104PhysicalInterfaceTestABCapacitance, kABCap)
+TR104_MEASURE(Tr104PhysicalInterfaceTestAGACVoltage, kAGAC)
+TR104_MEASURE(Tr104PhysicalInterfaceTestBGACVoltage, kBGAC)
+TR104_MEASURE(Tr104PhysicalInterfaceTestABACVoltage, kABAC)
+TR104_MEASURE(Tr104PhysicalInterfaceTestABLoopResistance, kLoop)
+TR104_MEASURE(Tr104PhysicalInterfaceTestRingerEquivalence, kRen)
+TR104_MEASURE(Tr104PhysicalInterfaceTestAGACVoltage2, kAGAC2)
+TR104_MEASURE(Tr104PhysicalInterfaceTestBGACVoltage2, kBGAC2)
+TR104_MEASURE(Tr104PhysicalInterfaceTestABACVoltage2, kABAC2)
+TR104_MEASURE(Tr104PhysicalInterfaceTestAGDCVoltage2, kAGDC2)
+TR104_MEASURE(Tr104PhysicalInterfaceTestBGDCVoltage2, kBGDC2)
+TR104_MEASURE(Tr104PhysicalInterfaceTestABDCVoltage2, kABDC2)
+TR104_MEASURE(Tr104PhysicalInterfaceTestLoopCurrent, kLoopCurrent)
+TR104_MEASURE(Tr104PhysicalInterfaceTestFeederVoltage, kFeeder)
+TR104_MEASURE(Tr104PhysicalInterfaceTestSignalToneVolume, kToneVolume)
+TR104_MEASURE(Tr104PhysicalInterfaceTestSignalToneFrequency, kToneFrequency)
+TR104_MEASURE(Tr104PhysicalInterfaceTestRingingCurrentVoltage, kRinging)
+TR104_MEASURE(Tr104PhysicalInterfaceTestQuietChannelPower, kQuietPower)
+TR104_MEASURE(Tr104PhysicalInterfaceTestSignalToneState, kToneState)
+TR104_MEASURE(Tr104PhysicalInterfaceTestFeederVoltageState, kFeederState)
+TR104_MEASURE(Tr104PhysicalInterfaceTestLoopCurrentState, kLoopState)
+#undef TR104_MEASURE
+
+#define TR104_FLAGS(handler, word) \
+    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { return flags(word, nFlag, pValue, nLocate); }
+TR104_FLAGS(Tr104PhysicalInterfaceTestVACFlags, kVacFlags)
+TR104_FLAGS(Tr104PhysicalInterfaceTestVDCFlags, kVdcFlags)
+TR104_FLAGS(Tr104PhysicalInterfaceTestABGResistanceFlags, kAbgFlags)
+TR104_FLAGS(Tr104PhysicalInterfaceTestABResistanceFlags, kAbFlags)
+TR104_FLAGS(Tr104PhysicalInterfaceTestRingerLoadFlags, kRingerFlags)
+TR104_FLAGS(Tr104PhysicalInterfaceTestDialTonePowerFlags, kToneFlags)
+#undef TR104_FLAGS
