@@ -574,6 +574,9 @@ TEST_F(H248, WrappersReachTheVariantsUnderH248Only) {
         SCOPED_TRACE(protocol);
         gTr104CurrProtocolType = protocol;
         emulator.clearLog();
+        // Under H.248 every get prints its debug line (a wrong format would show here).
+        gTr104CfgDebug = protocol == TR104_PROTOCOL_H248;
+        testing::internal::CaptureStdout();
         for (Gateway fn : gateway) {
             std::memset(buf, 0, sizeof(buf));
             EXPECT_EQ(fn(0, buf), protocol == TR104_PROTOCOL_H248 ? 0 : -1);
@@ -592,6 +595,13 @@ TEST_F(H248, WrappersReachTheVariantsUnderH248Only) {
         EXPECT_EQ(rule, protocol == TR104_PROTOCOL_H248 ? 0 : -1);
         EXPECT_EQ(Tr104EphNameRule(0, buf, &a, &b, &c, &d), rule);
         EXPECT_EQ(Tr104EphNameRule2(0, buf, &a, &b, &c), rule);
+        gTr104CfgDebug = 0;
+        const std::string out = testing::internal::GetCapturedStdout();
+        if (protocol == TR104_PROTOCOL_H248) {
+            EXPECT_NE(out.find("[Tr104EphemeralTermIDNameH248,"), std::string::npos);
+            EXPECT_NE(out.find("get Line [1] Hook Status[OnHook]\n"), std::string::npos) << out;
+            EXPECT_NE(out.find("get ngn send reply [0]\n"), std::string::npos);
+        }
         // Under any other protocol no H.248 command goes out.
         for (const vmemu::Request &r : emulator.requests()) {
             EXPECT_TRUE(protocol == TR104_PROTOCOL_H248 || r.cmd < 12289 || r.cmd > 12399) << r.cmd;

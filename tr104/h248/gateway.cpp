@@ -97,7 +97,7 @@ const BlockValue kEphStart{gw("Tr104EphemeralTermIDStartVlaueH248", "pStartValue
 // The instance name of a get: instance 0 (allowed, below 3) names no instance.
 const BlockValue kEphInstanceName{{"Tr104EphemeralTermIDNameH248", "pEphName", Locate::LineOrAll, Access::GetOnly},
                           &kEphName, TR104_H248_EPH_NAME_OFFSET, TR104_H248_EPH_NAME_LEN, Conv::Text, 0, 0, 0, nullptr,
-                          Where::Instance, 1, 0, nullptr, 0, nullptr, "nFlag[0], pEphName[%s], nLocate[2][%d]\n"};
+                          Where::Instance, 1, 0, nullptr, 0, nullptr, "nFlag[%d], pEphName[%s], nLocate[2][%d]\n"};
 const BlockValue kEphFirstName{gw("Tr104EphemeralTermIDFirstNameH248", "pEphName", Access::GetOnly), &kEphName,
                                TR104_H248_EPH_FIRST_NAME_OFFSET,
                                sizeof(Tr104H248EphNameBlock) - TR104_H248_EPH_FIRST_NAME_OFFSET, Conv::Text, 0, 0, 0,

@@ -104,6 +104,8 @@ void printDone(const BlockValue &v, int nFlag, int line, const void *pValue) {
         } else {
             TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%d]\n", nFlag, v.sig.valueName, intValue(pValue));
         }
+    } else if (v.where == Where::Instance) {
+        TR104_DEBUG_AS(v.sig.name, v.done, nFlag, static_cast<const char *>(pValue), line);
     } else if (isLine(v.where)) {
         if (text) {
             TR104_DEBUG_AS(v.sig.name, v.done, line, static_cast<const char *>(pValue));
