@@ -34,9 +34,11 @@ inline int status(const AreaContext &context, const std::vector<std::string> &ar
     };
     static const DemoStep kLines[] = {
         {"Tr104LineRegStatusH248", false, nullptr, 1, ""},
-        {"Tr104LineTotalCallTimesH248", false, nullptr, 1, "connected calls, incoming and outgoing"},
+        {"Tr104LineIncomingCallsConnectedH248", false, nullptr, 1, ""},
+        {"Tr104LineOutgoingCallsConnectedH248", false, nullptr, 1, ""},
         {"Tr104LineRegStatusH248", false, nullptr, 2, ""},
-        {"Tr104LineTotalCallTimesH248", false, nullptr, 2, ""},
+        {"Tr104LineIncomingCallsConnectedH248", false, nullptr, 2, ""},
+        {"Tr104LineOutgoingCallsConnectedH248", false, nullptr, 2, ""},
     };
     const int problems = runSection(context.lib, "H.248 gateway", kGateway) + runSection(context.lib, "lines", kLines);
     return problems == 0 ? 0 : 1;
