@@ -55,6 +55,18 @@ TR104_SIP_ONLY_WRAPPERS(STUB_SIP)
 TR104_SIP_TOLERATED_WRAPPERS(STUB_SIP)
 TR104_H248_ONLY_WRAPPERS(STUB_H248)
 TR104_CHANGE_NOTIFY_WRAPPERS(STUB_NOTIFY)
+#define STUB_H248_GATEWAY(name) \
+    extern "C" int name##H248(int f, void *v) { return record(#name "H248", f, v, nullptr, kH248Answer); }
+TR104_H248_GATEWAY_WRAPPERS(STUB_H248_GATEWAY)
+extern "C" int Tr104PhyNameRuleH248(int f, char *p, uint32_t *, uint32_t *, uint32_t *) {
+    return record("Tr104PhyNameRuleH248", f, p, nullptr, kH248Answer);
+}
+extern "C" int Tr104EphNameRuleH248(int f, char *p, uint32_t *, uint32_t *, uint32_t *, uint32_t *) {
+    return record("Tr104EphNameRuleH248", f, p, nullptr, kH248Answer);
+}
+extern "C" int Tr104EphNameRule2H248(int f, char *p, uint32_t *, uint32_t *, uint32_t *) {
+    return record("Tr104EphNameRule2H248", f, p, nullptr, kH248Answer);
+}
 STUB_SIP(Tr104LineCallerIdFlag)
 STUB_SIP(Tr104PhyReferenceList)
 
@@ -148,6 +160,40 @@ TEST_P(DispatchTest, EveryWrapperFollowsItsFamily) {
             EXPECT_EQ(calls[0].pValue, &value) << w.name;
             EXPECT_EQ(calls[0].nLocate, locate) << w.name;
         }
+    }
+}
+
+// Gateway-wide H.248 wrappers take two arguments; the naming rules their fields' pointers.
+TEST_P(DispatchTest, TwoArgumentAndNamingRuleWrappersReachOnlyTheH248Variant) {
+    using Gateway = int (*)(int, void *);
+    struct Row {
+        const char *name;
+        Gateway fn;
+    };
+#define ROW_GATEWAY(name) Row{#name, name},
+    const Row rows[] = {TR104_H248_GATEWAY_WRAPPERS(ROW_GATEWAY)};
+#undef ROW_GATEWAY
+    const bool h248 = GetParam() == TR104_PROTOCOL_H248;
+    char text[16] = "";
+    uint32_t a = 0, b = 0, c = 0, d = 0, e = 0;
+    std::vector<std::pair<std::string, int>> results;
+    for (const Row &r : rows) {
+        calls.clear();
+        results.emplace_back(r.name, r.fn(1, text));
+    }
+    calls.clear();
+    results.emplace_back("Tr104PhyNameRule", Tr104PhyNameRule(1, text, &a, &b, &c));
+    results.emplace_back("Tr104EphNameRule", Tr104EphNameRule(1, text, &a, &b, &c, &d));
+    results.emplace_back("Tr104EphNameRule2", Tr104EphNameRule2(1, text, &a, &b, &e));
+    for (const auto &[name, result] : results) {
+        EXPECT_EQ(result, h248 ? kH248Answer : -1) << name;
+    }
+    if (h248) {
+        ASSERT_EQ(calls.size(), 3u);
+        EXPECT_EQ(calls[2].variant, "Tr104EphNameRule2H248");
+        EXPECT_EQ(calls[2].pValue, text);
+    } else {
+        EXPECT_TRUE(calls.empty());
     }
 }
 

@@ -86,7 +86,7 @@ inline int runDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
 
     std::printf("\n== the voice module switches to H.248 (inbound command 3), then back to SIP\n");
     static const DemoStep kUnderH248[] = {
-        {"Tr104LineEnable", false, nullptr, 1, "the H.248 variant; -1 while the library has none"},
+        {"Tr104LineEnable", false, nullptr, 1, "the H.248 variant"},
         {"Tr104LineCallerIdFlag", false, nullptr, 1, "answered by the wrapper under H.248"},
         {"Tr104LineCodecList", false, nullptr, 1, "SIP only"},
     };

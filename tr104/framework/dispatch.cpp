@@ -51,6 +51,16 @@ inline Route routeFor(const Family &family, int protocol) {
     }
 }
 
+// An H.248-only wrapper with any argument list: the variant, or -1 under any other protocol.
+template <typename... Args>
+inline int dispatchH248(int (*h248)(Args...), Args... args) {
+    const int protocol = gTr104CurrProtocolType;
+    if (protocol == TR104_PROTOCOL_H248 && h248 != nullptr) {
+        return h248(args...);
+    }
+    return -1;
+}
+
 inline int dispatch(const Family &family, Handler sip, Handler h248, int nFlag, void *pValue, int *nLocate) {
     const int protocol = gTr104CurrProtocolType;
     switch (routeFor(family, protocol)) {
@@ -86,6 +96,12 @@ TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WEAK_BOTH)
 TR104_SIP_ONLY_WRAPPERS(TR104_WEAK_SIP)
 TR104_SIP_TOLERATED_WRAPPERS(TR104_WEAK_SIP)
 TR104_H248_ONLY_WRAPPERS(TR104_WEAK_H248)
+#define TR104_WEAK_H248_GATEWAY(name) extern "C" __attribute__((weak)) int name##H248(int, void *);
+TR104_H248_GATEWAY_WRAPPERS(TR104_WEAK_H248_GATEWAY)
+extern "C" __attribute__((weak)) int Tr104PhyNameRuleH248(int, char *, uint32_t *, uint32_t *, uint32_t *);
+extern "C" __attribute__((weak)) int Tr104EphNameRuleH248(int, char *, uint32_t *, uint32_t *, uint32_t *,
+                                                          uint32_t *);
+extern "C" __attribute__((weak)) int Tr104EphNameRule2H248(int, char *, uint32_t *, uint32_t *, uint32_t *);
 TR104_CHANGE_NOTIFY_WRAPPERS(TR104_WEAK_NOTIFY)
 extern "C" __attribute__((weak)) int Tr104LineCallerIdFlagSip(int, void *, int *);
 extern "C" __attribute__((weak)) int Tr104PhyReferenceListSip(int, void *, int *);
@@ -107,6 +123,9 @@ TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WRAP_BOTH)
 TR104_SIP_ONLY_WRAPPERS(TR104_WRAP_SIP_ONLY)
 TR104_SIP_TOLERATED_WRAPPERS(TR104_WRAP_SIP_TOLERATED)
 TR104_H248_ONLY_WRAPPERS(TR104_WRAP_H248_ONLY)
+#define TR104_WRAP_H248_GATEWAY(name) \
+    extern "C" TR104_API int name(int nFlag, void *pValue) { return dispatchH248(name##H248, nFlag, pValue); }
+TR104_H248_GATEWAY_WRAPPERS(TR104_WRAP_H248_GATEWAY)
 TR104_CHANGE_NOTIFY_WRAPPERS(TR104_WRAP_NOTIFY)
 TR104_SIP_STUB_WRAPPERS(TR104_WRAP_SIP_STUB)
 
@@ -150,4 +169,20 @@ extern "C" TR104_API int Tr104PhyReferenceList(int nFlag, void *pValue, int *nLo
         return Tr104PhyReferenceListSip(nFlag, pValue, nLocate);
     }
     return -1;
+}
+
+// The naming rules pass their fields' pointers, unchanged, to the H.248 variant.
+extern "C" TR104_API int Tr104PhyNameRule(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
+                                          uint32_t *pFillFlag) {
+    return dispatchH248(Tr104PhyNameRuleH248, nFlag, pPrefix, pLength, pStart, pFillFlag);
+}
+
+extern "C" TR104_API int Tr104EphNameRule(int nFlag, char *pFirstPart, uint32_t *pStart, uint32_t *pEnd,
+                                          uint32_t *pStep, uint32_t *pFillOrNot) {
+    return dispatchH248(Tr104EphNameRuleH248, nFlag, pFirstPart, pStart, pEnd, pStep, pFillOrNot);
+}
+
+extern "C" TR104_API int Tr104EphNameRule2(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
+                                           uint32_t *pFillFlag) {
+    return dispatchH248(Tr104EphNameRule2H248, nFlag, pPrefix, pLength, pStart, pFillFlag);
 }

@@ -155,12 +155,17 @@
     X(Tr069LineCodecListCodecType) \
     X(Tr104LineCall3wayFlag)
 
-// H.248 only
+// H.248 only, per line or port
 #define TR104_H248_ONLY_WRAPPERS(X) \
+    X(Tr104PhysicalTermId) \
+    X(Tr104EphemeralTermIDName) \
+    X(Tr104PortServiceState)
+
+// H.248 only, gateway-wide: (nFlag, pValue), no third argument
+#define TR104_H248_GATEWAY_WRAPPERS(X) \
     X(Tr104ProtocolVersion) \
     X(Tr104MessageFormat) \
     X(Tr104TermId) \
-    X(Tr104PhysicalTermId) \
     X(Tr104PrimaryMGC) \
     X(Tr104PrimaryMGCPort) \
     X(Tr104SecondaryMGC) \
@@ -176,10 +181,7 @@
     X(Tr104EphemeralTermIDUniform) \
     X(Tr104EphemeralTermIDStartVlaue) \
     X(Tr104EphemeralTermIDNumber) \
-    X(Tr104EphemeralTermIDName) \
     X(Tr104EphemeralTermIDFirstName) \
-    X(Tr104EphNameRule) \
-    X(Tr104EphNameRule2) \
     X(Tr104ThreeHandShakeEnable) \
     X(Tr104LongTimer) \
     X(Tr104PendingTimer) \
@@ -197,9 +199,10 @@
     X(Tr104PhysicalTermIDPrefix) \
     X(Tr104PhysicalTermIDAddLen) \
     X(Tr104PhysicalTermIDStartVlaue) \
-    X(Tr104PhysicalTermIDUniform) \
-    X(Tr104PhyNameRule) \
-    X(Tr104PortServiceState)
+    X(Tr104PhysicalTermIDUniform)
+
+// H.248 only with several value pointers (Tr104PhyNameRule, Tr104EphNameRule,
+// Tr104EphNameRule2) are written out in dispatch.cpp.
 
 // Change notifications: SIP only, nothing under any other protocol
 #define TR104_CHANGE_NOTIFY_WRAPPERS(X) \

@@ -1,0 +1,468 @@
+// Gateway-wide H.248 configuration: the MGCs, the MID, the gateway's port, the naming rules of
+// physical and ephemeral terminations, heartbeat, transaction timers, registration and
+// authentication.  Each handler is a descriptor; the naming rules with several value pointers
+// and the MGC registration are written out.
+#include "tr104/h248/h248_internal.h"
+#include "tr104/handlers.h"
+
+namespace tr104::h248 {
+namespace {
+
+using sip::intValue;
+using sip::putInt;
+using sip::say;
+
+constexpr Signature gw(const char *name, const char *valueName, Access access = Access::GetSet) {
+    return Signature{name, valueName, Locate::None, access};
+}
+
+// ---- Blocks ------------------------------------------------------------------------------------
+
+const Block kMgc{sizeof(Tr104H248MgcBlock), GET_MGC_CFG_ID, SET_MGC_CFG_ID, "send msg SET_MGC_CFG_ID failed\n"};
+const Block kMid{sizeof(Tr104H248MidBlock), GET_MID, SET_MID, "send msg SET_MID failed\n"};
+const Block kMidMode{sizeof(Tr104H248MidBlock), GET_MID, SET_MID, "send msg SET_MID failed.\n"};
+const Block kPhyName{sizeof(Tr104H248PhyNameBlock), GET_PHY_NAME, SET_PHY_NAME, "send msg SET_PHY_NAME failed\n"};
+const Block kEphName{sizeof(Tr104H248EphNameBlock), GET_EPH_NAME, SET_EPH_NAME, "send msg SET_EPH_NAME failed\n"};
+const Block kTermId{sizeof(Tr104H248TermIdBlock), GET_SINGLE_USERNAME, SET_SINGLE_USERNAME,
+                    "send msg SET_SINGLE_USERNAME failed\n"};
+const Block kAlive{sizeof(Tr104H248AliveBlock), GET_ALIVE_PARAM, SET_ALIVE_PARAM,
+                   "send msg SET_ALIVE_PARAM failed\n"};
+const Block kTrans{sizeof(Tr104H248TransTimerBlock), GET_TRANS_TIME, SET_TRANS_TIME,
+                   "send msg SET_TRANS_TIME failed\n"};
+const Block kReg{sizeof(Tr104H248RegBlock), GET_REGMG_PARAM, SET_REGMG_PARAM, "send msg SET_REGMG_PARAM failed\n"};
+const Block kAuth{sizeof(Tr104H248AuthBlock), GET_MD5_PARAM, SET_MD5_PARAM, "send msg SET_MD5_PARAM failed\n"};
+const Block kLocalPort{sizeof(Tr104H248LocalPortBlock), GET_LOCAL_PORT, SET_LOCAL_PORT,
+                       "send msg SET_LOCAL_PORT failed\n"};
+
+constexpr uint16_t kAddr0 = offsetof(Tr104H248MgcBlock, aMgcAddr);
+constexpr uint16_t kAddr1 = kAddr0 + TR104_H248_MGC_ADDR_LEN;
+constexpr uint16_t kPort0 = offsetof(Tr104H248MgcBlock, usMgcPort);
+constexpr uint16_t kPort1 = kPort0 + 2;
+constexpr int kMaxPort = 65535;
+
+// ---- MGC block ---------------------------------------------------------------------------------
+
+const BlockValue kPrimaryMgc{gw("Tr104PrimaryMGCH248", "pPrimaryMgc"), &kMgc, kAddr0, TR104_H248_MGC_ADDR_LEN,
+                             Conv::Text, 0x1, 0, 68, "param error, pPrimaryMgc is too long\n", Where::Primary};
+const BlockValue kPrimaryMgcPort{gw("Tr104PrimaryMGCPortH248", "pPort"), &kMgc, kPort0, 2, Conv::Word, 0x2, 0,
+                                 kMaxPort, "param error, pPort[%d]\n", Where::Primary};
+const BlockValue kSecondaryMgc{gw("Tr104SecondaryMGCH248", "pSecondaryMgc"), &kMgc, kAddr1,
+                               TR104_H248_MGC_ADDR_LEN, Conv::Text, 0x1, 0, 68,
+                               "param error, pSecondaryMgc is too long\n", Where::Secondary};
+const BlockValue kSecondaryMgcPort{gw("Tr104SecondaryMGCPortH248", "pPort"), &kMgc, kPort1, 2, Conv::Word, 0x2, 0,
+                                   kMaxPort, "param error, pPort[%d]\n", Where::Secondary};
+const BlockValue kCurrMgcNum{gw("Tr104CurrMgcNumH248", "pCurrMgcNum", Access::GetOnly), &kMgc,
+                             offsetof(Tr104H248MgcBlock, unCurrMgcNum), 4, Conv::Word, 0, 0, 0, nullptr};
+const BlockValue kCurrMgcAddr{gw("Tr104CurrMgcAddrH248", "pCurrMgcAddr", Access::GetOnly), &kMgc,
+                              offsetof(Tr104H248MgcBlock, aCurrMgcAddr), sizeof(Tr104H248MgcBlock::aCurrMgcAddr),
+                              Conv::Text, 0, 0, 0, nullptr};
+const BlockValue kMgcStatus{gw("Tr104MgcStatusH248", "pMgcStatus", Access::GetOnly), &kMgc,
+                            offsetof(Tr104H248MgcBlock, unMgcStatus), 4, Conv::MgcStatus, 0, 0, 0, nullptr};
+
+// ---- Gateway identity and port -----------------------------------------------------------------
+
+const BlockValue kLocalPortValue{gw("Tr104MgLocalPortH248", "pLocalPort"), &kLocalPort,
+                                 offsetof(Tr104H248LocalPortBlock, unLocalPort), 4, Conv::Word, 0, 0, kMaxPort,
+                                 "param error, pLocalPort[%d]\n"};
+const BlockValue kMgId{gw("Tr104MgIdH248", "pMgId"), &kMid, offsetof(Tr104H248MidBlock, aMid), TR104_H248_MID_LEN,
+                       Conv::Text, 0x1, 0, 68, "param error, pMgId is too long\n"};
+const BlockValue kMgRegMode{gw("Tr104MgRegModeH248", "pMgRegMode"), &kMidMode, offsetof(Tr104H248MidBlock, unRegMode),
+                            4, Conv::Word, 0x2, 0, 2, "param error, pMgRegMode[%d]\n"};
+
+// ---- Physical and ephemeral termination naming -------------------------------------------------
+
+const BlockValue kPhyPrefix{gw("Tr104PhysicalTermIDPrefixH248", "pPrefix"), &kPhyName,
+                            offsetof(Tr104H248PhyNameBlock, aPrefix), TR104_H248_PREFIX_LEN, Conv::Text, 0x1, 0, 15,
+                            "param error, pPrefix is too long\n"};
+const BlockValue kPhyStart{gw("Tr104PhysicalTermIDStartVlaueH248", "pStartValue"), &kPhyName,
+                           offsetof(Tr104H248PhyNameBlock, unStart), 4, Conv::Word, 0x2, 0, kMaxPort,
+                           "param error, pStartValue[%d]\n"};
+const BlockValue kPhyAddLen{gw("Tr104PhysicalTermIDAddLenH248", "pAddLen"), &kPhyName,
+                            offsetof(Tr104H248PhyNameBlock, unAddLen), 4, Conv::Word, 0x4, 1, 5,
+                            "param error, pAddLen[%d]\n"};
+const BlockValue kPhyUniform{gw("Tr104PhysicalTermIDUniformH248", "pUniform"), &kPhyName,
+                             offsetof(Tr104H248PhyNameBlock, unFillFlag), 4, Conv::Inverted, 0x8, 0, 1,
+                             "param error, pUniform[%d]\n"};
+const BlockValue kEphPrefix{gw("Tr104EphemeralTermIDPrefixH248", "pPrefix"), &kEphName,
+                            offsetof(Tr104H248EphNameBlock, aPrefix), TR104_H248_PREFIX_LEN, Conv::Text, 0x1, 0, 15,
+                            "param error, pPrefix is too long\n"};
+const BlockValue kEphAddLen{gw("Tr104EphemeralTermIDAddLenH248", "pAddLen"), &kEphName,
+                            offsetof(Tr104H248EphNameBlock, unAddLen), 4, Conv::Word, 0x2, 1, 5,
+                            "param error, pAddLen[%d]\n"};
+const BlockValue kEphUniform{gw("Tr104EphemeralTermIDUniformH248", "pUniform"), &kEphName,
+                             TR104_H248_EPH_FILL_OFFSET, 4, Conv::Inverted, 0x4, 0, 1, "param error, pUniform[%d]\n"};
+const BlockValue kEphStart{gw("Tr104EphemeralTermIDStartVlaueH248", "pStartValue"), &kEphName,
+                           offsetof(Tr104H248EphNameBlock, unStart), 4, Conv::Word, 0x8, 0, kMaxPort,
+                           "param error, pStartValue[%d]\n"};
+// The instance name of a get: instance 0 (allowed, below 3) names no instance.
+const BlockValue kEphInstanceName{{"Tr104EphemeralTermIDNameH248", "pEphName", Locate::LineOrAll, Access::GetOnly},
+                          &kEphName, TR104_H248_EPH_NAME_OFFSET, TR104_H248_EPH_NAME_LEN, Conv::Text, 0, 0, 0, nullptr,
+                          Where::Instance, 1, 0, nullptr, 0, nullptr, "nFlag[%d], pEphName[%s], nLocate[2][%d]\n"};
+const BlockValue kEphFirstName{gw("Tr104EphemeralTermIDFirstNameH248", "pEphName", Access::GetOnly), &kEphName,
+                               TR104_H248_EPH_FIRST_NAME_OFFSET,
+                               sizeof(Tr104H248EphNameBlock) - TR104_H248_EPH_FIRST_NAME_OFFSET, Conv::Text, 0, 0, 0,
+                               nullptr};
+const BlockValue kPhysicalTermId{{"Tr104PhysicalTermIdH248", "pTermId", Locate::Line, Access::GetSet}, &kTermId,
+                                 offsetof(Tr104H248TermIdBlock, aTermId), TR104_H248_TERM_ID_LEN, Conv::Text, 0, 0, 32,
+                                 "param error, pTermId is too long\n", Where::Line, 1, TR104_H248_TERM_ID_LEN};
+
+// ---- Heartbeat, transaction timers, registration, authentication -------------------------------
+
+const BlockValue kHeartbeatMode{gw("Tr104HeartbeatModeH248", "pHeartbeatMode"), &kAlive,
+                                offsetof(Tr104H248AliveBlock, unMode), 4, Conv::Word, 0x10, 0, 2,
+                                "param error, pHeartbeatMode[%d]\n"};
+const BlockValue kHeartbeatCycle{gw("Tr104HeartbeatCycleH248", "pHeartbeatCycle"), &kAlive,
+                                 offsetof(Tr104H248AliveBlock, unCycle), 4, Conv::Word, 0x1, 1, kMaxPort,
+                                 "param error, pHeartbeatCycle[%d]\n"};
+const BlockValue kHeartbeatCount{gw("Tr104HeartbeatCountH248", "pHeartbeatCount"), &kAlive,
+                                 offsetof(Tr104H248AliveBlock, unCount), 4, Conv::Word, 0x2, 1, kMaxPort,
+                                 "param error, pHeartbeatCount[%d]\n"};
+const BlockValue kHeartbeatFormat{gw("Tr104HeartbeatFormatH248", "pHeartbeatFormat"), &kAlive,
+                                  offsetof(Tr104H248AliveBlock, unFormat), 4, Conv::Word, 0x8, 0, 1,
+                                  "param error, pHeartbeatFormat[%d]\n"};
+const BlockValue kHandShake{gw("Tr104ThreeHandShakeEnableH248", "pHandShakeFlag"), &kTrans,
+                            offsetof(Tr104H248TransTimerBlock, unHandShake), 4, Conv::Word, 0x10, 0, 1,
+                            "param error, pHandShakeFlag[%d]\n"};
+// The three retransmission timers: seconds here, milliseconds in the voice module.
+const BlockValue kRetranInitial{gw("Tr104RetranTimerInitialH248", "pRetranTime"), &kTrans,
+                                offsetof(Tr104H248TransTimerBlock, unRetranInitial), 4, Conv::Word, 0x1, 1, 20,
+                                "param error, pRetranTime[%d]\n", Where::None, 1000};
+const BlockValue kRetranCycle{gw("Tr104RetransmissionCycleH248", "pRetransmissionCycle"), &kTrans,
+                              offsetof(Tr104H248TransTimerBlock, unRetranCycle), 4, Conv::Word, 0x2, 1, 20,
+                              "param error, pRetransmissionCycle[%d]\n", Where::None, 1000};
+const BlockValue kRetranTime{gw("Tr104RetransmissionTimeH248", "pRetransmissionTime"), &kTrans,
+                             offsetof(Tr104H248TransTimerBlock, unRetranTime), 4, Conv::Word, 0x4, 1, 60,
+                             "param error, pRetransmissionTime[%d]\n", Where::None, 1000};
+const BlockValue kMaxRetranCount{gw("Tr104MaxRetranCountH248", "pMaxRetranCount"), &kTrans,
+                                 offsetof(Tr104H248TransTimerBlock, unMaxRetranCount), 4, Conv::Word, 0x8, 1, kMaxPort,
+                                 "param error, pMaxRetranCount[%d]\n"};
+const BlockValue kRegisterCycle{gw("Tr104MgRegisterCycleH248", "pRegisterCycle"), &kReg,
+                                offsetof(Tr104H248RegBlock, unRegisterCycle), 4, Conv::Word, 0, 1, 300,
+                                "param error, pRegisterCycle[%d]\n"};
+const BlockValue kAuthMethod{gw("Tr104AuthenticationMethH248", "pAuthMethId"), &kAuth,
+                             offsetof(Tr104H248AuthBlock, unAuthMethod), 4, Conv::Word, 0, 0, 1,
+                             "param error, pAuthMethId[%d]\n"};
+
+// ---- Values held in library memory -------------------------------------------------------------
+
+char gEncodingType[TR104_H248_ENCODING_LEN] = "ABNF";
+char gDeviceName[TR104_H248_DEVICE_NAME_LEN] = "";
+int gLongTimer = 60;
+int gPendingTimer = 10;
+int gRegisterFlag = 0;
+int gProtocolVersion = 1;
+int gMessageFormat = 0;
+
+const TextCode kEncodings[] = {{"ABNF", 0}, {"ASN.1", 1}};
+
+const HeldValue kEncodingType{gw("Tr104MessageEncodingTypeH248", "pEncodingType"), gEncodingType,
+                              sizeof(gEncodingType), true, 0, 0, false, kEncodings, 2,
+                              "param error, pEncodingType[%s]\n"};
+// Stored as given; a text longer than the buffer keeps its first 68 characters.
+const HeldValue kDeviceName{gw("Tr104DeviceNameH248", "pMgId"), gDeviceName, sizeof(gDeviceName), true, 0, 0, true};
+const HeldValue kLongTimer{gw("Tr104LongTimerH248", "pLongTime"), &gLongTimer, 4, false, 0, 0, true};
+const HeldValue kPendingTimer{gw("Tr104PendingTimerH248", "pPendingTime"), &gPendingTimer, 4, false, 0, 0, true};
+const HeldValue kRegisterFlag{gw("Tr104MgRegisterH248", "pRegisterFlag"), &gRegisterFlag, 4, false, 0, 1, false,
+                              nullptr, 0, "param error, pRegisterFlag[%d]\n"};
+const HeldValue kProtocolVersion{gw("Tr104ProtocolVersionH248", "pVersion", Access::GetOnly), &gProtocolVersion, 4,
+                                 false, 0, 0, false};
+const HeldValue kMessageFormat{gw("Tr104MessageFormatH248", "pMessageFormat", Access::GetOnly), &gMessageFormat, 4,
+                               false, 0, 0, false};
+
+// ---- Naming rules with several pointers --------------------------------------------------------
+
+constexpr const char *kPhyRule = "Tr104PhyNameRuleH248";
+constexpr const char *kEphRule = "Tr104EphNameRuleH248";
+constexpr const char *kEphRule2 = "Tr104EphNameRule2H248";
+
+int flagError(const char *name, int nFlag) {
+    if (nFlag != 0 && nFlag != 1) {
+        TR104_DEBUG_AS(name, "param error, nFlag[%d]\n", nFlag);
+        return TR104_ERR_PARAM;
+    }
+    return TR104_OK;
+}
+
+// Where a masked naming rule keeps its four values.
+struct NameRule {
+    const char *name;
+    const Block *block;
+    uint16_t prefix, length, start, fill;
+    uint16_t mask;  // the four bits at once
+};
+const NameRule kPhyNameRule{kPhyRule,
+                            &kPhyName,
+                            offsetof(Tr104H248PhyNameBlock, aPrefix),
+                            offsetof(Tr104H248PhyNameBlock, unAddLen),
+                            offsetof(Tr104H248PhyNameBlock, unStart),
+                            offsetof(Tr104H248PhyNameBlock, unFillFlag),
+                            0xF};
+const NameRule kEphNameRule2{kEphRule2,
+                             &kEphName,
+                             offsetof(Tr104H248EphNameBlock, aPrefix),
+                             offsetof(Tr104H248EphNameBlock, unAddLen),
+                             offsetof(Tr104H248EphNameBlock, unStart),
+                             TR104_H248_EPH_FILL_OFFSET,
+                             0xF};
+
+uint32_t wordAt(const char *data, uint16_t offset) {
+    uint32_t v;
+    std::memcpy(&v, data + offset, sizeof(v));
+    return v;
+}
+void putWord(char *data, uint16_t offset, uint32_t v) { std::memcpy(data + offset, &v, sizeof(v)); }
+
+int maskedRule(const NameRule &r, int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
+               uint32_t *pFillFlag) {
+    if (pPrefix == nullptr || pLength == nullptr || pStart == nullptr || pFillFlag == nullptr) {
+        say(r.name, "param error, param is null\n");
+        return TR104_ERR_PARAM;
+    }
+    if (const int rc = flagError(r.name, nFlag); rc != TR104_OK) {
+        return rc;
+    }
+    alignas(4) char data[TR104_CFG_BUFFER_LEN] = {};
+    if (nFlag == 0) {
+        if (fetchBlock(r.name, *r.block, data, Where::None, 0) != TR104_OK) {
+            say(r.name, "get param failed\n");
+            return TR104_ERR_EXCHANGE;
+        }
+        sip::copyBounded(pPrefix, data + r.prefix, TR104_H248_PREFIX_LEN - 1);
+        *pLength = wordAt(data, r.length);
+        *pStart = wordAt(data, r.start);
+        *pFillFlag = wordAt(data, r.fill) != 1 ? 1u : 0u;
+    } else {
+        if (strnlen(pPrefix, TR104_H248_PREFIX_LEN) >= TR104_H248_PREFIX_LEN) {
+            say(r.name, "param error, pPrefix is too long\n");
+            return TR104_ERR_PARAM;
+        }
+        if (*pFillFlag > 1) {
+            TR104_DEBUG_AS(r.name, "param error, pFillFlag[%d]\n", static_cast<int>(*pFillFlag));
+            return TR104_ERR_PARAM;
+        }
+        std::memcpy(data, &r.mask, sizeof(r.mask));
+        sip::copyBounded(data + r.prefix, pPrefix, TR104_H248_PREFIX_LEN - 1);
+        putWord(data, r.length, *pLength);
+        putWord(data, r.start, *pStart);
+        putWord(data, r.fill, *pFillFlag == 0 ? 1u : 0u);
+        if (sip::sendRecord(r.name, data, r.block->len, r.block->setCmd) != TR104_OK) {
+            say(r.name, r.block->setError);
+            return TR104_ERR_EXCHANGE;
+        }
+    }
+    TR104_DEBUG_AS(r.name, "nFlag[%d], pPrefix[%s], pLength[%d], pStart[%d], pFillFlag[%d]\n", nFlag, pPrefix,
+                   static_cast<int>(*pLength), static_cast<int>(*pStart), static_cast<int>(*pFillFlag));
+    return TR104_OK;
+}
+
+}  // namespace
+}  // namespace tr104::h248
+
+using namespace tr104::h248;
+namespace sip = tr104::sip;
+
+TR104_API int Tr104PrimaryMGCH248(int nFlag, void *pValue) { return blockValue(kPrimaryMgc, nFlag, pValue, nullptr); }
+TR104_API int Tr104PrimaryMGCPortH248(int nFlag, void *pValue) {
+    return blockValue(kPrimaryMgcPort, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104SecondaryMGCH248(int nFlag, void *pValue) {
+    return blockValue(kSecondaryMgc, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104SecondaryMGCPortH248(int nFlag, void *pValue) {
+    return blockValue(kSecondaryMgcPort, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104CurrMgcNumH248(int nFlag, void *pValue) { return blockValue(kCurrMgcNum, nFlag, pValue, nullptr); }
+TR104_API int Tr104CurrMgcAddrH248(int nFlag, void *pValue) {
+    return blockValue(kCurrMgcAddr, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104MgcStatusH248(int nFlag, void *pValue) { return blockValue(kMgcStatus, nFlag, pValue, nullptr); }
+TR104_API int Tr104MgLocalPortH248(int nFlag, void *pValue) {
+    return blockValue(kLocalPortValue, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104MgIdH248(int nFlag, void *pValue) { return blockValue(kMgId, nFlag, pValue, nullptr); }
+TR104_API int Tr104MgRegModeH248(int nFlag, void *pValue) { return blockValue(kMgRegMode, nFlag, pValue, nullptr); }
+TR104_API int Tr104PhysicalTermIDPrefixH248(int nFlag, void *pValue) {
+    return blockValue(kPhyPrefix, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104PhysicalTermIDAddLenH248(int nFlag, void *pValue) {
+    return blockValue(kPhyAddLen, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104PhysicalTermIDStartVlaueH248(int nFlag, void *pValue) {
+    return blockValue(kPhyStart, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104PhysicalTermIDUniformH248(int nFlag, void *pValue) {
+    return blockValue(kPhyUniform, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104PhysicalTermIdH248(int nFlag, void *pValue, int *nLocate) {
+    return blockValue(kPhysicalTermId, nFlag, pValue, nLocate);
+}
+TR104_API int Tr104EphemeralTermIDPrefixH248(int nFlag, void *pValue) {
+    return blockValue(kEphPrefix, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104EphemeralTermIDAddLenH248(int nFlag, void *pValue) {
+    return blockValue(kEphAddLen, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104EphemeralTermIDUniformH248(int nFlag, void *pValue) {
+    return blockValue(kEphUniform, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104EphemeralTermIDStartVlaueH248(int nFlag, void *pValue) {
+    return blockValue(kEphStart, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104EphemeralTermIDNameH248(int nFlag, void *pValue, int *nLocate) {
+    return blockValue(kEphInstanceName, nFlag, pValue, nLocate);
+}
+TR104_API int Tr104EphemeralTermIDFirstNameH248(int nFlag, void *pValue) {
+    return blockValue(kEphFirstName, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104HeartbeatModeH248(int nFlag, void *pValue) {
+    return blockValue(kHeartbeatMode, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104HeartbeatCycleH248(int nFlag, void *pValue) {
+    return blockValue(kHeartbeatCycle, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104HeartbeatCountH248(int nFlag, void *pValue) {
+    return blockValue(kHeartbeatCount, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104HeartbeatFormatH248(int nFlag, void *pValue) {
+    return blockValue(kHeartbeatFormat, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104ThreeHandShakeEnableH248(int nFlag, void *pValue) {
+    return blockValue(kHandShake, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104RetranTimerInitialH248(int nFlag, void *pValue) {
+    return blockValue(kRetranInitial, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104MaxRetranCountH248(int nFlag, void *pValue) {
+    return blockValue(kMaxRetranCount, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104RetransmissionTimeH248(int nFlag, void *pValue) {
+    return blockValue(kRetranTime, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104RetransmissionCycleH248(int nFlag, void *pValue) {
+    return blockValue(kRetranCycle, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104MgRegisterCycleH248(int nFlag, void *pValue) {
+    return blockValue(kRegisterCycle, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104AuthenticationMethH248(int nFlag, void *pValue) {
+    return blockValue(kAuthMethod, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104MessageEncodingTypeH248(int nFlag, void *pValue) {
+    return heldValue(kEncodingType, nFlag, pValue);
+}
+TR104_API int Tr104DeviceNameH248(int nFlag, void *pValue) { return heldValue(kDeviceName, nFlag, pValue); }
+TR104_API int Tr104LongTimerH248(int nFlag, void *pValue) { return heldValue(kLongTimer, nFlag, pValue); }
+TR104_API int Tr104PendingTimerH248(int nFlag, void *pValue) { return heldValue(kPendingTimer, nFlag, pValue); }
+TR104_API int Tr104MgRegisterH248(int nFlag, void *pValue) { return heldValue(kRegisterFlag, nFlag, pValue); }
+TR104_API int Tr104ProtocolVersionH248(int nFlag, void *pValue) { return heldValue(kProtocolVersion, nFlag, pValue); }
+TR104_API int Tr104MessageFormatH248(int nFlag, void *pValue) { return heldValue(kMessageFormat, nFlag, pValue); }
+
+// The termination id is the physical termination prefix, whatever protocol answers it.
+TR104_API int Tr104TermIdH248(int nFlag, void *pValue) { return Tr104PhysicalTermIDPrefix(nFlag, pValue); }
+
+TR104_API int Tr104PhyNameRuleH248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
+                                   uint32_t *pFillFlag) {
+    return maskedRule(kPhyNameRule, nFlag, pPrefix, pLength, pStart, pFillFlag);
+}
+
+// The ephemeral counterpart of the physical rule: prefix, added length, start value and uniform
+// flag in one request with their four mask bits.
+TR104_API int Tr104EphNameRule2H248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
+                                    uint32_t *pFillFlag) {
+    return maskedRule(kEphNameRule2, nFlag, pPrefix, pLength, pStart, pFillFlag);
+}
+
+// The range rule of ephemeral names: first part, start, end, step and the fill flag as the
+// block holds it (1 = not filled), written in one request without a mask bit.
+TR104_API int Tr104EphNameRuleH248(int nFlag, char *pFirstPart, uint32_t *pStart, uint32_t *pEnd, uint32_t *pStep,
+                                   uint32_t *pFillOrNot) {
+    if (pFirstPart == nullptr || pStart == nullptr || pEnd == nullptr || pStep == nullptr || pFillOrNot == nullptr) {
+        say(kEphRule, "param error, param is null\n");
+        return TR104_ERR_PARAM;
+    }
+    if (const int rc = flagError(kEphRule, nFlag); rc != TR104_OK) {
+        return rc;
+    }
+    Tr104H248EphNameBlock block{};
+    if (nFlag == 0) {
+        if (fetchBlock(kEphRule, kEphName, &block, Where::None, 0) != TR104_OK) {
+            say(kEphRule, "get param failed\n");
+            return TR104_ERR_EXCHANGE;
+        }
+        sip::copyBounded(pFirstPart, block.aPrefix, sizeof(block.aPrefix) - 1);
+        *pStart = block.unStart;
+        *pEnd = block.unEnd;
+        *pStep = block.unStep;
+        std::memcpy(pFillOrNot, block.aTail, sizeof(*pFillOrNot));
+    } else {
+        if (strnlen(pFirstPart, sizeof(block.aPrefix)) >= sizeof(block.aPrefix)) {
+            say(kEphRule, "param error, pFirstPart is too long\n");
+            return TR104_ERR_PARAM;
+        }
+        if (*pFillOrNot > 1) {
+            TR104_DEBUG_AS(kEphRule, "param error, pFillOrNot[%d]\n", static_cast<int>(*pFillOrNot));
+            return TR104_ERR_PARAM;
+        }
+        sip::copyBounded(block.aPrefix, pFirstPart, sizeof(block.aPrefix) - 1);
+        block.unStart = *pStart;
+        block.unEnd = *pEnd;
+        block.unStep = *pStep;
+        std::memcpy(block.aTail, pFillOrNot, sizeof(*pFillOrNot));
+        if (sip::sendRecord(kEphRule, &block, sizeof(block), SET_EPH_NAME) != TR104_OK) {
+            say(kEphRule, kEphName.setError);
+            return TR104_ERR_EXCHANGE;
+        }
+    }
+    TR104_DEBUG_AS(kEphRule, "nFlag[%d], pFirstPart[%s], pStart[%d], pEnd[%d], pStep[%d], pFillOrNot[%d]\n", nFlag,
+                   pFirstPart, static_cast<int>(*pStart), static_cast<int>(*pEnd), static_cast<int>(*pStep),
+                   static_cast<int>(*pFillOrNot));
+    return TR104_OK;
+}
+
+// The number of ephemeral names the range rule gives: start to end in steps; no step, or an end
+// before the start, gives none.
+TR104_API int Tr104EphemeralTermIDNumberH248(int nFlag, void *pValue) {
+    constexpr const char *kName = "Tr104EphemeralTermIDNumberH248";
+    if (pValue == nullptr) {
+        say(kName, "param error, pNumber is null\n");
+        return TR104_ERR_PARAM;
+    }
+    if (nFlag != 0) {
+        TR104_DEBUG_AS(kName, "param error, nFlag[%d]\n", nFlag);
+        return TR104_ERR_PARAM;
+    }
+    char first[TR104_H248_PREFIX_LEN];
+    uint32_t start = 0, end = 0, step = 0, fill = 0;
+    if (Tr104EphNameRuleH248(0, first, &start, &end, &step, &fill) != TR104_OK) {
+        return TR104_ERR_EXCHANGE;
+    }
+    putInt(pValue, step != 0 && end >= start ? static_cast<int>((end - start) / step + 1) : 0);
+    TR104_DEBUG_AS(kName, "nFlag[%d], pNumber[%d]\n", nFlag, intValue(pValue));
+    return TR104_OK;
+}
+
+// Registers with (1) or unregisters from (any other value) the MGC at the given address.
+TR104_API int Tr104MgcRegisterH248(const char *pMgcAddr, const uint32_t *pRegister) {
+    constexpr const char *kName = "Tr104MgcRegisterH248";
+    if (pMgcAddr == nullptr) {
+        say(kName, "param error, pMgcAddr is null\n");
+        return TR104_ERR_PARAM;
+    }
+    if (pRegister == nullptr) {
+        say(kName, "param error, pRegister is null\n");
+        return TR104_ERR_PARAM;
+    }
+    Tr104H248MgcBlock block{};
+    if (strnlen(pMgcAddr, sizeof(block.aMgcAddr[0])) >= sizeof(block.aMgcAddr[0])) {
+        say(kName, "param error, pMgcAddr is too long\n");
+        return TR104_ERR_PARAM;
+    }
+    sip::copyBounded(block.aMgcAddr[0], pMgcAddr, sizeof(block.aMgcAddr[0]) - 1);
+    block.usMask = 0x1;
+    const unsigned int cmd = *pRegister == 1 ? REG_MGC_ID : UNREG_MGC_ID;
+    if (sip::sendRecord(kName, &block, sizeof(block), cmd) != TR104_OK) {
+        say(kName, "send msg REG_MGC or UNREG_MGC failed\n");
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
