@@ -334,8 +334,9 @@ TR104_API int Tr104RetransmissionCycleH248(int nFlag, void *pValue);
 TR104_API int Tr104MgRegisterCycleH248(int nFlag, void *pValue);
 TR104_API int Tr104MgRegisterH248(int nFlag, void *pValue);
 TR104_API int Tr104AuthenticationMethH248(int nFlag, void *pValue);
-/* Registers with the MGC at pMgcAddr (*pRegister 1) or unregisters from it (any other value). */
-TR104_API int Tr104MgcRegisterH248(const char *pMgcAddr, const uint32_t *pRegister);
+/* Registers with the MGC at pMgcAddr (the int at pRegister 1) or unregisters from it (any other
+ * value).  The signature of Tr104MgcRegister (device.h); nFlag and nLocate are not used. */
+TR104_API int Tr104MgcRegisterH248(int nFlag, void *pRegister, char *pMgcAddr, int *nLocate);
 
 /* ---- Line and profile handlers ---- */
 TR104_API int Tr104StartDigitTimerH248(int nFlag, void *pValue);

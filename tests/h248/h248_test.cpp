@@ -287,7 +287,8 @@ TEST_F(H248, BadInputIsRefusedWithItsMessageAndNothingSent) {
     EXPECT_EQ(Tr104PhyNameRuleH248(1, prefix, &n, &n, &n), -2);
     uint32_t two = 2;
     EXPECT_EQ(Tr104EphNameRuleH248(1, prefix + 5, &n, &n, &n, &two), -2);
-    EXPECT_EQ(Tr104MgcRegisterH248(nullptr, &n), -2);
+    EXPECT_EQ(Tr104MgcRegisterH248(1, &n, nullptr, nullptr), -2);
+    EXPECT_EQ(Tr104MgcRegisterH248(1, nullptr, prefix, nullptr), -2);
     EXPECT_EQ(emulator.requestCount(), 0u);
 }
 
@@ -372,11 +373,11 @@ TEST_F(H248, MgcStatusMapping) {
 TEST_F(H248, RegistrationCommandsAndTheStatusTheyLeave) {
     char addr[] = "mgc1";
     uint32_t on = 1, off = 0;
-    ASSERT_EQ(Tr104MgcRegisterH248(addr, &on), 0);
+    ASSERT_EQ(Tr104MgcRegisterH248(1, &on, addr, nullptr), 0);
     int status = -1;
     ASSERT_EQ(Tr104MgcStatusH248(0, &status), 0);
     EXPECT_EQ(status, 1);
-    ASSERT_EQ(Tr104MgcRegisterH248(addr, &off), 0);
+    ASSERT_EQ(Tr104MgcRegisterH248(1, &off, addr, nullptr), 0);
     ASSERT_EQ(Tr104MgcStatusH248(0, &status), 0);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(emulator.requestsFor(REG_MGC_ID).at(0).text_at(2, 69), "mgc1");

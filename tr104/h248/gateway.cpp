@@ -441,8 +441,10 @@ TR104_API int Tr104EphemeralTermIDNumberH248(int nFlag, void *pValue) {
     return TR104_OK;
 }
 
-// Registers with (1) or unregisters from (any other value) the MGC at the given address.
-TR104_API int Tr104MgcRegisterH248(const char *pMgcAddr, const uint32_t *pRegister) {
+// Registers with (1) or unregisters from (any other value) the MGC at the given address.  It has
+// the signature of Tr104MgcRegister, which passes its arguments on unchanged; nFlag and nLocate
+// are not used (the device operations call it with nLocate 0).
+TR104_API int Tr104MgcRegisterH248(int, void *pRegister, char *pMgcAddr, int *) {
     constexpr const char *kName = "Tr104MgcRegisterH248";
     if (pMgcAddr == nullptr) {
         say(kName, "param error, pMgcAddr is null\n");
@@ -459,7 +461,7 @@ TR104_API int Tr104MgcRegisterH248(const char *pMgcAddr, const uint32_t *pRegist
     }
     sip::copyBounded(block.aMgcAddr[0], pMgcAddr, sizeof(block.aMgcAddr[0]) - 1);
     block.usMask = 0x1;
-    const unsigned int cmd = *pRegister == 1 ? REG_MGC_ID : UNREG_MGC_ID;
+    const unsigned int cmd = intValue(pRegister) == 1 ? REG_MGC_ID : UNREG_MGC_ID;
     if (sip::sendRecord(kName, &block, sizeof(block), cmd) != TR104_OK) {
         say(kName, "send msg REG_MGC or UNREG_MGC failed\n");
         return TR104_ERR_EXCHANGE;

@@ -85,12 +85,14 @@ inline CustomResult mgcRegister(void *handler, bool set, const std::string &valu
     const std::vector<std::string> parts = splitValues(value);
     uint32_t flag = 0;
     if (!set || parts.size() != 2 || !toWord(parts[1], &flag)) {
-        r.message = "Tr104MgcRegisterH248 is set only: give the value as ADDRESS,1 (register) or ADDRESS,0";
+        r.message = "MGC registration is set only: give the value as ADDRESS,1 (register) or ADDRESS,0";
         return r;
     }
-    using Fn = int (*)(const char *, const uint32_t *);
+    using Fn = int (*)(int, void *, char *, int *);
+    std::string address = parts[0];
+    int registerValue = static_cast<int>(flag);
     r.called = true;
-    r.rc = reinterpret_cast<Fn>(handler)(parts[0].c_str(), &flag);
+    r.rc = reinterpret_cast<Fn>(handler)(1, &registerValue, address.data(), nullptr);
     return r;
 }
 
@@ -112,6 +114,7 @@ inline constexpr HandlerKind kH248KindRows[] = {
     {"Tr104CurrMgcAddr", ValueKind::Text, 140},
     {"Tr104MgcStatus", ValueKind::Integer, 0},
     {"Tr104MgcRegisterH248", ValueKind::Custom, 0, -1, &h248kinds::mgcRegister},
+    {"Tr104MgcRegister", ValueKind::Custom, 0, -1, &h248kinds::mgcRegister},
     {"Tr104MgLocalPort", ValueKind::Integer, 0},
     {"Tr104MgId", ValueKind::Text, kMgcText},
     {"Tr104DeviceName", ValueKind::Text, 69},
