@@ -19,6 +19,7 @@
 namespace {
 
 using Handler = int (*)(int nFlag, void *pValue, int *nLocate);
+using ProfileHandler = int (*)(int nFlag, void *pValue);
 using Notifier = int (*)(const Tr104Msg *msg);
 
 // What a wrapper does under one protocol.
@@ -61,13 +62,14 @@ inline int dispatchH248(int (*h248)(Args...), Args... args) {
     return -1;
 }
 
-inline int dispatch(const Family &family, Handler sip, Handler h248, int nFlag, void *pValue, int *nLocate) {
+template <typename Fn, typename... Args>
+inline int dispatch(const Family &family, Fn sip, Fn h248, Args... args) {
     const int protocol = gTr104CurrProtocolType;
     switch (routeFor(family, protocol)) {
         case Route::Sip:
-            return sip != nullptr ? sip(nFlag, pValue, nLocate) : -1;
+            return sip != nullptr ? sip(args...) : -1;
         case Route::H248:
-            return h248 != nullptr ? h248(nFlag, pValue, nLocate) : -1;
+            return h248 != nullptr ? h248(args...) : -1;
         case Route::Accept:
             return 0;
         case Route::Refuse:
@@ -93,6 +95,10 @@ inline int notify(Notifier sip, const Tr104Msg *msg) {
 #define TR104_WEAK_NOTIFY(name) extern "C" __attribute__((weak)) int name##Sip(const Tr104Msg *);
 
 TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WEAK_BOTH)
+#define TR104_WEAK_BOTH_PROFILE(name)                                   \
+    extern "C" __attribute__((weak)) int name##Sip(int, void *);        \
+    extern "C" __attribute__((weak)) int name##H248(int, void *);
+TR104_BOTH_PROTOCOL_PROFILE_WRAPPERS(TR104_WEAK_BOTH_PROFILE)
 TR104_SIP_ONLY_WRAPPERS(TR104_WEAK_SIP)
 TR104_SIP_TOLERATED_WRAPPERS(TR104_WEAK_SIP)
 TR104_H248_ONLY_WRAPPERS(TR104_WEAK_H248)
@@ -109,7 +115,7 @@ extern "C" __attribute__((weak)) int Tr104PhyReferenceListSip(int, void *, int *
 // The exported wrappers, one line each.
 #define TR104_WRAPPER(name, family, sip, h248)                                 \
     extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {    \
-        return dispatch(family, sip, h248, nFlag, pValue, nLocate);           \
+        return dispatch<Handler>(family, sip, h248, nFlag, pValue, nLocate); \
     }
 #define TR104_WRAP_BOTH(name) TR104_WRAPPER(name, kBothProtocols, name##Sip, name##H248)
 #define TR104_WRAP_SIP_ONLY(name) TR104_WRAPPER(name, kSipOnly, name##Sip, nullptr)
@@ -120,6 +126,11 @@ extern "C" __attribute__((weak)) int Tr104PhyReferenceListSip(int, void *, int *
     extern "C" TR104_API int name(const Tr104Msg *msg) { return notify(name##Sip, msg); }
 
 TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WRAP_BOTH)
+#define TR104_WRAP_BOTH_PROFILE(name)                                                          \
+    extern "C" TR104_API int name(int nFlag, void *pValue) {                                  \
+        return dispatch<ProfileHandler>(kBothProtocols, name##Sip, name##H248, nFlag, pValue);   \
+    }
+TR104_BOTH_PROTOCOL_PROFILE_WRAPPERS(TR104_WRAP_BOTH_PROFILE)
 TR104_SIP_ONLY_WRAPPERS(TR104_WRAP_SIP_ONLY)
 TR104_SIP_TOLERATED_WRAPPERS(TR104_WRAP_SIP_TOLERATED)
 TR104_H248_ONLY_WRAPPERS(TR104_WRAP_H248_ONLY)

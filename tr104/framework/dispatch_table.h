@@ -41,14 +41,6 @@
     X(Tr104LineHookStatus) \
     X(Tr104PortStatus) \
     X(Tr104LineSessionType) \
-    X(Tr104RcvdReqs) \
-    X(Tr104SendReqs) \
-    X(Tr104RcvdResponses) \
-    X(Tr104SendResponses) \
-    X(Tr104NgnPacketLoss) \
-    X(Tr104NgnPacketRetrans) \
-    X(Tr104NgnPacketError) \
-    X(Tr104NgnPacketUnKnown) \
     X(Tr104LineResetStatisticsFlag) \
     X(Tr104LineNewTransactions) \
     X(Tr104LineIncomingCallsReceived) \
@@ -71,6 +63,17 @@
     X(Tr104FarEndUDPPort) \
     X(Tr104PhysicalInterfaceTestDialToneDrawTime) \
     X(Tr104PhysicalInterfaceReversePole)
+
+// Both protocols, profile- or gateway-wide: (nFlag, pValue), no third argument
+#define TR104_BOTH_PROTOCOL_PROFILE_WRAPPERS(X) \
+    X(Tr104RcvdReqs) \
+    X(Tr104SendReqs) \
+    X(Tr104RcvdResponses) \
+    X(Tr104SendResponses) \
+    X(Tr104NgnPacketLoss) \
+    X(Tr104NgnPacketRetrans) \
+    X(Tr104NgnPacketError) \
+    X(Tr104NgnPacketUnKnown)
 
 // SIP only
 #define TR104_SIP_ONLY_WRAPPERS(X) \
