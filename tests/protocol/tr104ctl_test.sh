@@ -79,6 +79,9 @@ check "protocol 0: wrapper refuses" 1 "returned -1" -- --protocol none get Tr104
 check "caps: capability table" 0 "Tr104MaxSessionsAllLines       \"2\"" "supported codecs: G.711MuLaw" \
   -- --protocol H.248 caps
 check "device: two-argument handler" 0 "=NONE" -- --protocol none get Tr104ProfileSignalingProtocol
+check "stats: line and profile tables" 0 "RTP packets sent                 0" "profile (lines 1 and 2)" -- stats --line 2
+check "stats: profile value of two arguments" 0 "=101" -- get Tr104TelEvent2833PayloadType
+check "stats: line 3" 2 "usage: tr104ctl [options] stats" -- stats --line 3
 check "codec list entry out of range" 1 "returned -2" -- set Tr104LineCodecListPriority --line 1 --entry 6 -- 1
 check "--no-emulate without a voice module" 1 "" -- --no-emulate get Tr104VoiceProtocolType
 # The run above left the send queue behind: it exists now, but nobody answers on it.

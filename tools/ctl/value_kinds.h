@@ -143,8 +143,8 @@ inline constexpr HandlerKind kHandlerKinds[] = {
 #include "ctl/kinds/h248.h"
 #include "ctl/kinds/linetest.h"
 #include "ctl/kinds/netcfg.h"
-#include "ctl/kinds/stats.h"
 #include "ctl/kinds/device.h"
+#include "ctl/kinds/stats.h"
 
 namespace tr104ctl {
 
