@@ -7,6 +7,7 @@ tmp=$(mktemp -d); trap 'rm -rf "$tmp"' EXIT
 mkdir -p "$tmp/include/tr104"
 printf 'TR104_API int Declared(int nFlag);\nTR104_API extern int gDeclared;\n' > "$tmp/include/tr104/a.h"
 printf '# interface\nListed\ngDeclared   # a global\n' > "$tmp/exports.txt"
+printf '# still being written\nListed\n' > "$tmp/pending.txt"
 cat > "$tmp/nm" <<'NM'
 #!/usr/bin/env bash
 sed 's/^/00000000 T /' "$(dirname "$0")/symbols"
@@ -14,10 +15,10 @@ NM
 chmod +x "$tmp/nm"
 
 failures=0
-# name, expected status, symbols exported, expected text (or empty), environment
+# name, expected status, symbols exported, expected text (or empty), environment, pending list
 run() {
   printf '%s\n' $3 > "$tmp/symbols"
-  out=$(env $5 bash "$check" "$tmp/nm" lib.so "$tmp/include" "$tmp/exports.txt" 2>&1); rc=$?
+  out=$(env $5 bash "$check" "$tmp/nm" lib.so "$tmp/include" "$tmp/exports.txt" ${6:-} 2>&1); rc=$?
   if [ "$rc" != "$2" ] || { [ -n "$4" ] && ! grep -qF -- "$4" <<< "$out"; }; then
     echo "FAIL $1: status $rc (expected $2)"; echo "$out" | sed 's/^/    /'; failures=$((failures + 1))
   else
@@ -30,4 +31,6 @@ run "missing, not strict"         0 "Declared gDeclared"                    "  L
 run "a declared name missing"     1 "gDeclared Listed"                      "but not exported" ""
 run "an unknown name exported"    1 "Declared gDeclared Listed _Z3fooi"     "  _Z3fooi" ""
 run "unknown even when not strict" 1 "Declared gDeclared Listed helper"     "  helper" "TR104_EXPORT_LIST_STRICT=0"
+run "missing but pending"         0 "Declared gDeclared"                    "pending: 1 names" "" "$tmp/pending.txt"
+run "pending but exported"        1 "Declared gDeclared Listed"             "still named in pending.txt" "" "$tmp/pending.txt"
 exit $((failures > 0))
