@@ -554,9 +554,11 @@ TEST_F(H248, WrappersReachTheVariantsUnderH248Only) {
                                Tr104HeartbeatCycle,        Tr104HeartbeatCount,       Tr104HeartbeatFormat,
                                Tr104MgRegisterCycle,       Tr104MgRegister,           Tr104AuthenticationMeth,
                                Tr104PhysicalTermIDPrefix,  Tr104PhysicalTermIDAddLen, Tr104PhysicalTermIDStartVlaue,
-                               Tr104PhysicalTermIDUniform, Tr104TermId,               Tr104RcvdReqs,
-                               Tr104SendReqs,              Tr104RcvdResponses,        Tr104SendResponses,
-                               Tr104NgnPacketLoss,         Tr104NgnPacketRetrans,     Tr104NgnPacketError};
+                               Tr104PhysicalTermIDUniform, Tr104TermId};
+    // Both protocols, profile-wide: the SIP variant answers under SIP.
+    const Gateway profileWide[] = {Tr104RcvdReqs,      Tr104SendReqs,         Tr104RcvdResponses,
+                                   Tr104SendResponses, Tr104NgnPacketLoss,    Tr104NgnPacketRetrans,
+                                   Tr104NgnPacketError};
     const Handler perLine[] = {Tr104PhysicalTermId,          Tr104EphemeralTermIDName,      Tr104PortServiceState,
                                Tr104FaxCtrlMode,             Tr104VbdEnable,                Tr104VbdTxInterval,
                                Tr104VbdRxInterval,           Tr104VbdCodec,                 Tr104FaxT38EventDetectMode,
@@ -581,6 +583,13 @@ TEST_F(H248, WrappersReachTheVariantsUnderH248Only) {
         for (Gateway fn : gateway) {
             std::memset(buf, 0, sizeof(buf));
             EXPECT_EQ(fn(0, buf), protocol == TR104_PROTOCOL_H248 ? 0 : -1);
+        }
+        for (Gateway fn : profileWide) {
+            std::memset(buf, 0, sizeof(buf));
+            const int rc = fn(0, buf);
+            if (protocol != TR104_PROTOCOL_SIP) {
+                EXPECT_EQ(rc, protocol == TR104_PROTOCOL_H248 ? 0 : -1);
+            }
         }
         for (Handler fn : perLine) {
             std::memset(buf, 0, sizeof(buf));
