@@ -29,6 +29,16 @@ TR104_API int Tr104ProxyParamsChangeNotifySip(const Tr104Msg *msg);
 /* Inbound 16391: the primary (server flag 1) or standby registrar's address and port. */
 TR104_API int Tr104RegParamsChangeNotifySip(const Tr104Msg *msg);
 
+/* Called by the embedding process with the voice module's record in rspBuffer: */
+/* the voice interface's address, mask and gateway (words 1 to 3, dotted text) */
+TR104_API int Tr104IpParamsChangeNotify(const Tr104Msg *msg);
+/* the addressing type (first word: 0 "Static", 1 "DHCP", else an empty value) */
+TR104_API int Tr104DHCPParamChangeNotify(const Tr104Msg *msg);
+/* the SIP VLAN id (16 bits at 18) and priority (byte at 16) */
+TR104_API int Tr104SipVlanParamsChangeNotify(const Tr104Msg *msg);
+/* the RTP VLAN id (16 bits at 34) and priority (byte at 32) */
+TR104_API int Tr104RtpVlanParamsChangeNotify(const Tr104Msg *msg);
+
 TR104_EXTERN_C_END
 
 #endif

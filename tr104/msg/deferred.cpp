@@ -5,6 +5,7 @@
 
 #include "tr104/codec.h"
 #include "tr104/framework/debug.h"
+#include "tr104/msg/deferred_internal.h"
 #include "tr104/msg/record_layout.h"
 #include "tr104/startup.h"
 
@@ -56,6 +57,23 @@ bool groupComplete(const Tr104CfgParamInfo &info) {
 
 }  // namespace
 
+namespace tr104 {
+
+void armCfgParamTimer(int slot) {
+    if (!validSlot(slot)) {
+        return;
+    }
+    Tr104CfgParamInfo &info = gTr104CfgParamInfo[slot];
+    if (info.timerStarted == 0) {
+        if (wdStart(info.wdId, gTr104CfgParamTimeout, onSlotTimer, slot) != 0) {
+            TR104_DEBUG_AS("tr104CfgParamHandleByTimer", "start timer[%d] failure. \n", slot);
+        }
+        info.timerStarted = 1;
+    }
+}
+
+}  // namespace tr104
+
 extern "C" TR104_API int constructTr104CfgParamInfo(void) {
     for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
         Tr104CfgParamInfo &info = gTr104CfgParamInfo[slot];
@@ -90,12 +108,7 @@ extern "C" TR104_API int tr104CfgParamHandleByTimer(int nCfgParamTimerType, Tr10
     }
     const int slot = nCfgParamTimerType;
     Tr104CfgParamInfo &info = gTr104CfgParamInfo[slot];
-    if (info.timerStarted == 0) {
-        if (wdStart(info.wdId, gTr104CfgParamTimeout, onSlotTimer, slot) != 0) {
-            TR104_DEBUG("start timer[%d] failure. \n", slot);
-        }
-        info.timerStarted = 1;
-    }
+    tr104::armCfgParamTimer(slot);
     if (!groupComplete(info)) {
         return 0;
     }

@@ -4,6 +4,7 @@
 
 #include "tr104/framework/debug.h"
 #include "tr104/msg/host_imports.h"
+#include "tr104/common.h"
 #include "tr104/notify.h"
 
 namespace {
@@ -22,10 +23,10 @@ constexpr size_t kServerPortOffset = 118;
 
 constexpr char kProfile[] = "InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1.";
 
-// Up to two name/value pairs on the notifier's stack, cleared before use.
+// Up to three name/value pairs on the notifier's stack, cleared before use.
 struct Notification {
-    char names[2][kNameLen];
-    char values[2][kValueLen];
+    char names[3][kNameLen];
+    char values[3][kValueLen];
     int count = 0;
 
     Notification() {
@@ -39,8 +40,8 @@ struct Notification {
     }
     void number(int i, int n) { std::snprintf(values[i], kValueLen, "%d", n); }
     void send() {
-        char *namePtrs[2] = {names[0], names[1]};
-        char *valuePtrs[2] = {values[0], values[1]};
+        char *namePtrs[3] = {names[0], names[1], names[2]};
+        char *valuePtrs[3] = {values[0], values[1], values[2]};
         Tr104NotifyChangeValuesToTr069(namePtrs, valuePtrs, count);
     }
 };
@@ -50,6 +51,26 @@ uint32_t word(const char *block, size_t offset) {
     std::memcpy(&v, block + offset, sizeof(v));
     return v;
 }
+
+// A VLAN record's id and priority (16-bit id, priority byte) under the names of one traffic class.
+int notifyVlan(const Tr104Msg *msg, const char *klass, size_t idOffset, size_t priorityOffset) {
+    if (msg == nullptr) {
+        return -1;
+    }
+    const char *block = msg->rspBuffer;
+    Notification n;
+    n.count = 2;
+    std::snprintf(n.names[0], kNameLen, "%s%s.VLANIDMark", kProfile, klass);
+    std::snprintf(n.names[1], kNameLen, "%s%s.EthernetPriorityMark", kProfile, klass);
+    uint16_t id;
+    std::memcpy(&id, block + idOffset, sizeof(id));
+    n.number(0, id);
+    n.number(1, static_cast<uint8_t>(block[priorityOffset]));
+    n.send();
+    return 0;
+}
+
+constexpr char kIpParams[] = "InternetGatewayDevice.X_QRV_VOIP_IPPARAMS.";
 
 // A server record's address and port, under the primary or the standby names.
 int notifyServer(const Tr104Msg *msg, const char *primary[2], const char *standby[2]) {
@@ -135,3 +156,36 @@ extern "C" TR104_API int Tr104RegParamsChangeNotifySip(const Tr104Msg *msg) {
                                      "SIP.X_CT-COM_Standby-RegistrarServerPort"};
     return notifyServer(msg, primary, standby);
 }
+
+// The voice interface's address, mask and gateway: words 1 to 3 of the block, as dotted text.
+extern "C" TR104_API int Tr104IpParamsChangeNotify(const Tr104Msg *msg) {
+    if (msg == nullptr) {
+        return -1;
+    }
+    static const char *kNames[3] = {"ExternalIPAddress", "SubnetMask", "DefaultGateway"};
+    Notification n;
+    n.count = 3;
+    for (int i = 0; i < 3; ++i) {
+        std::snprintf(n.names[i], kNameLen, "%s%s", kIpParams, kNames[i]);
+        CommIpAddrUnIntToStr(word(msg->rspBuffer, 4u * (i + 1)), n.values[i]);
+    }
+    n.send();
+    return 0;
+}
+
+// The addressing type: 0 "Static", 1 "DHCP", anything else an empty value (still reported).
+extern "C" TR104_API int Tr104DHCPParamChangeNotify(const Tr104Msg *msg) {
+    if (msg == nullptr) {
+        return -1;
+    }
+    Notification n;
+    n.count = 1;
+    std::snprintf(n.names[0], kNameLen, "%sAddressingType", kIpParams);
+    const uint32_t type = word(msg->rspBuffer, 0);
+    std::strcpy(n.values[0], type == 0 ? "Static" : type == 1 ? "DHCP" : "");
+    n.send();
+    return 0;
+}
+
+extern "C" TR104_API int Tr104SipVlanParamsChangeNotify(const Tr104Msg *msg) { return notifyVlan(msg, "SIP", 18, 16); }
+extern "C" TR104_API int Tr104RtpVlanParamsChangeNotify(const Tr104Msg *msg) { return notifyVlan(msg, "RTP", 34, 32); }

@@ -1,0 +1,354 @@
+// DNS servers, the DHCP client (enable, options 60, 120 and 125), the PPPoE client and the
+// management server's URL of the voice interface.
+//
+// The option and PPPoE blocks start with a word naming the fields a set carries: every set
+// sends one field and its bit, and the voice module keeps the others.  Those handlers are one
+// table and one body.
+#include <cstdio>
+
+#include "tr104/netcfg/netcfg_internal.h"
+
+namespace tr104::netcfg {
+namespace {
+
+constexpr char kFlagError[] = "param error, nFlag[%d]\n";
+
+enum class Width : uint8_t {
+    Byte,
+    Word,
+    Text,     // a get copies the text and its terminator
+    RawText,  // a get copies the text without its terminator: the caller clears the buffer
+};
+
+// Which values a set of a number accepts.
+enum class Accept : uint8_t { Any, NonNegative, Flag /* 0 or 1 */ };
+
+struct FieldValue {
+    const char *name;
+    const char *valueName;  // "param error, %s is null\n" (with the text of nullSuffix)
+    const char *nullSuffix; // "\n" or "!\n"
+    const char *entry;      // "%d" nFlag and the value (a number) or "%s" (a text)
+    uint16_t getCmd, setCmd, len;
+    uint16_t offset;
+    Width width;
+    uint16_t textWidth;  // bytes of a text field
+    uint16_t limit;      // longest text a set accepts
+    uint32_t bit;
+    Accept accept;
+    const char *valueError;  // refused value ("%d" the value) or too long text
+    const char *getError;
+    const char *getDone;     // "%d" or "%s"
+    const char *sendError;
+};
+
+constexpr char kOption60Send[] = "SET_DHCP_OPTION60 msg snd failed.\n";
+constexpr char kOption125Send[] = "SET_DHCP_OPTION125 msg snd failed.\n";
+constexpr char kPppoeSend[] = "SET_PPPOE_PARAM msg snd failed.\n";
+
+const FieldValue kOption60Enable{"Tr104DHCPOption60Enable", "pOptionEnable", "\n", "nFlag[%d], *pOptionEnable[%d]\n",
+                                 TR104_GET_DHCP_OPTION60_ID, TR104_SET_DHCP_OPTION60_ID,
+                                 sizeof(Tr104Option60Payload), 4, Width::Word, 0, 0, 0x1, Accept::Any, nullptr,
+                                 "get Option60 Enable flag  error\n", "get Option60 Enable[%d]\n", kOption60Send};
+const FieldValue kOption60Type{"Tr104DHCPOption60Type", "pOptionType", "\n", "nFlag[%d], *pOptionType[%d]\n",
+                               TR104_GET_DHCP_OPTION60_ID, TR104_SET_DHCP_OPTION60_ID, sizeof(Tr104Option60Payload), 8,
+                               Width::Word, 0, 0, 0x4, Accept::NonNegative, "param error, *pOptionType[%d]\n",
+                               "get Option60 type flag\terror\n", "get Option60 type[%d]\n", kOption60Send};
+const FieldValue kOption60ValueMode{"Tr104DHCPOption60ValueMode", "pOptionValueMode", "\n",
+                                    "nFlag[%d], *pOptionValueMode[%d]\n", TR104_GET_DHCP_OPTION60_ID,
+                                    TR104_SET_DHCP_OPTION60_ID, sizeof(Tr104Option60Payload), 12, Width::Word, 0, 0,
+                                    0x8, Accept::NonNegative, "param error, *pOptionValueMode[%d]\n",
+                                    "get Option60 mode  error\n", "get Option60 mode[%d]\n", kOption60Send};
+const FieldValue kOption60Value{"Tr104DHCPOption60Value", "pOptionValue", "\n", "nFlag[%d], *pOptionValue[%s]\n",
+                                TR104_GET_DHCP_OPTION60_ID, TR104_SET_DHCP_OPTION60_ID, sizeof(Tr104Option60Payload),
+                                16, Width::RawText, 132, 130, 0x2, Accept::Any,
+                                "param error, option60  value len too long\n", "get Option60 value error\n",
+                                "get Option60 value[%s]\n", kOption60Send};
+const FieldValue kOption125Enable{"Tr104DHCPOption125Enable", "pOptionEnable", "\n", "nFlag[%d], *pOptionEnable[%d]\n",
+                                  TR104_GET_DHCP_OPTION125_ID, TR104_SET_DHCP_OPTION125_ID,
+                                  sizeof(Tr104Option125Payload), 4, Width::Byte, 0, 0, 0x1, Accept::Any, nullptr,
+                                  "get Option125 Enable flag  error\n", "get Option125  Enable[%d]\n",
+                                  kOption125Send};
+const FieldValue kOption125Value{"Tr104DHCPOption125Value", "pOptionValue", "\n", "nFlag[%d], *pOptionValue[%s]\n",
+                                 TR104_GET_DHCP_OPTION125_ID, TR104_SET_DHCP_OPTION125_ID,
+                                 sizeof(Tr104Option125Payload), 5, Width::Text, 131, 130, 0x2, Accept::Any,
+                                 "param error, option125 value len too long\n", "get Option125 value flag  error\n",
+                                 "get Option125  value[%s]\n", kOption125Send};
+const FieldValue kPppoeAccount{"Tr104PPPoEAccount", "pPPPoEAccount", "!\n", "nFlag[%d],pPPPoEAccount[%s]\n",
+                               TR104_GET_PPPOE_PARAM_ID, TR104_SET_PPPOE_PARAM_ID, sizeof(Tr104PppoePayload), 8,
+                               Width::Text, 64, 63, 0x2, Accept::Any, "param error, pPPPoEAccount is too long!",
+                               "get pppoe account error!\n", "get pPPPoEAccount[%s]\n", kPppoeSend};
+// The password passes through the debug output in clear, as the voice module's tools expect.
+const FieldValue kPppoePassword{"Tr104PPPoEPassword", "pPPPoEPassword", "!\n", "nFlag[%d],pPPPoEPassword[%s]\n",
+                                TR104_GET_PPPOE_PARAM_ID, TR104_SET_PPPOE_PARAM_ID, sizeof(Tr104PppoePayload), 72,
+                                Width::Text, 64, 63, 0x4, Accept::Any, "param error, pPPPoEPassword is too long!",
+                                "get pppoe password error!\n", "get pPPPoEPassword[%s]\n", kPppoeSend};
+const FieldValue kPppoeEnable{"Tr104PPPoEEnable", "pPPPoEEnableFlag", "!\n", "nFlag[%d], *pPPPoEEnableFlag[%d]\n",
+                              TR104_GET_PPPOE_PARAM_ID, TR104_SET_PPPOE_PARAM_ID, sizeof(Tr104PppoePayload), 4,
+                              Width::Word, 0, 0, 0x1, Accept::Flag, "param error, pPPPoEEnableFlag[%d]\n",
+                              "get pppoe enable flag error\n", "get PPPoEEnableFlag[%d]\n", kPppoeSend};
+
+constexpr size_t kLargestBlock = sizeof(Tr104PppoePayload);
+static_assert(kLargestBlock >= sizeof(Tr104Option60Payload) && kLargestBlock >= sizeof(Tr104Option125Payload));
+
+bool accepted(Accept a, int value) {
+    switch (a) {
+        case Accept::Any: return true;
+        case Accept::NonNegative: return value >= 0;
+        case Accept::Flag: return static_cast<unsigned int>(value) < 2u;
+    }
+    return false;
+}
+
+int fieldValue(const FieldValue &f, int nFlag, void *pValue) {
+    if (pValue == nullptr) {
+        TR104_DEBUG_AS(f.name, "param error, %s is null%s", f.valueName, f.nullSuffix);
+        return TR104_ERR_PARAM;
+    }
+    const bool text = f.width == Width::Text || f.width == Width::RawText;
+    char *textValue = static_cast<char *>(pValue);
+    if (text) {
+        TR104_DEBUG_AS(f.name, f.entry, nFlag, nFlag == 1 ? textValue : "");
+    } else {
+        TR104_DEBUG_AS(f.name, f.entry, nFlag, intValue(pValue));
+    }
+    uint8_t block[kLargestBlock] = {};
+    uint8_t *field = block + f.offset;
+    if (nFlag == 0) {
+        if (getPayload(block, f.len, f.getCmd) != TR104_OK) {
+            say(f.name, f.getError);
+            return TR104_ERR_EXCHANGE;
+        }
+        if (text) {
+            const size_t n = strnlen(reinterpret_cast<const char *>(field), f.textWidth - 1u);
+            std::memcpy(textValue, field, n);
+            if (f.width == Width::Text) {
+                textValue[n] = '\0';
+            }
+            TR104_DEBUG_AS(f.name, f.getDone, reinterpret_cast<const char *>(field));
+        } else {
+            const int v = f.width == Width::Byte ? *field : intValue(field);
+            putInt(pValue, v);
+            TR104_DEBUG_AS(f.name, f.getDone, v);
+        }
+        return TR104_OK;
+    }
+    if (nFlag != 1) {
+        TR104_DEBUG_AS(f.name, kFlagError, nFlag);
+        return TR104_ERR_PARAM;
+    }
+    if (text) {
+        const size_t n = strnlen(textValue, f.limit + 1u);
+        if (n > f.limit) {
+            say(f.name, f.valueError);
+            return TR104_ERR_PARAM;
+        }
+        std::memcpy(field, textValue, n);
+    } else {
+        const int v = intValue(pValue);
+        if (!accepted(f.accept, v)) {
+            TR104_DEBUG_AS(f.name, f.valueError, v);
+            return TR104_ERR_PARAM;
+        }
+        if (f.width == Width::Byte) {
+            *field = static_cast<uint8_t>(v);
+        } else {
+            putInt(field, v);
+        }
+    }
+    std::memcpy(block, &f.bit, sizeof(f.bit));
+    if (sendPayload(block, f.len, f.setCmd) != TR104_OK) {
+        say(f.name, f.sendError);
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+// One of the two DNS servers, selected by the index word of the block.
+int dnsServer(const char *name, uint32_t index, int nFlag, void *pDnsIp) {
+    if (pDnsIp == nullptr) {
+        say(name, "param error, pDnsIp is null\n");
+        return TR104_ERR_PARAM;
+    }
+    TR104_DEBUG_AS(name, index == 0 ? "nFlag[%d], *pDnsIp_1[%d]\n" : "nFlag[%d], *pDnsIp_2[%d]\n", nFlag,
+                   intValue(pDnsIp));
+    Tr104DnsPayload payload{};
+    payload.unIndex = index;
+    if (nFlag == 0) {
+        if (getPayload(&payload, sizeof(payload), TR104_GET_DNS_SERVER_ID) != TR104_OK) {
+            say(name, "get dns ip failed.\n");
+            return TR104_ERR_EXCHANGE;
+        }
+        putInt(pDnsIp, static_cast<int>(payload.unServer));
+        TR104_DEBUG_AS(name, index == 0 ? "*pDnsIp_1[%u]\n" : "*get DnsIp_2[%u]\n", payload.unServer);
+        return TR104_OK;
+    }
+    if (nFlag != 1) {
+        TR104_DEBUG_AS(name, kFlagError, nFlag);
+        return TR104_ERR_PARAM;
+    }
+    payload.unServer = static_cast<uint32_t>(intValue(pDnsIp));
+    if (sendPayload(&payload, sizeof(payload), TR104_ADD_DNS_SERVER_ID) != TR104_OK) {
+        say(name, "ADD_DNS_SERVER_ID msg snd failed.\n");
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+}  // namespace
+}  // namespace tr104::netcfg
+
+using namespace tr104::netcfg;
+
+extern "C" TR104_API int Tr104DnsIpConfig1(int nFlag, void *pDnsIp) { return dnsServer(__func__, 0, nFlag, pDnsIp); }
+extern "C" TR104_API int Tr104DnsIpConfig2(int nFlag, void *pDnsIp) { return dnsServer(__func__, 1, nFlag, pDnsIp); }
+
+// Both servers straight onto the request queue (no lock, no reply); messages on standard output.
+extern "C" TR104_API int Tr104DnsIpAddr(int nFlag, uint32_t *pDnsIp1, uint32_t *pDnsIp2, const uint32_t *pPort) {
+    if (const int rc = directChecks(__func__, pDnsIp1 != nullptr && pDnsIp2 != nullptr,
+                                    "[%s] param error, pDnsIp1 or pDnsIp2 is null!\r\n", nFlag, false);
+        rc != 1) {
+        return rc;
+    }
+    const Tr104DirectDnsPayload payload{portOf(pPort), *pDnsIp1, *pDnsIp2};
+    printf("[%s] module=%d, nPort=%d, Dns1=0x%x, Dns2=0x%x.\r\n", __func__, gCurrentModule,
+           static_cast<int>(payload.unPort), payload.unServer1, payload.unServer2);
+    if (sendDirect(TR104_ADD_DNS_SERVER_ID, &payload, sizeof(payload)) != TR104_OK) {
+        printf("[%s] send msg ADD_DNS_SERVER_ID failed.\r\n", __func__);
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+// The management server's URL, as the voice module knows it: read only, and a set is accepted
+// without doing anything so that a configuration restore does not fail on it.
+extern "C" TR104_API int Tr104AcsUrlConfig(int nFlag, void *pAcsUrl) {
+    if (pAcsUrl == nullptr) {
+        TR104_DEBUG("param error, pAcsUrl is null\n");
+        return TR104_ERR_PARAM;
+    }
+    char *url = static_cast<char *>(pAcsUrl);
+    TR104_DEBUG("nFlag[%d], *pAcsUrl[%d]\n", nFlag, url[0]);
+    if (nFlag == 0) {
+        if (getText(url, 256, TR104_GET_ACS_URL_ID) != TR104_OK) {
+            TR104_DEBUG("get ACS URL failed.\n");
+            return TR104_ERR_EXCHANGE;
+        }
+        TR104_DEBUG("*get AcsUrl[%.256s]\n", url);
+        return TR104_OK;
+    }
+    if (nFlag == 1) {
+        TR104_DEBUG("cannot set ACS URL, only get");
+        return TR104_OK;
+    }
+    TR104_DEBUG(kFlagError, nFlag);
+    return TR104_ERR_PARAM;
+}
+
+// A set of exactly 1 enables the client; any other value disables it.
+extern "C" TR104_API int Tr104DhcpEnable(int nFlag, void *pDhcpEnableFlag) {
+    if (pDhcpEnableFlag == nullptr) {
+        TR104_DEBUG("param error, pDhcpEnableFlag is null\n");
+        return TR104_ERR_PARAM;
+    }
+    const int value = intValue(pDhcpEnableFlag);
+    TR104_DEBUG("nFlag[%d], *pDhcpEnableFlag[%d]\n", nFlag, value);
+    if (nFlag == 0) {
+        uint8_t payload[TR104_DHCP_PAYLOAD_LEN] = {};
+        if (getPayload(payload, sizeof(payload), TR104_GET_DHCP_ID) != TR104_OK) {
+            TR104_DEBUG("get dhcp enable flag error\n");
+            return TR104_ERR_EXCHANGE;
+        }
+        const int enabled = intValue(payload);
+        putInt(pDhcpEnableFlag, enabled);
+        TR104_DEBUG("get DhcpEnableFlag[%d]\n", enabled);
+        return TR104_OK;
+    }
+    if (nFlag != 1) {
+        TR104_DEBUG(kFlagError, nFlag);
+        return TR104_ERR_PARAM;
+    }
+    if (sendPayload(nullptr, 0, value == 1 ? TR104_SET_DHCP_ENABLE_ID : TR104_SET_DHCP_DISABLE_ID) != TR104_OK) {
+        TR104_DEBUG("SET_DHCP_ENABLE_ID or SET_DHCP_DISABLE_ID msg snd failed.\n");
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+extern "C" TR104_API int Tr104DHCPOption60Enable(int nFlag, void *pOptionEnable) {
+    return fieldValue(kOption60Enable, nFlag, pOptionEnable);
+}
+extern "C" TR104_API int Tr104DHCPOption60Type(int nFlag, void *pOptionType) {
+    return fieldValue(kOption60Type, nFlag, pOptionType);
+}
+extern "C" TR104_API int Tr104DHCPOption60ValueMode(int nFlag, void *pOptionValueMode) {
+    return fieldValue(kOption60ValueMode, nFlag, pOptionValueMode);
+}
+
+// The value text is written only while the value mode is 0 (the voice module builds the value
+// itself in the other modes).  The length is checked before the mode is read, so a refused
+// text sends nothing at all.
+extern "C" TR104_API int Tr104DHCPOption60Value(int nFlag, void *pOptionValue) {
+    if (nFlag == 1 && pOptionValue != nullptr) {
+        if (strnlen(static_cast<const char *>(pOptionValue), kOption60Value.limit + 1u) > kOption60Value.limit) {
+            TR104_DEBUG("%s", kOption60Value.valueError);
+            return TR104_ERR_PARAM;
+        }
+        int mode = 0;
+        if (Tr104DHCPOption60ValueMode(0, &mode) != TR104_OK) {
+            TR104_DEBUG("get Option60 value mode error\n");
+            return TR104_ERR_EXCHANGE;
+        }
+        if (mode != 0) {
+            TR104_DEBUG(kFlagError, nFlag);
+            return TR104_ERR_PARAM;
+        }
+    }
+    return fieldValue(kOption60Value, nFlag, pOptionValue);
+}
+
+// Option 120 (the SIP servers) straight onto the request queue; messages on standard output.
+extern "C" TR104_API int Tr104DhcpOption120(int nFlag, const char *pOption120) {
+    constexpr size_t kLongest = 2048;
+    if (const int rc = directChecks(__func__, pOption120 != nullptr, "[%s] param error, pOption120 is null!\r\n",
+                                    nFlag, true);
+        rc != 1) {
+        return rc;
+    }
+    const size_t n = strnlen(pOption120, kLongest + 1);
+    if (n > kLongest) {
+        printf("[%s] param error, pOption120 is too long.\r\n", __func__);
+        return TR104_ERR_PARAM;
+    }
+    printf("[%s] module=%d, pOption120=%s.\r\n", __func__, gCurrentModule, pOption120);
+    // The whole request area: the text and zeros (a 2048-character text fills it to the end).
+    char area[TR104_CFG_BUFFER_LEN] = {};
+    std::memcpy(area, pOption120, n < sizeof(area) ? n : sizeof(area));
+    if (sendDirect(TR104_SET_DHCP_OPTION120_ID, area, sizeof(area)) != TR104_OK) {
+        printf("[%s] send msg SET_DHCP_OPTION120 failed.\r\n", __func__);
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+extern "C" TR104_API int Tr104DHCPOption125Enable(int nFlag, void *pOptionEnable) {
+    return fieldValue(kOption125Enable, nFlag, pOptionEnable);
+}
+extern "C" TR104_API int Tr104DHCPOption125Value(int nFlag, void *pOptionValue) {
+    return fieldValue(kOption125Value, nFlag, pOptionValue);
+}
+extern "C" TR104_API int Tr104PPPoEAccount(int nFlag, void *pPPPoEAccount) {
+    return fieldValue(kPppoeAccount, nFlag, pPPPoEAccount);
+}
+extern "C" TR104_API int Tr104PPPoEPassword(int nFlag, void *pPPPoEPassword) {
+    return fieldValue(kPppoePassword, nFlag, pPPPoEPassword);
+}
+extern "C" TR104_API int Tr104PPPoEEnable(int nFlag, void *pPPPoEEnableFlag) {
+    return fieldValue(kPppoeEnable, nFlag, pPPPoEEnableFlag);
+}
+
+// The PPPoE mode is not configurable on this device: both directions succeed and do nothing.
+extern "C" TR104_API int Tr104PPPoEMode(int nFlag, void *pValue) {
+    (void)nFlag;
+    (void)pValue;
+    return TR104_OK;
+}

@@ -1,0 +1,188 @@
+// The voice module's network time client: enable, status, two NTP servers, the current local
+// time and the time zone as a signed offset; plus the time-zone name, kept in the library.
+#include <cstdio>
+
+#include "tr104/netcfg/netcfg_internal.h"
+
+extern "C" {
+TR104_API char gLocalTimeZoneName[64] = {0};
+}
+
+namespace tr104::netcfg {
+namespace {
+
+constexpr char kFlagError[] = "param error, nFlag[%d]\n";
+
+const SmallValue kTimeEnable{"Tr104TimeEnable", "param error, pTimeEnable is null\n", "nFlag[%d], pTimeEnable[%d]\n",
+                             TR104_GET_NTP_ENABLE_ID, TR104_SET_NTP_ENABLE_ID, 4, "get TimeEnable error \n",
+                             "get TimeEnable [%d] \n", "SET_NTP_ENABLE_ID msg snd failed.\n"};
+
+// A text of the time block (or, for the local time, the whole answer).  A field ends where the
+// next one starts, the last one at the block's end.
+struct TimeText {
+    const char *name;
+    const char *valueName;
+    const char *entry;  // "%d" nFlag, "%s" the text (sets only); null: none
+    uint16_t getCmd, setCmd;  // setCmd 0: read only
+    uint16_t offset;          // in the time block; 0: the answer is the text itself (256 bytes)
+    uint16_t width;
+    const char *getError;
+    const char *getDone;
+    const char *sendError;
+};
+
+const TimeText kStatus{"Tr104TimeStatus", "pTimeStatus", nullptr, TR104_GET_TIME_STATUS_ID, 0, TR104_TIME_STATUS_AT,
+                       TR104_TIME_NTP1_AT - TR104_TIME_STATUS_AT, "get TimeStatus error.\n", "get TimeStatus [%s].\n",
+                       nullptr};
+const TimeText kNtp1{"Tr104TimeNtpServer1", "pNtpServer1", "nFlag[%d], pNtpServer1[%s]\n", TR104_GET_NTP_SERVER1_ID,
+                     TR104_SET_NTP_SERVER1_ID, TR104_TIME_NTP1_AT, TR104_TIME_NTP2_AT - TR104_TIME_NTP1_AT,
+                     "get NTP Server 1 failed.\n", "get NTP Server 1 [%s].\n", "SET_NTP_SERVER1_ID msg snd failed.\n"};
+// Its read failure names server 1: the voice module's tools match that text.
+const TimeText kNtp2{"Tr104TimeNtpServer2", "pNtpServer2", "nFlag[%d], pNtpServer2[%s]\n", TR104_GET_NTP_SERVER2_ID,
+                     TR104_SET_NTP_SERVER2_ID, TR104_TIME_NTP2_AT, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP2_AT,
+                     "get NTP Server 1 failed.\n", "get NTP Server 2 [%s].\n", "SET_NTP_SERVER2_ID msg snd failed.\n"};
+const TimeText kLocalTime{"Tr104TimeCurrentLocalTime", "pCurrentLocalTime", nullptr, TR104_GET_LOCAL_TIME_ID, 0, 0,
+                          256, "get Current Local Time error.\n", "get Current Local Time [%s].\n", nullptr};
+
+int timeText(const TimeText &t, int nFlag, void *pValue) {
+    if (pValue == nullptr) {
+        TR104_DEBUG_AS(t.name, "param error, %s is null\n", t.valueName);
+        return TR104_ERR_PARAM;
+    }
+    char *text = static_cast<char *>(pValue);
+    if (t.entry != nullptr) {
+        TR104_DEBUG_AS(t.name, t.entry, nFlag, nFlag == 1 ? text : "");
+    }
+    if (nFlag == 0) {
+        if (t.offset == 0) {
+            if (getText(text, t.width, t.getCmd) != TR104_OK) {
+                say(t.name, t.getError);
+                return TR104_ERR_EXCHANGE;
+            }
+            TR104_DEBUG_AS(t.name, t.getDone, text);
+            return TR104_OK;
+        }
+        char block[TR104_TIME_PAYLOAD_LEN] = {};
+        if (getPayload(block, sizeof(block), t.getCmd) != TR104_OK) {
+            say(t.name, t.getError);
+            return TR104_ERR_EXCHANGE;
+        }
+        tr104::sip::copyBounded(text, block + t.offset, t.width - 1u);
+        TR104_DEBUG_AS(t.name, t.getDone, text);
+        return TR104_OK;
+    }
+    if (nFlag != 1 || t.setCmd == 0) {
+        TR104_DEBUG_AS(t.name, kFlagError, nFlag);
+        return TR104_ERR_PARAM;
+    }
+    if (strnlen(text, t.width) >= t.width) {
+        TR104_DEBUG_AS(t.name, "param error, %s is too long\n", t.valueName);
+        return TR104_ERR_PARAM;
+    }
+    char block[TR104_TIME_PAYLOAD_LEN] = {};
+    tr104::sip::copyBounded(block + t.offset, text, t.width - 1u);
+    if (sendPayload(block, sizeof(block), t.setCmd) != TR104_OK) {
+        say(t.name, t.sendError);
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+bool digit(char c) { return c >= '0' && c <= '9'; }
+
+}  // namespace
+}  // namespace tr104::netcfg
+
+using namespace tr104::netcfg;
+
+extern "C" TR104_API int Tr104TimeEnable(int nFlag, void *pTimeEnable) { return smallValue(kTimeEnable, nFlag, pTimeEnable); }
+extern "C" TR104_API int Tr104TimeStatus(int nFlag, void *pTimeStatus) { return timeText(kStatus, nFlag, pTimeStatus); }
+extern "C" TR104_API int Tr104TimeNtpServer1(int nFlag, void *pNtpServer1) { return timeText(kNtp1, nFlag, pNtpServer1); }
+extern "C" TR104_API int Tr104TimeNtpServer2(int nFlag, void *pNtpServer2) { return timeText(kNtp2, nFlag, pNtpServer2); }
+extern "C" TR104_API int Tr104TimeCurrentLocalTime(int nFlag, void *pCurrentLocalTime) {
+    return timeText(kLocalTime, nFlag, pCurrentLocalTime);
+}
+
+// "+HH:MM" or "-HH:MM", hours 00..12.  Hours 02 and 12 take only ":00"; the other hours take any
+// minutes 00..59.
+extern "C" TR104_API int checkTimeZoneValid(const char *pTimeZone) {
+    if (pTimeZone == nullptr || strnlen(pTimeZone, 7) != 6) {
+        return 0;
+    }
+    const char *z = pTimeZone;
+    if (z[0] != '+' && z[0] != '-') return 0;
+    if (z[1] != '0' && z[1] != '1') return 0;
+    if (!digit(z[2]) || z[3] != ':') return 0;
+    if (z[4] < '0' || z[4] > '5' || !digit(z[5])) return 0;
+    if (z[1] == '1' && z[2] > '2') return 0;
+    if (z[2] == '2' && (z[4] != '0' || z[5] != '0')) return 0;
+    return 1;
+}
+
+// The offset travels in seconds (east positive) at offset 52 of the time block.  An offset of
+// 0 reads back as "-00:00".
+extern "C" TR104_API int Tr104TimeLocalTimeZone(int nFlag, void *pLocalTimeZone) {
+    if (pLocalTimeZone == nullptr) {
+        TR104_DEBUG("param error, pLocalTimeZone is null\n");
+        return TR104_ERR_PARAM;
+    }
+    char *text = static_cast<char *>(pLocalTimeZone);
+    TR104_DEBUG("nFlag[%d], pLocalTimeZone[%s]\n", nFlag, nFlag == 1 ? text : "");
+    char block[TR104_TIME_PAYLOAD_LEN] = {};
+    if (nFlag == 0) {
+        if (getPayload(block, sizeof(block), TR104_GET_TIME_ZONE_ID) != TR104_OK) {
+            TR104_DEBUG("get Local Time Zone error \n");
+            return TR104_ERR_EXCHANGE;
+        }
+        int offset = intValue(block + TR104_TIME_OFFSET_AT);
+        const char sign = offset >= 1 ? '+' : '-';
+        // Negated as an unsigned word: the most negative offset has no positive int.
+        const unsigned int magnitude = offset >= 1 ? static_cast<unsigned int>(offset) : 0u - static_cast<unsigned int>(offset);
+        snprintf(text, 7, "%c%02u:%02u", sign, (magnitude / 3600u) % 100u, (magnitude % 3600u) / 60u);
+        TR104_DEBUG("get Local Time Zone [%s] \n", text);
+        return TR104_OK;
+    }
+    if (nFlag != 1) {
+        TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
+        return TR104_ERR_PARAM;
+    }
+    if (checkTimeZoneValid(text) == 0) {
+        TR104_DEBUG("param error, pLocalTimeZone[%.16s]\n", text);
+        return TR104_ERR_PARAM;
+    }
+    const int hours = 10 * (text[1] - '0') + (text[2] - '0');
+    const int minutes = 10 * (text[4] - '0') + (text[5] - '0');
+    const int seconds = (hours * 3600 + minutes * 60) * (text[0] == '-' ? -1 : 1);
+    tr104::sip::putInt(block + TR104_TIME_OFFSET_AT, seconds);
+    if (sendPayload(block, sizeof(block), TR104_SET_TIME_ZONE_ID) != TR104_OK) {
+        TR104_DEBUG("SET_NTP_LocalTimeZone_ID msg snd failed.\n");
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+// The name is the library's own: it is not sent to the voice module.
+extern "C" TR104_API int Tr104TimeLocalTimeZoneName(int nFlag, void *pLocalTimeZoneName) {
+    if (pLocalTimeZoneName == nullptr) {
+        TR104_DEBUG("param error, pLocalTimeZoneName is null\n");
+        return TR104_ERR_PARAM;
+    }
+    char *text = static_cast<char *>(pLocalTimeZoneName);
+    TR104_DEBUG("nFlag[%d], pLocalTimeZoneName[%s]\n", nFlag, nFlag == 1 ? text : "");
+    if (nFlag == 0) {
+        tr104::sip::copyBounded(text, gLocalTimeZoneName, sizeof(gLocalTimeZoneName) - 1);
+        TR104_DEBUG("get Local Time Zone Name [%s] \n", text);
+        return TR104_OK;
+    }
+    if (nFlag != 1) {
+        TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
+        return TR104_ERR_PARAM;
+    }
+    if (strnlen(text, sizeof(gLocalTimeZoneName)) >= sizeof(gLocalTimeZoneName)) {
+        TR104_DEBUG("param error, pLocalTimeZoneName is too long\n");
+        return TR104_ERR_PARAM;
+    }
+    std::memset(gLocalTimeZoneName, 0, sizeof(gLocalTimeZoneName));
+    tr104::sip::copyBounded(gLocalTimeZoneName, text, sizeof(gLocalTimeZoneName) - 1);
+    return TR104_OK;
+}
