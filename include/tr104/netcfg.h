@@ -70,9 +70,10 @@ typedef struct Tr104IpConfigPayload {
     uint8_t aucRest[248];     /*  28: the voice module's, kept as the last get returned them */
 } Tr104IpConfigPayload;
 
-/* Tr104VoiceIpAddr's direct payload under command 41 (28 bytes, sent without the lock).  The
- * voice module tells it from the 276-byte payload by the message length it reads: only this one
- * has its interface name at 16 and nothing after byte 28. */
+/* Tr104VoiceIpAddr's direct payload under command 41 (28 bytes, sent without the lock).  It
+ * travels in the same 4100-byte message as the 276-byte payload: a voice module tells the two
+ * apart by the interface name at 16 (where the configuration holds the RTP words) followed by
+ * zeros to the configuration's end. */
 typedef struct Tr104DirectIpPayload {
     uint32_t unPort;
     uint32_t unAddr;

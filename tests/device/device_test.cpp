@@ -142,7 +142,8 @@ TEST_F(DeviceOps, PrivateProtocolSwitches) {
         EXPECT_EQ(value, 1);
         const auto sent = seen(2);
         EXPECT_EQ(sent[0].cmd, c.setCmd);
-        EXPECT_TRUE(siptest::zeroExcept(sent[0], {{0, 1}}));
+        EXPECT_EQ(sent[0].word<int>(0), 1);
+        EXPECT_TRUE(siptest::zeroExcept(sent[0], {{0, 4}}));
         EXPECT_EQ(sent[1].cmd, c.getCmd);
         restartLog();
         EXPECT_EQ(c.handler(2, &value), -2);

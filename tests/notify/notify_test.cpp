@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tr104.h"
+#include "tr104/netcfg.h"
 #include "tr104/notify.h"
 
 namespace {
@@ -144,6 +145,50 @@ TEST_F(Notify, ServersUnderPrimaryOrStandbyNames) {
         EXPECT_EQ(call.pairs[0], std::make_pair(kProfile + c.address, std::string("proxy.example.net")));
         EXPECT_EQ(call.pairs[1], std::make_pair(kProfile + c.port, std::string("5061")));
     }
+}
+
+// The voice interface's settings: addresses as dotted text, the addressing type by its word, the
+// VLAN id and priority of each traffic class.
+TEST_F(Notify, NetworkSettingsOfTheVoiceInterface) {
+    const std::string ip = "InternetGatewayDevice.X_QRV_VOIP_IPPARAMS.";
+    Tr104Msg msg{};
+    const uint32_t words[] = {1, CommIpAddrStrToUnInt("10.0.0.5"), CommIpAddrStrToUnInt("255.255.0.0"),
+                              CommIpAddrStrToUnInt("10.0.0.1")};
+    std::memcpy(msg.rspBuffer, words, sizeof(words));
+    EXPECT_EQ(Tr104IpParamsChangeNotify(&msg), 0);
+    const std::vector<std::pair<std::string, std::string>> addresses = {
+        {ip + "ExternalIPAddress", "10.0.0.5"}, {ip + "SubnetMask", "255.255.0.0"}, {ip + "DefaultGateway", "10.0.0.1"}};
+    EXPECT_EQ(onlyCall().pairs, addresses);
+
+    for (const auto &[type, text] : {std::pair<uint32_t, std::string>{0, "Static"}, {1, "DHCP"}, {2, ""}}) {
+        gAgentCalls.clear();
+        std::memcpy(msg.rspBuffer, &type, 4);
+        EXPECT_EQ(Tr104DHCPParamChangeNotify(&msg), 0);
+        ASSERT_EQ(onlyCall().pairs.size(), 1u);
+        EXPECT_EQ(onlyCall().pairs[0], std::make_pair(ip + "AddressingType", text)) << type;
+    }
+
+    Tr104VlanPayload vlan{};
+    vlan.sip.usVlanId = 100;
+    vlan.sip.ucVlanPriority = 5;
+    vlan.rtp.usVlanId = 4096;
+    vlan.rtp.ucVlanPriority = 7;
+    std::memcpy(msg.rspBuffer, &vlan, sizeof(vlan));
+    const struct {
+        int (*notifier)(const Tr104Msg *);
+        const char *klass, *id, *priority;
+    } cases[] = {{Tr104SipVlanParamsChangeNotify, "SIP", "100", "5"}, {Tr104RtpVlanParamsChangeNotify, "RTP", "4096", "7"}};
+    for (const auto &c : cases) {
+        gAgentCalls.clear();
+        EXPECT_EQ(c.notifier(&msg), 0);
+        ASSERT_EQ(onlyCall().pairs.size(), 2u);
+        EXPECT_EQ(onlyCall().pairs[0], std::make_pair(kProfile + c.klass + ".VLANIDMark", std::string(c.id)));
+        EXPECT_EQ(onlyCall().pairs[1], std::make_pair(kProfile + c.klass + ".EthernetPriorityMark", std::string(c.priority)));
+    }
+    gAgentCalls.clear();
+    EXPECT_EQ(Tr104IpParamsChangeNotify(nullptr), -1);
+    EXPECT_EQ(Tr104RtpVlanParamsChangeNotify(nullptr), -1);
+    EXPECT_TRUE(gAgentCalls.empty());
 }
 
 TEST_F(Notify, OverlongStringsAreCutAtTheValueBuffer) {

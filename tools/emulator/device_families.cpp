@@ -8,6 +8,7 @@
 #include <mutex>
 #include <sstream>
 
+#include "emulator/area_state.h"
 #include "emulator/device_emulator.h"
 #include "emulator/protocol_family.h"
 #include "tr104/device.h"
@@ -16,19 +17,7 @@
 namespace vmemu {
 namespace {
 
-struct Held {
-    std::mutex mutex;
-    DeviceState state;
-};
-
-std::mutex registryMutex;
-std::map<const VoiceModuleEmulator *, std::shared_ptr<Held>> registry;
-
-std::shared_ptr<Held> heldOf(const VoiceModuleEmulator &emulator) {
-    std::lock_guard lock(registryMutex);
-    auto it = registry.find(&emulator);
-    return it != registry.end() ? it->second : nullptr;
-}
+AreaState<DeviceState> areas;
 
 void putWord(Payload &reply, int value) { std::memcpy(reply.data(), &value, sizeof(value)); }
 
@@ -53,11 +42,7 @@ const StateWord kWords[] = {
 };
 
 void installDeviceFamilies(VoiceModuleEmulator &e) {
-    auto held = std::make_shared<Held>();
-    {
-        std::lock_guard lock(registryMutex);
-        registry[&e] = held;
-    }
+    auto held = areas.install(e);
     for (const StateWord &w : kWords) {
         e.nameCommand(w.getCmd, w.getName);
         e.setHandler(w.getCmd, [held, word = w.word](const Request &, Payload &reply) {
@@ -87,10 +72,7 @@ FamilyRegistrar registrar(&installDeviceFamilies);
 
 template <typename F>
 void change(VoiceModuleEmulator &emulator, F &&f) {
-    if (auto held = heldOf(emulator)) {
-        std::lock_guard lock(held->mutex);
-        f(held->state);
-    }
+    areas.change(emulator, std::forward<F>(f));
 }
 
 // The voice profile bound to a line's port, when there is one.
