@@ -82,6 +82,10 @@ check "device: two-argument handler" 0 "=NONE" -- --protocol none get Tr104Profi
 check "stats: line and profile tables" 0 "RTP packets sent                 0" "profile (lines 1 and 2)" -- stats --line 2
 check "stats: profile value of two arguments" 0 "=101" -- get Tr104TelEvent2833PayloadType
 check "stats: line 3" 2 "usage: tr104ctl [options] stats" -- stats --line 3
+check "net: the voice interface" 0 "address, mask, gateway" "time status                                Disabled" -- net
+check "net: an address as dotted text" 0 "=192.168.100.2" -- get Tr104IpAddrConfig
+check "net: a number table entry" 0 "=(no entry)" -- get Tr104IptParamConfig --line 1
+check "net: not an address" 2 "'10.0.0' is not an IPv4 address" -- set Tr104DnsIpConfig1 10.0.0
 check "codec list entry out of range" 1 "returned -2" -- set Tr104LineCodecListPriority --line 1 --entry 6 -- 1
 check "--no-emulate without a voice module" 1 "" -- --no-emulate get Tr104VoiceProtocolType
 # The run above left the send queue behind: it exists now, but nobody answers on it.

@@ -53,6 +53,26 @@ inline int runSteps(const Library &lib, const DemoStep *steps, size_t count) {
     return problems;
 }
 
+// One row of a settings or statistics table: label, value and unit, or why there is no value.
+// Returns 1 when the value could not be read, else 0.
+inline int printValue(const Library &lib, const char *handler, int line, const char *label, const char *unit,
+                      int width) {
+    CallRequest req;
+    req.handler = handler;
+    req.locate[2] = line;
+    const CallResult r = callHandler(lib, req);
+    std::string shown;
+    if (!r.called) {
+        shown = "(" + r.message + ")";
+    } else if (r.rc != 0) {
+        shown = "(not available: " + std::to_string(r.rc) + ")";
+    } else {
+        shown = (r.shown.empty() ? "\"\"" : r.shown) + (unit[0] ? std::string(" ") + unit : "");
+    }
+    std::printf("  %-*s %s\n", width, label, shown.c_str());
+    return r.called && r.rc == 0 ? 0 : 1;
+}
+
 template <size_t N>
 int runSection(const Library &lib, const char *title, const DemoStep (&steps)[N]) {
     std::printf("\n== %s\n", title);

@@ -142,8 +142,8 @@ inline constexpr HandlerKind kHandlerKinds[] = {
 // Each area of the library lists its handlers in a table of its own.
 #include "ctl/kinds/h248.h"
 #include "ctl/kinds/linetest.h"
-#include "ctl/kinds/netcfg.h"
 #include "ctl/kinds/device.h"
+#include "ctl/kinds/netcfg.h"
 #include "ctl/kinds/stats.h"
 
 namespace tr104ctl {

@@ -1,16 +1,125 @@
-// The netcfg area of the client: its commands and its section of the demo.
+// The voice network area of the client: `tr104ctl net` (the voice interface's settings on one
+// screen) and the demo's section on them.
 #pragma once
 
+#include <cstdio>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "ctl/area.h"
+#include "ctl/invoke.h"
+#include "ctl/steps.h"
+#include "emulator/netcfg_emulator.h"
 
 namespace tr104ctl {
 
-inline constexpr std::span<const AreaCommand> kNetcfgCommands{};
+namespace netcfg {
 
-// The demo's netcfg section, run against the emulator after the library's full start-up.  Returns
-// the number of problems seen (0 when everything behaved as shown).
-inline int runNetcfgDemo(const Library &, vmemu::VoiceModuleEmulator &) { return 0; }
+struct Row {
+    const char *handler;
+    const char *label;
+    int line;  // nLocate[2]: the entry of a number table
+};
+
+inline constexpr Row kRows[] = {
+    {"Tr104IpParamConfig", "address, mask, gateway", 0},
+    {"Tr104RtpIpParamConfig", "RTP address, mask, gateway", 0},
+    {"Tr104IpMode", "address mode (0 static, 1 DHCP, 2 PPPoE)", 0},
+    {"Tr104DnsIpConfig1", "DNS server 1", 0},
+    {"Tr104DnsIpConfig2", "DNS server 2", 0},
+    {"Tr104SipVlanId", "SIP VLAN id", 0},
+    {"Tr104SipVlanPriority", "SIP VLAN priority", 0},
+    {"Tr104SipSVlanId", "SIP service VLAN id", 0},
+    {"Tr104RtpVlanId", "RTP VLAN id", 0},
+    {"Tr104RtpVlanPriority", "RTP VLAN priority", 0},
+    {"Tr104RtpSVlanId", "RTP service VLAN id", 0},
+    {"Tr104DHCPOption60Enable", "DHCP option 60", 0},
+    {"Tr104DHCPOption60Value", "DHCP option 60 value", 0},
+    {"Tr104DHCPOption125Enable", "DHCP option 125", 0},
+    {"Tr104PPPoEEnable", "PPPoE", 0},
+    {"Tr104PPPoEAccount", "PPPoE account", 0},
+    {"Tr104AcsUrlConfig", "management server", 0},
+    {"Tr104TimeEnable", "network time", 0},
+    {"Tr104TimeStatus", "time status", 0},
+    {"Tr104TimeNtpServer1", "NTP server 1", 0},
+    {"Tr104TimeNtpServer2", "NTP server 2", 0},
+    {"Tr104TimeLocalTimeZone", "time zone", 0},
+    {"Tr104TimeLocalTimeZoneName", "time zone name", 0},
+    {"Tr104TimeCurrentLocalTime", "local time", 0},
+    {"Tr104PosParamConfig", "POS number 1", 1},
+    {"Tr104IptParamConfig", "IPT number 1", 1},
+    {"Tr104LedStandard", "LED standard", 0},
+};
+
+// The settings with their values, or why a value is missing.  Returns the rows that failed.
+inline int printSettings(const Library &lib) {
+    int failed = 0;
+    for (const Row &row : kRows) {
+        failed += printValue(lib, row.handler, row.line, row.label, "", 42);
+    }
+    return failed;
+}
+
+inline int runNet(const AreaContext &context, const std::vector<std::string> &args) {
+    if (!args.empty()) {
+        std::fprintf(stderr, "tr104ctl: usage: tr104ctl [options] net\n");
+        return 2;
+    }
+    std::printf("voice interface\n");
+    return printSettings(context.lib) == 0 ? 0 : 1;
+}
+
+}  // namespace netcfg
+
+inline constexpr AreaCommand kNetcfgCommandRows[] = {
+    {"net", "       tr104ctl [options] net   the voice interface's address, VLANs, DNS, DHCP, PPPoE and time",
+     &netcfg::runNet},
+};
+inline constexpr std::span<const AreaCommand> kNetcfgCommands{kNetcfgCommandRows};
+
+// The demo's network section: an address given in three writes reaches the voice module as one
+// configuration, and so do the six VLAN values of the signalling traffic; then the address
+// mode, the time zone and a POS number.
+inline int runNetcfgDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+    const vmemu::NetState before = vmemu::netState(emulator);
+    static const DemoStep kAddress[] = {
+        {"Tr104IpAddrConfig", false, nullptr, 0, ""},
+        {"Tr104IpAddrConfig", true, "10.20.0.5", 0, "staged in slot 0"},
+        {"Tr104NetMaskConfig", true, "255.255.255.0", 0, "staged"},
+        {"Tr104GatewayConfig", true, "10.20.0.1", 0, "the third: one configuration goes out"},
+        {"Tr104IpParamConfig", false, nullptr, 0, ""},
+        {"Tr104SipVlanId", true, "200", 0, "six values of the SIP VLANs, in slot 6"},
+        {"Tr104SipVlanPriority", true, "9", 0, "outside 1..7: stored as 0"},
+        {"Tr104SipVlanTypeId", true, "33024", 0, ""},
+        {"Tr104SipSVlanId", true, "20", 0, ""},
+        {"Tr104SipSVlanPriority", true, "3", 0, ""},
+        {"Tr104SipSVlanTypeId", true, "34984", 0, "the sixth: one VLAN configuration goes out"},
+        {"Tr104SipVlanPriority", false, nullptr, 0, ""},
+        {"Tr104RtpVlanPriority", true, "9", 0, "RTP priorities above 7 are refused"},
+    };
+    int problems = runSection(lib, "network: address and VLANs, grouped", kAddress);
+    const vmemu::NetState after = vmemu::netState(emulator);
+    std::printf("  (the voice module received %d address configuration(s) and %d VLAN configuration(s))\n",
+                after.ipWrites - before.ipWrites, after.vlanWrites - before.vlanWrites);
+    if (after.ipWrites - before.ipWrites != 1 || after.vlanWrites - before.vlanWrites != 1) {
+        ++problems;
+    }
+    static const DemoStep kSettings[] = {
+        {"Tr104IpMode", true, "2", 0, "PPPoE: the DHCP client off, the PPPoE client on"},
+        {"Tr104PPPoEAccount", true, "subscriber@isp", 0, ""},
+        {"Tr104IpMode", false, nullptr, 0, ""},
+        {"Tr104TimeLocalTimeZone", true, "+08:00", 0, "sent as 28800 seconds"},
+        {"Tr104TimeLocalTimeZone", true, "+13:00", 0, "refused"},
+        {"Tr104TimeLocalTimeZone", false, nullptr, 0, ""},
+        {"Tr104TimeCurrentLocalTime", false, nullptr, 0, "the voice module's clock in that zone"},
+        {"Tr104PosParamConfig", true, "5551234 A", 0, "add a POS number of type A"},
+        {"Tr104PosParamConfig", false, nullptr, 1, "entry 1"},
+    };
+    problems += runSection(lib, "network: address mode, time zone, numbers", kSettings);
+    std::printf("\n== network: the voice interface (tr104ctl net)\n");
+    problems += netcfg::printSettings(lib);
+    return problems;
+}
 
 }  // namespace tr104ctl

@@ -70,20 +70,7 @@ inline int printRows(const Library &lib, const char *title, std::span<const Row>
     std::printf("\n%s\n", title);
     int failed = 0;
     for (const Row &row : rows) {
-        CallRequest req;
-        req.handler = row.handler;
-        req.locate[2] = line;
-        const CallResult r = callHandler(lib, req);
-        std::string shown;
-        if (!r.called) {
-            shown = "(" + r.message + ")";
-        } else if (r.rc != 0) {
-            shown = "(not available: " + std::to_string(r.rc) + ")";
-        } else {
-            shown = r.shown + (row.unit[0] ? std::string(" ") + row.unit : "");
-        }
-        failed += r.called && r.rc == 0 ? 0 : 1;
-        std::printf("  %-32s %s\n", row.label, shown.c_str());
+        failed += printValue(lib, row.handler, line, row.label, row.unit, 32);
     }
     return failed;
 }

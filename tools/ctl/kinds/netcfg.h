@@ -1,11 +1,269 @@
-// The client's table of the netcfg handlers: value kind and text size of each (included by
-// ctl/value_kinds.h, after HandlerKind).
+// The client's table of the voice network handlers (included by ctl/value_kinds.h, after
+// HandlerKind and the device table).  Most take (nFlag, pValue) only; addresses are written and
+// shown as dotted text (the word as inet_pton gives it, which is what the agent passes); the
+// handlers with several values take them in one value separated by blanks.
 #pragma once
 
+#include <arpa/inet.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <span>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace tr104ctl {
 
-inline constexpr std::span<const HandlerKind> kNetcfgKinds{};
+namespace net {
+
+inline bool parseAddress(const std::string &text, uint32_t *word) { return inet_pton(AF_INET, text.c_str(), word) == 1; }
+
+inline std::string showAddress(uint32_t word) {
+    char text[INET_ADDRSTRLEN] = {};
+    inet_ntop(AF_INET, &word, text, sizeof(text));
+    return text;
+}
+
+inline std::vector<std::string> words(const std::string &value) {
+    std::istringstream in(value);
+    std::vector<std::string> out;
+    for (std::string w; in >> w;) {
+        out.push_back(w);
+    }
+    return out;
+}
+
+// Several addresses of one value; false (and the message) when one is not an address.
+inline bool parseAddresses(const std::vector<std::string> &texts, size_t count, uint32_t *out, CustomResult *r) {
+    if (texts.size() < count) {
+        r->message = "the value must hold " + std::to_string(count) + " addresses separated by blanks";
+        return false;
+    }
+    for (size_t i = 0; i < count; ++i) {
+        if (!parseAddress(texts[i], &out[i])) {
+            r->message = "'" + texts[i] + "' is not an IPv4 address";
+            return false;
+        }
+    }
+    return true;
+}
+
+using TwoArguments = int (*)(int nFlag, void *pValue);
+
+// One address: (nFlag, pValue).
+inline CustomResult address(void *handler, bool set, const std::string &value, int *) {
+    CustomResult r;
+    uint32_t word = 0;
+    if (set && !parseAddresses(words(value), 1, &word, &r)) {
+        return r;
+    }
+    r.called = true;
+    r.rc = reinterpret_cast<TwoArguments>(handler)(set ? 1 : 0, &word);
+    r.shown = showAddress(word);
+    return r;
+}
+
+// Address, mask and gateway through three pointers.
+inline CustomResult triple(void *handler, bool set, const std::string &value, int *) {
+    CustomResult r;
+    uint32_t w[3] = {};
+    if (set && !parseAddresses(words(value), 3, w, &r)) {
+        return r;
+    }
+    r.called = true;
+    r.rc = reinterpret_cast<int (*)(int, uint32_t *, uint32_t *, uint32_t *)>(handler)(set ? 1 : 0, &w[0], &w[1], &w[2]);
+    r.shown = showAddress(w[0]) + " " + showAddress(w[1]) + " " + showAddress(w[2]);
+    return r;
+}
+
+// Tr104VoiceIpAddr: "ADDRESS MASK GATEWAY IFNAME PORT".
+inline CustomResult voiceIpAddr(void *handler, bool set, const std::string &value, int *) {
+    CustomResult r;
+    if (!set) {
+        r.message = "a set only: \"ADDRESS MASK GATEWAY IFNAME PORT\"";
+        return r;
+    }
+    const std::vector<std::string> v = words(value);
+    uint32_t w[3] = {};
+    if (!parseAddresses(v, 3, w, &r)) {
+        return r;
+    }
+    const uint32_t port[3] = {0, 0, v.size() > 4 ? static_cast<uint32_t>(std::strtoul(v[4].c_str(), nullptr, 10)) : 0u};
+    r.called = true;
+    r.rc = reinterpret_cast<int (*)(int, uint32_t *, uint32_t *, uint32_t *, const char *, const uint32_t *)>(handler)(
+        1, &w[0], &w[1], &w[2], v.size() > 3 ? v[3].c_str() : "", port);
+    return r;
+}
+
+// Tr104DnsIpAddr: "DNS1 DNS2 PORT".
+inline CustomResult dnsAddr(void *handler, bool set, const std::string &value, int *) {
+    CustomResult r;
+    if (!set) {
+        r.message = "a set only: \"DNS1 DNS2 PORT\"";
+        return r;
+    }
+    const std::vector<std::string> v = words(value);
+    uint32_t w[2] = {};
+    if (!parseAddresses(v, 2, w, &r)) {
+        return r;
+    }
+    const uint32_t port[3] = {0, 0, v.size() > 2 ? static_cast<uint32_t>(std::strtoul(v[2].c_str(), nullptr, 10)) : 0u};
+    r.called = true;
+    r.rc = reinterpret_cast<int (*)(int, uint32_t *, uint32_t *, const uint32_t *)>(handler)(1, &w[0], &w[1], port);
+    return r;
+}
+
+// VoipPrivateIpCfg: "OLT ONU ADDRESS".
+inline CustomResult privateIp(void *handler, bool set, const std::string &value, int *) {
+    CustomResult r;
+    const std::vector<std::string> v = words(value);
+    uint32_t addr = 0;
+    if (!set || v.size() != 3 || !parseAddress(v[2], &addr)) {
+        r.message = "a set only: \"OLT ONU ADDRESS\"";
+        return r;
+    }
+    r.called = true;
+    r.rc = reinterpret_cast<int (*)(int, int, uint32_t)>(handler)(std::atoi(v[0].c_str()), std::atoi(v[1].c_str()),
+                                                                   addr);
+    return r;
+}
+
+// The POS and IPT tables: a get shows entry --line N ("NUMBER TYPE"); a set of "NUMBER TYPE"
+// adds, "delete NUMBER" deletes one and "delete" all.
+inline CustomResult numbers(void *handler, bool set, const std::string &value, int *nLocate) {
+    CustomResult r;
+    const std::vector<std::string> v = words(value);
+    char number[32] = {};
+    char type = 0;
+    int nFlag = 0;
+    char *pNumber = number;
+    if (set && !v.empty() && v[0] == "delete") {
+        nFlag = 2;
+        if (v.size() > 1) {
+            std::snprintf(number, sizeof(number), "%s", v[1].c_str());
+        } else {
+            pNumber = nullptr;
+        }
+    } else if (set) {
+        if (v.size() != 2 || v[1].size() != 1) {
+            r.message = "the value must be \"NUMBER TYPE\" (one character), \"delete NUMBER\" or \"delete\"";
+            return r;
+        }
+        nFlag = 1;
+        std::snprintf(number, sizeof(number), "%s", v[0].c_str());
+        type = v[1][0];
+    }
+    r.called = true;
+    r.rc = reinterpret_cast<int (*)(int, char *, char *, int *)>(handler)(nFlag, pNumber, &type, nLocate);
+    r.shown = number[0] != 0 ? std::string(number) + " " + (type != 0 ? std::string(1, type) : "-") : "(no entry)";
+    return r;
+}
+
+// One byte: the LED standard.
+inline CustomResult byte(void *handler, bool set, const std::string &value, int *) {
+    CustomResult r;
+    uint8_t b = 0;
+    if (set) {
+        char *end = nullptr;
+        const long v = std::strtol(value.c_str(), &end, 10);
+        if (value.empty() || *end != '\0' || v < 0 || v > 255) {
+            r.message = "the value must be 0..255";
+            return r;
+        }
+        b = static_cast<uint8_t>(v);
+    }
+    r.called = true;
+    r.rc = reinterpret_cast<TwoArguments>(handler)(set ? 1 : 0, &b);
+    r.shown = std::to_string(b);
+    return r;
+}
+
+// The syntax checks (1 valid, 0 not): a set of the text to check; an invalid text answers -2.
+inline CustomResult check(void *handler, bool set, const std::string &value, int *) {
+    CustomResult r;
+    if (!set) {
+        r.message = "give the text to check as a set's value";
+        return r;
+    }
+    r.called = true;
+    r.rc = reinterpret_cast<int (*)(const char *)>(handler)(value.c_str()) == 1 ? 0 : -2;
+    return r;
+}
+
+}  // namespace net
+
+#define TR104_NET_INT(name, slot) {name, ValueKind::Custom, 0, slot, device::integer}
+#define TR104_NET_TEXT(name) {name, ValueKind::Custom, 0, -1, device::text}
+#define TR104_NET_ADDRESS(name, slot) {name, ValueKind::Custom, 0, slot, net::address}
+
+inline constexpr HandlerKind kNetcfgKindRows[] = {
+    // Addressing: address, mask and gateway travel together (deferred slot 0)
+    TR104_NET_ADDRESS("Tr104IpAddrConfig", 0),
+    TR104_NET_ADDRESS("Tr104NetMaskConfig", 0),
+    TR104_NET_ADDRESS("Tr104GatewayConfig", 0),
+    TR104_NET_ADDRESS("Tr104RtpIpAddrConfig", 0),
+    TR104_NET_ADDRESS("Tr104RtpGateWayConfig", 0),
+    {"Tr104IpParamConfig", ValueKind::Custom, 0, -1, net::triple},
+    {"Tr104RtpIpParamConfig", ValueKind::Custom, 0, -1, net::triple},
+    {"Tr104VoiceIpAddr", ValueKind::Custom, 0, -1, net::voiceIpAddr},
+    {"Tr104IpMode", ValueKind::Integer, 0},
+    {"VoipPrivateIpCfg", ValueKind::Custom, 0, -1, net::privateIp},
+    // VLANs: the six values of a traffic class travel together (slots 6 and 7)
+    TR104_NET_INT("Tr104SipVlanId", 6),
+    TR104_NET_INT("Tr104SipVlanPriority", 6),
+    TR104_NET_INT("Tr104SipVlanTypeId", 6),
+    TR104_NET_INT("Tr104SipSVlanId", 6),
+    TR104_NET_INT("Tr104SipSVlanPriority", 6),
+    TR104_NET_INT("Tr104SipSVlanTypeId", 6),
+    TR104_NET_INT("Tr104RtpVlanId", 7),
+    TR104_NET_INT("Tr104RtpVlanPriority", 7),
+    TR104_NET_INT("Tr104RtpVlanTypeId", 7),
+    TR104_NET_INT("Tr104RtpSVlanId", 7),
+    TR104_NET_INT("Tr104RtpSVlanPriority", 7),
+    TR104_NET_INT("Tr104RtpSVlanTypeId", 7),
+    // DNS, DHCP, PPPoE, management URL
+    TR104_NET_ADDRESS("Tr104DnsIpConfig1", -1),
+    TR104_NET_ADDRESS("Tr104DnsIpConfig2", -1),
+    {"Tr104DnsIpAddr", ValueKind::Custom, 0, -1, net::dnsAddr},
+    TR104_NET_TEXT("Tr104AcsUrlConfig"),
+    TR104_NET_INT("Tr104DhcpEnable", -1),
+    TR104_NET_INT("Tr104DHCPOption60Enable", -1),
+    TR104_NET_INT("Tr104DHCPOption60Type", -1),
+    TR104_NET_INT("Tr104DHCPOption60ValueMode", -1),
+    TR104_NET_TEXT("Tr104DHCPOption60Value"),
+    TR104_NET_TEXT("Tr104DhcpOption120"),
+    TR104_NET_INT("Tr104DHCPOption125Enable", -1),
+    TR104_NET_TEXT("Tr104DHCPOption125Value"),
+    TR104_NET_TEXT("Tr104PPPoEAccount"),
+    TR104_NET_TEXT("Tr104PPPoEPassword"),
+    TR104_NET_INT("Tr104PPPoEEnable", -1),
+    TR104_NET_INT("Tr104PPPoEMode", -1),
+    // Time
+    TR104_NET_INT("Tr104TimeEnable", -1),
+    TR104_NET_TEXT("Tr104TimeStatus"),
+    TR104_NET_TEXT("Tr104TimeNtpServer1"),
+    TR104_NET_TEXT("Tr104TimeNtpServer2"),
+    TR104_NET_TEXT("Tr104TimeCurrentLocalTime"),
+    TR104_NET_TEXT("Tr104TimeLocalTimeZone"),
+    TR104_NET_TEXT("Tr104TimeLocalTimeZoneName"),
+    {"checkTimeZoneValid", ValueKind::Custom, 0, -1, net::check},
+    // Numbers, LED standard, RTP DSCP mark
+    {"Tr104PosParamConfig", ValueKind::Custom, 0, -1, net::numbers},
+    {"Tr104IptParamConfig", ValueKind::Custom, 0, -1, net::numbers},
+    {"checkPosNumValid", ValueKind::Custom, 0, -1, net::check},
+    {"checkIptNumValid", ValueKind::Custom, 0, -1, net::check},
+    {"checkPOSorIPTTypeValid", ValueKind::Custom, 0, -1, net::check},
+    {"Tr104LedStandard", ValueKind::Custom, 0, -1, net::byte},
+    TR104_NET_INT("Tr104RtpDSCPMark", -1),
+};
+
+#undef TR104_NET_INT
+#undef TR104_NET_TEXT
+#undef TR104_NET_ADDRESS
+
+inline constexpr std::span<const HandlerKind> kNetcfgKinds{kNetcfgKindRows};
 
 }  // namespace tr104ctl
