@@ -175,7 +175,10 @@ TEST_F(Settings, TimeAndTheZone) {
     EXPECT_EQ(getText(Tr104TimeNtpServer2), "ntp2.example.net");
     EXPECT_EQ(getText(Tr104TimeStatus), "Synchronized");
     EXPECT_EQ(setText(Tr104TimeStatus, "x"), -2);
-    EXPECT_EQ(setText(Tr104TimeNtpServer1, std::string(255, 'n')), -2) << "longer than the field";
+    // A server name runs on over the fields after it, as far as the block's end and no further.
+    const std::string longName(600, 'n');
+    ASSERT_EQ(setText(Tr104TimeNtpServer1, longName), 0);
+    EXPECT_EQ(getText(Tr104TimeNtpServer1), longName.substr(0, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP1_AT - 1));
     enable = 0;
     ASSERT_EQ(Tr104TimeEnable(0, &enable), 0);
     EXPECT_EQ(enable, 1);

@@ -189,7 +189,7 @@ const Command kCommands[] = {
          return true;
      }},
     {TR104_SET_NTP_SERVER1_ID, "SET_NTP_SERVER1_ID", [](NetState &s, const Request &r, Payload &) {
-         s.ntpServer1 = r.text_at(TR104_TIME_NTP1_AT, TR104_TIME_NTP2_AT - TR104_TIME_NTP1_AT - 1);
+         s.ntpServer1 = r.text_at(TR104_TIME_NTP1_AT, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP1_AT - 1);
          return false;
      }},
     {TR104_GET_NTP_SERVER2_ID, "GET_NTP_SERVER2_ID", [](NetState &s, const Request &, Payload &out) {

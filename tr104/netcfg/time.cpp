@@ -17,25 +17,26 @@ const SmallValue kTimeEnable{"Tr104TimeEnable", "param error, pTimeEnable is nul
                              TR104_GET_NTP_ENABLE_ID, TR104_SET_NTP_ENABLE_ID, 4, "get TimeEnable error \n",
                              "get TimeEnable [%d] \n", "SET_NTP_ENABLE_ID msg snd failed.\n"};
 
-// A text of the time block (or, for the local time, the whole answer).  A field ends where the
-// next one starts, the last one at the block's end.
+// A text of the time block (or, for the local time, the whole answer).  A text runs to its
+// terminator as the voice module's own tools copy it, so a server name may run on over the
+// fields after it; it is bounded at the block's end, never past it.
 struct TimeText {
     const char *name;
     const char *valueName;
     const char *entry;  // "%d" nFlag, "%s" the text (sets only); null: none
     uint16_t getCmd, setCmd;  // setCmd 0: read only
     uint16_t offset;          // in the time block; 0: the answer is the text itself (256 bytes)
-    uint16_t width;
+    uint16_t width;           // bytes from the text to the block's end (a longer text is cut there)
     const char *getError;
     const char *getDone;
     const char *sendError;
 };
 
 const TimeText kStatus{"Tr104TimeStatus", "pTimeStatus", nullptr, TR104_GET_TIME_STATUS_ID, 0, TR104_TIME_STATUS_AT,
-                       TR104_TIME_NTP1_AT - TR104_TIME_STATUS_AT, "get TimeStatus error.\n", "get TimeStatus [%s].\n",
+                       TR104_TIME_PAYLOAD_LEN - TR104_TIME_STATUS_AT, "get TimeStatus error.\n", "get TimeStatus [%s].\n",
                        nullptr};
 const TimeText kNtp1{"Tr104TimeNtpServer1", "pNtpServer1", "nFlag[%d], pNtpServer1[%s]\n", TR104_GET_NTP_SERVER1_ID,
-                     TR104_SET_NTP_SERVER1_ID, TR104_TIME_NTP1_AT, TR104_TIME_NTP2_AT - TR104_TIME_NTP1_AT,
+                     TR104_SET_NTP_SERVER1_ID, TR104_TIME_NTP1_AT, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP1_AT,
                      "get NTP Server 1 failed.\n", "get NTP Server 1 [%s].\n", "SET_NTP_SERVER1_ID msg snd failed.\n"};
 // Its read failure names server 1: the voice module's tools match that text.
 const TimeText kNtp2{"Tr104TimeNtpServer2", "pNtpServer2", "nFlag[%d], pNtpServer2[%s]\n", TR104_GET_NTP_SERVER2_ID,
@@ -73,10 +74,6 @@ int timeText(const TimeText &t, int nFlag, void *pValue) {
     }
     if (nFlag != 1 || t.setCmd == 0) {
         TR104_DEBUG_AS(t.name, kFlagError, nFlag);
-        return TR104_ERR_PARAM;
-    }
-    if (strnlen(text, t.width) >= t.width) {
-        TR104_DEBUG_AS(t.name, "param error, %s is too long\n", t.valueName);
         return TR104_ERR_PARAM;
     }
     char block[TR104_TIME_PAYLOAD_LEN] = {};

@@ -3,12 +3,15 @@
 #pragma once
 
 #include <cstdio>
+#include <iterator>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "ctl/area.h"
 #include "ctl/invoke.h"
+#include "ctl/startup.h"
 #include "ctl/steps.h"
 #include "emulator/netcfg_emulator.h"
 
@@ -78,6 +81,36 @@ inline constexpr AreaCommand kNetcfgCommandRows[] = {
 };
 inline constexpr std::span<const AreaCommand> kNetcfgCommands{kNetcfgCommandRows};
 
+// A VLAN id written alone waits in slot 7 until the slot's timer reads the current VLAN
+// configuration and writes it back with the new id.
+inline int runLoneVlanId(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+    std::printf("\n== network: the RTP VLAN id alone -> merged by slot 7's timer after %d ms\n",
+                deferredTimeoutMs(lib));
+    const size_t reads = emulator.requestsFor(TR104_GET_VLAN_ID).size();
+    const size_t writes = emulator.requestsFor(TR104_SET_VLAN_ID).size();
+    const Clock::time_point origin = Clock::now();
+    static const DemoStep kLone[] = {{"Tr104RtpVlanId", true, "300", 0, "staged in slot 7, nothing sent yet"}};
+    int problems = runSteps(lib, kLone, std::size(kLone));
+    std::printf("  waiting for slot 7's timer ...\n");
+    std::fflush(stdout);
+    const std::optional<Millis> took = waitSlotIdle(lib, 7, origin, Millis(deferredTimeoutMs(lib) + 5000));
+    const size_t newReads = emulator.requestsFor(TR104_GET_VLAN_ID).size() - reads;
+    const size_t newWrites = emulator.requestsFor(TR104_SET_VLAN_ID).size() - writes;
+    if (took) {
+        std::printf("  applied after %.1f s: %zu read of the current configuration, %zu write\n",
+                    static_cast<double>(took->count()) / 1000.0, newReads, newWrites);
+    } else {
+        std::printf("  UNEXPECTED: slot 7 was not applied\n");
+    }
+    problems += !took || newReads != 1 || newWrites != 1;
+    static const DemoStep kAfter[] = {
+        {"Tr104RtpVlanId", false, nullptr, 0, "the new id"},
+        {"Tr104RtpVlanPriority", false, nullptr, 0, "kept from the voice module's configuration"},
+    };
+    problems += runSteps(lib, kAfter, std::size(kAfter));
+    return problems;
+}
+
 // The demo's network section: an address given in three writes reaches the voice module as one
 // configuration, and so do the six VLAN values of the signalling traffic; then the address
 // mode, the time zone and a POS number.
@@ -105,6 +138,7 @@ inline int runNetcfgDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulato
     if (after.ipWrites - before.ipWrites != 1 || after.vlanWrites - before.vlanWrites != 1) {
         ++problems;
     }
+    problems += runLoneVlanId(lib, emulator);
     static const DemoStep kSettings[] = {
         {"Tr104IpMode", true, "2", 0, "PPPoE: the DHCP client off, the PPPoE client on"},
         {"Tr104PPPoEAccount", true, "subscriber@isp", 0, ""},
