@@ -135,6 +135,23 @@ inline constexpr HandlerKind kHandlerKinds[] = {
     {"Tr104ActiveSipProxyServer", ValueKind::Text, kAddressText},
     // Kept in the library; a get copies four bytes
     {"Tr104SipProxyServerTransport", ValueKind::Text, 5},
+    // Fax: T.38 of the line's profile (bit/s, "Local"/"Network") and the profile-wide fax modes
+    {"Tr104FaxT38Enable", ValueKind::Integer, 0},
+    {"Tr104FaxT38BitRate", ValueKind::Integer, 0},
+    {"Tr104FaxT38TCFMethod", ValueKind::Text, 16},
+    {"Tr104FaxT38HighSpeedRedundancy", ValueKind::Integer, 0},
+    {"Tr104FaxT38LowSpeedRedundancy", ValueKind::Integer, 0},
+    {"Tr104FaxT38PortAdd2", ValueKind::Integer, 0},
+    {"Tr104ProfileFaxPassThrough", ValueKind::Text, 16},
+    {"Tr104FaxProcessMode", ValueKind::Integer, 0},
+    {"Tr104T38SDPType", ValueKind::Integer, 0},
+    {"Tr104FaxModemAttrFlag", ValueKind::Integer, 0},
+    {"Tr104EchoCancelAttrFlag", ValueKind::Integer, 0},
+    {"Tr104SilenceSuppAttrFlag", ValueKind::Integer, 0},
+    // Session of a line, keep-alive (SIP variants left to the embedding process)
+    {"Tr104FarEndIPAddress", ValueKind::Text, 64},
+    {"Tr104FarEndUDPPort", ValueKind::Integer, 0},
+    {"Tr104KeepAliveMode", ValueKind::Integer, 0},
 };
 
 }  // namespace tr104ctl

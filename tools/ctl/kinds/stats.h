@@ -57,6 +57,8 @@ inline constexpr HandlerKind kStatsKindRows[] = {
     {"Tr104NetworkAvgDelay", ValueKind::Custom, 0, -1, device::integer},
     {"Tr104RtpAvgJitter", ValueKind::Custom, 0, -1, device::integer},
     {"Tr104VoiceBandwidth", ValueKind::Custom, 0, -1, device::integer},
+    {"Tr104VoiceRecordItemNumForWEB", ValueKind::Custom, 0, -1, device::integer},
+    {"Tr104VoiceRecordForWEB", ValueKind::Custom, 0, -1, device::text},
     {"Tr104TelEvent2833NegoState", ValueKind::Custom, 0, -1, device::integer},
     {"Tr104TelEvent2833PayloadType", ValueKind::Custom, 0, -1, device::integer},
     {"Tr104TelEvent2198PayloadType", ValueKind::Custom, 0, -1, device::integer},
