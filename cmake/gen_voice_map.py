@@ -1,0 +1,104 @@
+#!/usr/bin/env python3
+"""Turns the data-model map (tr104/map/voice-map.tsv) into the C table of libtr104map.
+
+Every served entry is checked against the public headers: the handler must be declared with
+TR104_API and take (nFlag, pValue) or (nFlag, pValue, nLocate); a handler with nLocate maps every
+instance number of the path to an nLocate index.  Paths are unique.  Any problem stops the build
+with the line it is on.
+
+usage: gen_voice_map.py MAP.tsv INCLUDE_DIR OUT.c
+"""
+import glob
+import re
+import sys
+
+TYPES = {'string', 'int', 'unsignedInt', 'boolean', 'dateTime', 'base64', 'float'}
+ACCESS = {'R', 'W', 'RW'}
+VALUE = re.compile(r'^(int|float|byte|addr|text:[1-9][0-9]*)$')
+CONVERT = re.compile(r'^(-|bool01|dotted|enum:[A-Za-z0-9_]+=-?[0-9]+(,[A-Za-z0-9_]+=-?[0-9]+)*)$')
+
+
+def declarations(include_dir):
+    found = {}
+    for header in glob.glob(include_dir + '/**/*.h', recursive=True):
+        text = open(header, encoding='utf-8').read()
+        for m in re.finditer(r'TR104_API\s+int\s+(\w+)\s*\(([^)]*)\)', text):
+            args = [a.strip() for a in m.group(2).split(',') if a.strip() and a.strip() != 'void']
+            found[m.group(1)] = args
+    return found
+
+
+def arity(args):
+    """2 for (nFlag, pValue), 3 for (nFlag, pValue, nLocate), else None."""
+    if len(args) == 2 and args[0].endswith('nFlag'):
+        return 2
+    if len(args) == 3 and args[0].endswith('nFlag') and args[2].replace(' ', '').endswith('*nLocate'):
+        return 3
+    return None
+
+
+def c_string(text):
+    return '"' + text.replace('\\', '\\\\').replace('"', '\\"') + '"'
+
+
+def main():
+    tsv, include_dir, out = sys.argv[1:4]
+    decl = declarations(include_dir)
+    rows, seen, errors = [], {}, []
+    for number, line in enumerate(open(tsv, encoding='utf-8'), 1):
+        line = line.rstrip('\n')
+        if not line or line.startswith('#'):
+            continue
+        f = line.split('\t')
+        where = f'{tsv}:{number}'
+        if len(f) != 9:
+            errors.append(f'{where}: {len(f)} columns, not 9')
+            continue
+        path, handler, locate, typ, access, value, convert, arg, note = f
+        if path in seen:
+            errors.append(f'{where}: {path} already mapped on line {seen[path]}')
+        seen[path] = number
+        if typ not in TYPES or access not in ACCESS:
+            errors.append(f'{where}: type {typ!r} or access {access!r} unknown')
+        instances = path.count('{i}')
+        n = 0
+        indexes = []
+        if handler != '-':
+            if handler not in decl:
+                errors.append(f'{where}: {handler} is not declared in the public headers')
+                continue
+            n = arity(decl[handler])
+            if n is None:
+                errors.append(f'{where}: {handler} does not take (nFlag, pValue[, nLocate])')
+                continue
+            if not VALUE.match(value) or not CONVERT.match(convert):
+                errors.append(f'{where}: value {value!r} or conversion {convert!r} unknown')
+            if n == 3 and instances and locate == '-':
+                errors.append(f'{where}: {handler} takes nLocate: say where each instance number goes')
+            if locate != '-':
+                indexes = [int(x) for x in locate.split(',')]
+                if n != 3 or len(indexes) != instances or any(not 0 <= x <= 3 for x in indexes):
+                    errors.append(f'{where}: locate {locate!r} does not fit {instances} instance(s) and {handler}')
+        rows.append((path, handler, n, indexes, instances, typ, access, value, convert, arg, note))
+    if errors:
+        sys.exit('\n'.join(errors))
+    served = sorted({r[1] for r in rows if r[1] != '-'})
+    with open(out, 'w', encoding='utf-8') as c:
+        c.write('/* Generated from tr104/map/voice-map.tsv by cmake/gen_voice_map.py: do not edit. */\n')
+        c.write("#include \"tr104.h\"\n#include \"tr104/map.h\"\n\n")
+        c.write('#define FN(f) ((Tr104MapFunction)(f))\n\n')
+        c.write('const Tr104MapEntry gTr104Map[] = {\n')
+        for path, handler, n, indexes, instances, typ, access, value, convert, arg, note in rows:
+            loc = (indexes + [-1] * 4)[:4]
+            fn = f'FN({handler})' if handler != '-' else 'NULL'
+            name = c_string(handler) if handler != '-' else 'NULL'
+            c.write('    {%s, %s, %s, %d, {%s}, %d, %s, %s, %s, %s, %s, %s},\n' % (
+                c_string(path), name, fn, n, ', '.join(map(str, loc)), instances, c_string(typ), c_string(access),
+                c_string(value), c_string(convert), c_string(arg), c_string(note)))
+        c.write('};\n')
+        c.write('const unsigned int gTr104MapCount = sizeof(gTr104Map) / sizeof(gTr104Map[0]);\n')
+    print(f'{len(rows)} parameters, {sum(1 for r in rows if r[1] != "-")} served by {len(served)} handlers')
+
+
+if __name__ == '__main__':
+    main()

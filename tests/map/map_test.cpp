@@ -1,0 +1,102 @@
+// The data-model map: every entry resolves from a concrete path to itself and to the nLocate
+// its handler takes; bad paths are told apart from paths the model does not have.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+
+#include "tr104/map.h"
+
+namespace {
+
+// A concrete path of a pattern: each {i} replaced by the given numbers in turn.
+std::string concrete(const std::string &pattern, std::initializer_list<int> numbers) {
+    std::string out;
+    auto n = numbers.begin();
+    for (size_t at = 0; at < pattern.size();) {
+        if (pattern.compare(at, 3, "{i}") == 0) {
+            out += std::to_string(n != numbers.end() ? *n++ : 1);
+            at += 3;
+        } else {
+            out += pattern[at++];
+        }
+    }
+    return out;
+}
+
+TEST(Map, EveryEntryResolvesToItselfWithItsLocator) {
+    std::set<std::string> paths;
+    unsigned served = 0;
+    for (unsigned i = 0; i < gTr104MapCount; ++i) {
+        const Tr104MapEntry &e = gTr104Map[i];
+        SCOPED_TRACE(e.path);
+        EXPECT_TRUE(paths.insert(e.path).second) << "mapped twice";
+        // The highest instance a two-port device has: voice service 1, profile 1, then 2, 2, 2.
+        const std::string path = concrete(e.path, {1, 1, 2, 2});
+        const Tr104MapEntry *found = nullptr;
+        int locate[4] = {9, 9, 9, 9};
+        char error[200] = "";
+        const int rc = tr104MapLookup(path.c_str(), &found, locate, error, sizeof(error));
+        EXPECT_EQ(rc, e.handler != nullptr ? TR104_MAP_SERVED : TR104_MAP_NOT_SERVED) << error;
+        EXPECT_EQ(found, &e);
+        if (e.handler == nullptr) {
+            EXPECT_GT(std::strlen(e.note), 5u) << "a parameter not served says why";
+            continue;
+        }
+        ++served;
+        EXPECT_NE(e.fn, nullptr);
+        EXPECT_TRUE(e.arity == 2 || e.arity == 3);
+        // The path's instance numbers land at their indexes; the rest stays 0.
+        const int numbers[4] = {1, 1, 2, 2};
+        int expected[4] = {0, 0, 0, 0};
+        for (int k = 0; k < e.instances; ++k) {
+            if (e.locate[k] >= 0) {
+                expected[e.locate[k]] = numbers[k];
+            }
+        }
+        EXPECT_EQ(std::memcmp(locate, expected, sizeof(locate)), 0)
+            << locate[0] << "," << locate[1] << "," << locate[2] << "," << locate[3];
+        EXPECT_EQ(tr104MapFind(e.path), &e);
+    }
+    EXPECT_GT(served, 300u);
+}
+
+TEST(Map, BadPathsAreToldApart) {
+    const std::string line = "InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1.Line.";
+    const struct {
+        std::string path;
+        int rc;
+        const char *says;
+    } cases[] = {
+        {"", TR104_MAP_MALFORMED, "empty path"},
+        {line + "1.Enable.", TR104_MAP_MALFORMED, "empty name"},
+        {line + "1..Enable", TR104_MAP_MALFORMED, "empty name"},
+        {line + "0.Enable", TR104_MAP_MALFORMED, "instance '0' of Line: not 1..2"},
+        {line + "3.Enable", TR104_MAP_MALFORMED, "instance '3' of Line: not 1..2"},
+        {line + "x.Enable", TR104_MAP_MALFORMED, "instance 'x' of Line"},
+        {line + "01x.Enable", TR104_MAP_MALFORMED, "instance '01x'"},
+        {line + "1.NoSuchThing", TR104_MAP_UNKNOWN, "no such parameter"},
+        {"InternetGatewayDevice.Services.VoiceService.2.VoiceProfileNumberOfEntries", TR104_MAP_MALFORMED,
+         "of VoiceService: not 1..1"},
+        {line + "2.Enable", TR104_MAP_SERVED, ""},
+        {line + "2.Ringer.Event.7.Function", TR104_MAP_NOT_SERVED, ""},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.path);
+        const Tr104MapEntry *entry = nullptr;
+        int locate[4];
+        char error[200] = "";
+        EXPECT_EQ(tr104MapLookup(c.path.c_str(), &entry, locate, error, sizeof(error)), c.rc);
+        EXPECT_NE(std::string(error).find(c.says), std::string::npos) << error;
+        EXPECT_EQ(entry != nullptr, c.rc >= 0);
+    }
+    EXPECT_EQ(tr104MapLookup(nullptr, nullptr, nullptr, nullptr, 0), TR104_MAP_MALFORMED);
+    const Tr104MapEntry *entry = nullptr;
+    int locate[4];
+    ASSERT_EQ(tr104MapLookup((line + "2.Enable").c_str(), &entry, locate, nullptr, 0), TR104_MAP_SERVED);
+    EXPECT_STREQ(entry->handler, "Tr104LineEnable");
+    EXPECT_EQ(locate[2], 2);
+}
+
+}  // namespace
