@@ -15,6 +15,7 @@ import sys
 TYPES = {'string', 'int', 'unsignedInt', 'boolean', 'dateTime', 'base64', 'float'}
 ACCESS = {'R', 'W', 'RW'}
 VALUE = re.compile(r'^(int|float|byte|addr|text:[1-9][0-9]*)$')
+ARG = re.compile(r'^(-|nLocate\[[0-3]\]=[0-9]+)$')
 CONVERT = re.compile(r'^(-|bool01|dotted|enum:[A-Za-z0-9_]+=-?[0-9]+(,[A-Za-z0-9_]+=-?[0-9]+)*)$')
 
 
@@ -71,6 +72,8 @@ def main():
             if n is None:
                 errors.append(f'{where}: {handler} does not take (nFlag, pValue[, nLocate])')
                 continue
+            if not ARG.match(arg) or (arg != '-' and n != 3):
+                errors.append(f'{where}: argument {arg!r} unknown, or {handler} takes no nLocate')
             if not VALUE.match(value) or not CONVERT.match(convert):
                 errors.append(f'{where}: value {value!r} or conversion {convert!r} unknown')
             if n == 3 and instances and locate == '-':

@@ -34,7 +34,7 @@ typedef struct Tr104MapEntry {
     const char *access;   /* "R", "W" or "RW" */
     const char *value;    /* the handler's value: "int", "float", "byte", "addr", "text:N" */
     const char *convert;  /* "-", "bool01", "dotted" or "enum:TEXT=N,..." */
-    const char *arg;      /* an extra argument of the handler, "-" when none */
+    const char *arg;      /* "-", or "nLocate[K]=N": a fixed instance number (applied by the lookup) */
     const char *note;     /* the deferred group or protocol; why a parameter is not served */
 } Tr104MapEntry;
 

@@ -86,6 +86,20 @@ check "net: the voice interface" 0 "address, mask, gateway" "time status        
 check "net: an address as dotted text" 0 "=192.168.100.2" -- get Tr104IpAddrConfig
 check "net: a number table entry" 0 "=(no entry)" -- get Tr104IptParamConfig --line 1
 check "net: not an address" 2 "'10.0.0' is not an IPv4 address" -- set Tr104DnsIpConfig1 10.0.0
+# Data-model paths through the map.
+check "which: a served path as JSON" 0 \
+  '={"path":"'"$p"'.Line.2.Enable","handler":"Tr104LineEnable","nLocate":[1,1,2,0],"type":"string","access":"RW"}' \
+  -- which --json $p.Line.2.Enable
+check "which: a standard parameter not served" 3 '"served":false,"reason":"tones and ring patterns' -- \
+  which --json $p.Line.1.Ringer.Event.1.Function
+check "which: no such instance" 2 "instance '3' of Line: not 1..2" -- which $p.Line.3.Enable
+check "which: trailing dot" 2 "no empty name" -- which $p.Line.1.
+check "get by path: a boolean" 0 "=false" -- get $p.Line.1.CallingFeatures.CallerIDEnable
+check "set by path: not a boolean" 2 "a boolean is true, false, 1 or 0, not 'yes'" -- \
+  set $p.Line.1.CallingFeatures.CallerIDEnable yes
+check "set by path: read only" 2 "Stats.PacketsSent: read only" -- set $p.Line.1.Stats.PacketsSent 3
+check "get by path: an enumeration" 0 "=Static" -- get InternetGatewayDevice.X_QRV_VOIP_IPPARAMS.AddressingType
+check "dump: the tree against the emulator" 0 "$p.Line.2.Stats.PacketsSent = 0" "# " " 0 not read" -- dump
 check "codec list entry out of range" 1 "returned -2" -- set Tr104LineCodecListPriority --line 1 --entry 6 -- 1
 check "--no-emulate without a voice module" 1 "" -- --no-emulate get Tr104VoiceProtocolType
 # The run above left the send queue behind: it exists now, but nobody answers on it.
@@ -126,6 +140,18 @@ for _ in $(seq 300); do [ -e "$ready" ] && break; sleep 0.1; done
 if [ ! -e "$ready" ]; then
   echo "FAIL tr104-vmemu did not start"; cat "$work/vmemu.log"; exit 1
 fi
+# console COMMAND ANSWER: gives the emulator a console command and waits until its log shows the
+# answer one more time than before.
+console() {
+  local before
+  before=$(grep -cF -- "$2" "$work/vmemu.log")
+  echo "$1" >&3
+  for _ in $(seq 300); do
+    (($(grep -cF -- "$2" "$work/vmemu.log") > before)) && return
+    sleep 0.1
+  done
+  echo "FAIL the emulator did not answer '$1'"; failures=$((failures + 1))
+}
 check "set line enable" 0 "=" -- set Tr104LineEnable --line 1 -- Enabled
 check "get line enable" 0 "=Enabled" -- --no-emulate get Tr104LineEnable --line 1
 check "set transmit gain (SIP variant by the current protocol)" 0 "" -- set Tr104LineTransmitGain --line 2 -- -5
@@ -140,6 +166,19 @@ check "deferred set: applied by the timer" 0 "staged in slot 3 of the deferred b
   "slot 3 applied by its timer after" -- set Tr104SipProxyServerPort -- 5070
 check "deferred set read back" 0 "=5070" -- get Tr104SipProxyServerPort
 check "deferred set refused before staging" 1 "returned -2" -- set Tr104SipProxyServerPort -- 65536
+
+# A dump sees one refused command as one fault; a voice module that stops answering ends the
+# dump early, with the rest reported unread.
+console "fault 80 marker" "fault 80 marker"
+check "dump: one refused command" 0 "InternetGatewayDevice.X_QRV_VOIP_IPPARAMS.ManagementServerURL ! -1" \
+  "InternetGatewayDevice.X_QRV_VOIP_IPPARAMS.DNSServer1 = " -- --no-emulate dump InternetGatewayDevice.X_QRV_VOIP
+console "fault 0 silent" "fault 0 silent"
+started=$SECONDS
+check "dump: a silent voice module" 1 "! not read: the voice module does not answer" -- --no-emulate dump
+if ((SECONDS - started > 15)); then
+  echo "FAIL dump against a silent voice module took $((SECONDS - started)) s"; failures=$((failures + 1))
+fi
+console "clear" "faults cleared"
 
 # Live watch: the library waits for the voice module's own messages.  The words are written so
 # that they read the same in either byte order: "5555" is 0x35353535, "aaaa" 0x61616161, port

@@ -34,6 +34,7 @@
 #include "ctl/demo.h"
 #include "ctl/invoke.h"
 #include "ctl/library.h"
+#include "ctl/paths.h"
 #include "ctl/startup.h"
 #include "ctl/value_kinds.h"
 #include "ctl/watch.h"
@@ -72,8 +73,8 @@ struct Options {
 
 void usage(FILE *out) {
     std::fprintf(out,
-                 "usage: tr104ctl [options] get HANDLER [locator]\n"
-                 "       tr104ctl [options] set HANDLER [locator] [--] VALUE\n"
+                 "usage: tr104ctl [options] get HANDLER [locator] | get PATH\n"
+                 "       tr104ctl [options] set HANDLER [locator] [--] VALUE | set PATH VALUE\n"
                  "       tr104ctl [options] init [--kind N] [get ... | set ... | watch ... | demo]\n"
                  "       tr104ctl [options] watch [--seconds S] [--count N]\n"
                  "       tr104ctl [options] demo | list\n"
@@ -378,7 +379,17 @@ int waitDeferred(const Library &lib, const std::string &calledName, int slot, Cl
 }
 
 // One get or set, as the agent makes it.
-int runCall(const Library &lib, const CallRequest &call) {
+int runCall(const Library &lib, const CallRequest &requested) {
+    // A data-model path names its handler and instance numbers through the map; its value
+    // converts between the data model's form and the handler's.
+    CallRequest call = requested;
+    const Tr104MapEntry *entry = nullptr;
+    if (looksLikePath(requested.handler)) {
+        std::string why;
+        if (!pathRequest(requested.handler, requested.set, requested.value, &call, &entry, &why)) {
+            return fail(why);
+        }
+    }
     const HandlerKind *row = findKind(call.handler);
     const int slot = call.set && row != nullptr ? row->deferredSlot : -1;
     if (slot >= 0 && !startDeferredBuffer(lib)) {
@@ -399,7 +410,7 @@ int runCall(const Library &lib, const CallRequest &call) {
         return waitDeferred(lib, result.calledName, slot, start);
     }
     if (!call.set) {
-        std::printf("%s\n", result.shown.c_str());
+        std::printf("%s\n", entry != nullptr ? toModelValue(*entry, result.shown).c_str() : result.shown.c_str());
     }
     return 0;
 }

@@ -9,13 +9,14 @@
 #include "ctl/area/h248.h"
 #include "ctl/area/linetest.h"
 #include "ctl/area/netcfg.h"
+#include "ctl/area/paths.h"
 #include "ctl/area/stats.h"
 #include "ctl/area/device.h"
 
 namespace tr104ctl {
 
-inline constexpr std::array<std::span<const AreaCommand>, 5> kAreaCommandTables = {
-    kH248Commands, kLinetestCommands, kNetcfgCommands, kStatsCommands, kDeviceCommands};
+inline constexpr std::array<std::span<const AreaCommand>, 6> kAreaCommandTables = {
+    kH248Commands, kLinetestCommands, kNetcfgCommands, kStatsCommands, kDeviceCommands, kPathCommands};
 
 inline const AreaCommand *findAreaCommand(const char *name) {
     for (std::span<const AreaCommand> table : kAreaCommandTables) {

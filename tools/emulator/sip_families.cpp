@@ -148,7 +148,12 @@ const char kDigitMapEnableFamily[] = "sip digit map enable";
 std::vector<char> &profileByName(VoiceModuleEmulator &e, const Request &request) {
     std::vector<char> &profile = e.heldRecord(kProfileFamily, kProfileLen,
                                               nameKey(request.payload.data() + kProfileKey.offset, kProfileKey.width));
+    const bool fresh = profile[kProfileKey.offset] == 0;
     std::memcpy(profile.data() + kProfileKey.offset, request.payload.data() + kProfileKey.offset, kProfileKey.width);
+    if (fresh) {
+        // A new profile starts with the voice module's T.38 training method: local TCF.
+        putWord(profile, offsetof(Tr104SipProfileRecord, unT38TcfMethod), 2);
+    }
     return profile;
 }
 
@@ -331,6 +336,10 @@ void installSipFamilies(VoiceModuleEmulator &e) {
         f.maskedFields = r.fields;
         e.addFamily(f);
     }
+    // The profile a port without one of its own is served from (its name is empty).
+    Tr104SipProfileRecord portDefault{};
+    portDefault.unT38TcfMethod = 2;  // local TCF
+    e.put(kProfileFamily, &portDefault, sizeof(portDefault));
     Tr104SipSignalTimerRecord defaults{};
     defaults.unStartDigit = 10000;
     defaults.unNoAnswer = 60000;

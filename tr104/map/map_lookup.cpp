@@ -129,6 +129,12 @@ extern "C" TR104_MAP_API int tr104MapLookup(const char *path, const Tr104MapEntr
                     nLocate[e.locate[k]] = static_cast<int>(numbers[k]);
                 }
             }
+            // A fixed instance number: "nLocate[K]=N".
+            unsigned index = 0;
+            int fixed = 0;
+            if (std::sscanf(e.arg, "nLocate[%u]=%d", &index, &fixed) == 2 && index < 4) {
+                nLocate[index] = fixed;
+            }
         }
         return e.handler != nullptr ? TR104_MAP_SERVED : TR104_MAP_NOT_SERVED;
     }

@@ -1,0 +1,204 @@
+// The data model by path: `tr104ctl which [--json] PATH` (the map's entry of a path) and
+// `tr104ctl dump [PREFIX] [--json]` (every readable parameter, as a GetParameterValues would).
+#pragma once
+
+#include <chrono>
+#include <cstdio>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "ctl/area.h"
+#include "ctl/invoke.h"
+#include "ctl/paths.h"
+
+namespace tr104ctl {
+
+namespace paths {
+
+inline int runWhich(const AreaContext &, const std::vector<std::string> &args) {
+    bool json = false;
+    std::string path;
+    for (const std::string &a : args) {
+        if (a == "--json") {
+            json = true;
+        } else if (path.empty()) {
+            path = a;
+        } else {
+            path.clear();
+            break;
+        }
+    }
+    if (path.empty()) {
+        std::fprintf(stderr, "tr104ctl: usage: tr104ctl [options] which [--json] PATH\n");
+        return 2;
+    }
+    const ResolvedPath r = resolvePath(path);
+    if (r.rc == TR104_MAP_UNKNOWN || r.rc == TR104_MAP_MALFORMED) {
+        std::fprintf(stderr, "tr104ctl: %s\n", r.error.c_str());
+        return 2;
+    }
+    const Tr104MapEntry &e = *r.entry;
+    if (json) {
+        nlohmann::ordered_json out;
+        out["path"] = path;
+        if (r.rc == TR104_MAP_NOT_SERVED) {
+            out["served"] = false;
+            out["reason"] = e.note;
+        } else {
+            out["handler"] = e.handler;
+            out["nLocate"] = {r.locate[0], r.locate[1], r.locate[2], r.locate[3]};
+            out["type"] = e.type;
+            out["access"] = e.access;
+            if (std::string(e.arg) != "-") {
+                out["arg"] = e.arg;
+            }
+        }
+        std::printf("%s\n", out.dump().c_str());
+    } else if (r.rc == TR104_MAP_NOT_SERVED) {
+        std::printf("%s\n  not served: %s\n", path.c_str(), e.note);
+    } else {
+        std::printf("%s\n  pattern   %s\n  handler   %s (%s)\n  nLocate   [%d, %d, %d, %d]\n"
+                    "  type      %s, access %s\n  value     %s, conversion %s\n",
+                    path.c_str(), e.path, e.handler, e.arity == 2 ? "nFlag, pValue" : "nFlag, pValue, nLocate",
+                    r.locate[0], r.locate[1], r.locate[2], r.locate[3], e.type, e.access, e.value, e.convert);
+        if (std::string(e.note) != "-") {
+            std::printf("  note      %s\n", e.note);
+        }
+    }
+    return r.rc == TR104_MAP_SERVED ? 0 : kExitNotServed;
+}
+
+// The concrete paths of a pattern for the instances a two-port device has: profile 1, lines and
+// physical interfaces 1 and 2, codec entries 1 to 5, sessions 1 and 2.
+inline std::vector<std::string> instancesOf(const std::string &pattern) {
+    std::vector<std::string> out{""};
+    std::string previous;
+    size_t at = 0;
+    while (at < pattern.size()) {
+        const size_t dot = pattern.find('.', at);
+        const std::string name = pattern.substr(at, dot == std::string::npos ? std::string::npos : dot - at);
+        const std::string sep = dot == std::string::npos ? "" : ".";
+        std::vector<std::string> next;
+        if (name == "{i}") {
+            const int high = previous == "Line" || previous == "PhyInterface" || previous == "Session" ? 2
+                             : previous == "Codecs" || previous == "List"                              ? 5
+                                                                                                         : 1;
+            for (const std::string &o : out) {
+                for (int i = 1; i <= high; ++i) {
+                    next.push_back(o + std::to_string(i) + sep);
+                }
+            }
+            out = next;
+        } else {
+            for (std::string &o : out) {
+                o += name + sep;
+            }
+        }
+        previous = name;
+        at = dot == std::string::npos ? pattern.size() : dot + 1;
+    }
+    return out;
+}
+
+// Entries of the other protocol are left out: their handlers answer only under it.
+inline bool forProtocol(const Tr104MapEntry &e, int protocol) {
+    const std::string note = e.note;
+    if (protocol == 4) {
+        return note.rfind("H.248", 0) != 0;
+    }
+    if (protocol == 2) {
+        return note.rfind("SIP", 0) != 0 || note.rfind("SIP variant", 0) == 0;
+    }
+    return true;
+}
+
+inline int runDump(const AreaContext &context, const std::vector<std::string> &args) {
+    bool json = false;
+    std::string prefix;
+    for (const std::string &a : args) {
+        if (a == "--json") {
+            json = true;
+        } else if (prefix.empty() && a[0] != '-') {
+            prefix = a;
+        } else {
+            std::fprintf(stderr, "tr104ctl: usage: tr104ctl [options] dump [PREFIX] [--json]\n");
+            return 2;
+        }
+    }
+    const int *protocol = context.lib.variable<int>("gTr104CurrProtocolType");
+    nlohmann::ordered_json array = nlohmann::ordered_json::array();
+    int read = 0, faults = 0, notRead = 0, consecutiveSlow = 0;
+    bool dead = false;
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point start = Clock::now();
+    for (unsigned i = 0; i < gTr104MapCount; ++i) {
+        const Tr104MapEntry &e = gTr104Map[i];
+        // Parameters whose get blocks the caller (the end of a line test) are left out.
+        if (e.handler == nullptr || std::string(e.access).find('R') == std::string::npos ||
+            std::string(e.note).rfind("blocks", 0) == 0 ||
+            !forProtocol(e, protocol != nullptr ? *protocol : 0)) {
+            continue;
+        }
+        for (const std::string &path : instancesOf(e.path)) {
+            if (!prefix.empty() && path.rfind(prefix, 0) != 0) {
+                continue;
+            }
+            nlohmann::ordered_json item{{"path", path}};
+            std::string line;
+            if (dead) {
+                ++notRead;
+                item["fault"] = "not read";
+                line = path + " ! not read: the voice module does not answer";
+            } else {
+                CallRequest req;
+                const Tr104MapEntry *entry = nullptr;
+                std::string why;
+                const Clock::time_point t0 = Clock::now();
+                const bool ok = pathRequest(path, false, "", &req, &entry, &why);
+                const CallResult r = ok ? callHandler(context.lib, req) : CallResult{};
+                const bool slow = Clock::now() - t0 > std::chrono::milliseconds(500);
+                if (ok && r.called && r.rc == 0) {
+                    consecutiveSlow = 0;
+                    ++read;
+                    item["value"] = toModelValue(e, r.shown);
+                    line = path + " = " + toModelValue(e, r.shown);
+                } else {
+                    ++faults;
+                    const int rc = ok && r.called ? r.rc : -2;
+                    item["fault"] = rc;
+                    line = path + " ! " + std::to_string(rc) + (rc == -1 ? " exchange failed" : " refused");
+                    // Two slow failures in a row: nobody answers; the rest is reported unread.
+                    consecutiveSlow = rc == -1 && slow ? consecutiveSlow + 1 : 0;
+                    dead = consecutiveSlow >= 2;
+                }
+            }
+            if (json) {
+                array.push_back(item);
+            } else {
+                std::printf("%s\n", line.c_str());
+            }
+        }
+    }
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    if (json) {
+        std::printf("%s\n", array.dump().c_str());
+    } else {
+        std::printf("# %d read, %d faults, %d not read in %.2f s\n", read, faults, notRead, seconds);
+    }
+    return dead || read == 0 ? 1 : 0;
+}
+
+}  // namespace paths
+
+inline constexpr AreaCommand kPathCommandRows[] = {
+    {"which", "       tr104ctl [options] which [--json] PATH   the handler, nLocate, type and access of a path",
+     &paths::runWhich},
+    {"dump", "       tr104ctl [options] dump [PREFIX] [--json]   every readable parameter under PREFIX",
+     &paths::runDump},
+};
+inline constexpr std::span<const AreaCommand> kPathCommands{kPathCommandRows};
+
+}  // namespace tr104ctl
