@@ -323,14 +323,26 @@ private:
 
 bool voiceModuleQueueExists() { return msgget(TR104_SND_QUEUE_KEY, 0) != -1; }
 
+// A request queue without room for one more message: nobody reads it, and a request would wait
+// on it for ever.
+bool voiceModuleQueueFull() {
+    const int id = msgget(TR104_SND_QUEUE_KEY, 0);
+    msqid_ds state{};
+    return id != -1 && msgctl(id, IPC_STAT, &state) == 0 && state.msg_qbytes - state.msg_cbytes < TR104_MSG_TEXT_LEN;
+}
+
 int connect(Channel &channel, const Options &opt) {
     bool answered = false;
     Emulate mode = opt.command == "demo" ? Emulate::Always : opt.emulate;
     if (opt.command == "watch" && mode == Emulate::Auto) {
         mode = Emulate::Never;  // an emulator that nobody scripts would report nothing
     }
-    if (mode == Emulate::Auto && !voiceModuleQueueExists()) {
+    if (mode == Emulate::Auto && (!voiceModuleQueueExists() || voiceModuleQueueFull())) {
         mode = Emulate::Always;
+    }
+    if (mode == Emulate::Never && voiceModuleQueueFull()) {
+        std::fprintf(stderr, "tr104ctl: the voice module's request queue is full: nobody reads it\n");
+        return kExitFailed;
     }
     if (mode == Emulate::Always) {
         if (!channel.emulate(opt.protocolName)) {

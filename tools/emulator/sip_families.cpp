@@ -339,7 +339,11 @@ void installSipFamilies(VoiceModuleEmulator &e) {
     // The profile a port without one of its own is served from (its name is empty).
     Tr104SipProfileRecord portDefault{};
     portDefault.unT38TcfMethod = 2;  // local TCF
+    const uint8_t codecs[TR104_PROFILE_CODEC_COUNT] = {0, 8, 18, TR104_PROFILE_CODEC_UNUSED,
+                                                        TR104_PROFILE_CODEC_UNUSED};  // PCMU, PCMA, G.729
+    std::memcpy(portDefault.aucCodecs, codecs, sizeof(codecs));
     e.put(kProfileFamily, &portDefault, sizeof(portDefault));
+
     Tr104SipSignalTimerRecord defaults{};
     defaults.unStartDigit = 10000;
     defaults.unNoAnswer = 60000;

@@ -1,4 +1,5 @@
 #include "emulator/voice_module_emulator.h"
+#include "tr104/sip.h"
 
 #include <sys/ipc.h>
 #include <sys/msg.h>
@@ -560,6 +561,14 @@ void registerBaseFamilies(VoiceModuleEmulator &emulator) {
     portStatus.getCmds = {TR104_GET_PORT_STATUS_ID};
     emulator.addFamily(portStatus);
     emulator.nameCommand(TR104_GET_PORT_STATUS_ID, "GET_PORT_STATUS_ID");
+    // The ports at power-on: not registered, idle (no voice profile bound yet).
+    for (uint32_t line = 1; line <= 2; ++line) {
+        Tr104SipLineRecord status{};
+        status.unLine = line;
+        std::strcpy(status.aRegState, "unreg-ok");
+        std::strcpy(status.aCallState, "Idle");
+        emulator.put(portStatus.name, &status, sizeof(status));
+    }
 }
 
 }  // namespace vmemu
