@@ -255,14 +255,12 @@ int parseOptions(int argc, char **argv, Options *opt, const AreaCommand *area) {
 }
 
 int listHandlers() {
-    for (std::span<const HandlerKind> table : kKindTables) {
-        for (const HandlerKind &row : table) {
-            std::printf("%-36s %s", row.name, kindName(row.kind));
-            if (row.deferredSlot >= 0) {
-                std::printf(", a set is staged in deferred slot %d", row.deferredSlot);
-            }
-            std::printf("\n");
+    for (const HandlerKind &row : allKinds()) {
+        std::printf("%-36s %s", row.name, kindName(row.kind));
+        if (row.deferredSlot >= 0) {
+            std::printf(", a set is staged in deferred slot %d", row.deferredSlot);
         }
+        std::printf("\n");
     }
     return 0;
 }

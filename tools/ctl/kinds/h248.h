@@ -1,6 +1,6 @@
-// The client's table of the h248 handlers: value kind and text size of each (included by
-// ctl/value_kinds.h, after HandlerKind).  Handlers the base table already names (line enable,
-// timers, caller id mode, ...) reach their H.248 variant through it.
+// The client's calls of the H.248 handlers that take several values (the naming rules, the
+// registration with a controller); the other H.248 handlers take their kind from the data-model
+// map.  Included by ctl/value_kinds.h.
 #pragma once
 
 #include <cstdint>
@@ -98,96 +98,13 @@ inline CustomResult mgcRegister(void *handler, bool set, const std::string &valu
 
 }  // namespace h248kinds
 
-constexpr size_t kMgcText = 69;
-constexpr size_t kPrefixText = 16;
 
 inline constexpr HandlerKind kH248KindRows[] = {
-    // Gateway identity and controllers
-    {"Tr104ProtocolVersion", ValueKind::Integer, 0},
-    {"Tr104MessageFormat", ValueKind::Integer, 0},
-    {"Tr104MessageEncodingType", ValueKind::Text, 8},
-    {"Tr104PrimaryMGC", ValueKind::Text, kMgcText},
-    {"Tr104PrimaryMGCPort", ValueKind::Integer, 0},
-    {"Tr104SecondaryMGC", ValueKind::Text, kMgcText},
-    {"Tr104SecondaryMGCPort", ValueKind::Integer, 0},
-    {"Tr104CurrMgcNum", ValueKind::Integer, 0},
-    {"Tr104CurrMgcAddr", ValueKind::Text, 140},
-    {"Tr104MgcStatus", ValueKind::Integer, 0},
     {"Tr104MgcRegisterH248", ValueKind::Custom, 0, -1, &h248kinds::mgcRegister},
     {"Tr104MgcRegister", ValueKind::Custom, 0, -1, &h248kinds::mgcRegister},
-    {"Tr104MgLocalPort", ValueKind::Integer, 0},
-    {"Tr104MgId", ValueKind::Text, kMgcText},
-    {"Tr104DeviceName", ValueKind::Text, 69},
-    {"Tr104MgRegMode", ValueKind::Integer, 0},
-    {"Tr104MgRegisterCycle", ValueKind::Integer, 0},
-    {"Tr104MgRegister", ValueKind::Integer, 0},
-    {"Tr104AuthenticationMeth", ValueKind::Integer, 0},
-    // Termination naming
-    {"Tr104TermId", ValueKind::Text, kPrefixText},
-    {"Tr104PhysicalTermId", ValueKind::Text, 33},
-    {"Tr104PhysicalTermIDPrefix", ValueKind::Text, kPrefixText},
-    {"Tr104PhysicalTermIDAddLen", ValueKind::Integer, 0},
-    {"Tr104PhysicalTermIDStartVlaue", ValueKind::Integer, 0},
-    {"Tr104PhysicalTermIDUniform", ValueKind::Integer, 0},
     {"Tr104PhyNameRule", ValueKind::Custom, 0, -1, &h248kinds::nameRule},
-    {"Tr104EphemeralTermIDPrefix", ValueKind::Text, kPrefixText},
-    {"Tr104EphemeralTermIDAddLen", ValueKind::Integer, 0},
-    {"Tr104EphemeralTermIDUniform", ValueKind::Integer, 0},
-    {"Tr104EphemeralTermIDStartVlaue", ValueKind::Integer, 0},
-    {"Tr104EphemeralTermIDNumber", ValueKind::Integer, 0},
-    {"Tr104EphemeralTermIDName", ValueKind::Text, 32},
-    {"Tr104EphemeralTermIDFirstName", ValueKind::Text, 35},
     {"Tr104EphNameRule", ValueKind::Custom, 0, -1, &h248kinds::ephemeralRangeRule},
     {"Tr104EphNameRule2", ValueKind::Custom, 0, -1, &h248kinds::nameRule},
-    // Heartbeat and transaction timers (retransmission timers in seconds)
-    {"Tr104HeartbeatMode", ValueKind::Integer, 0},
-    {"Tr104HeartbeatCycle", ValueKind::Integer, 0},
-    {"Tr104HeartbeatCount", ValueKind::Integer, 0},
-    {"Tr104HeartbeatFormat", ValueKind::Integer, 0},
-    {"Tr104ThreeHandShakeEnable", ValueKind::Integer, 0},
-    {"Tr104LongTimer", ValueKind::Integer, 0},
-    {"Tr104PendingTimer", ValueKind::Integer, 0},
-    {"Tr104RetranTimerInitial", ValueKind::Integer, 0},
-    {"Tr104MaxRetranCount", ValueKind::Integer, 0},
-    {"Tr104RetransmissionTime", ValueKind::Integer, 0},
-    {"Tr104RetransmissionCycle", ValueKind::Integer, 0},
-    // Line and profile values of the H.248 variants
-    {"Tr104PortServiceState", ValueKind::Text, 16},
-    {"Tr104RtpMinLocalPort", ValueKind::Integer, 0},
-    {"Tr104RtpMaxLocalPort", ValueKind::Integer, 0},
-    {"Tr104SessionLocalRtpPort", ValueKind::Integer, 0},
-    {"Tr104LineAnnounceType", ValueKind::Text, 16},
-    {"Tr104FaxCtrlMode", ValueKind::Integer, 0},
-    {"Tr104FaxT38EventDetectMode", ValueKind::Integer, 0},
-    {"Tr104VbdEnable", ValueKind::Integer, 0},
-    {"Tr104VbdTxInterval", ValueKind::Integer, 0},
-    {"Tr104VbdRxInterval", ValueKind::Integer, 0},
-    {"Tr104VbdCodec", ValueKind::Integer, 0},
-    // Statistics: the line counters (nLocate[2]) and the gateway's signalling counters
-    {"Tr104LineIncomingCallsReceived", ValueKind::Integer, 0},
-    {"Tr104LineIncomingCallsAnswered", ValueKind::Integer, 0},
-    {"Tr104LineIncomingCallsConnected", ValueKind::Integer, 0},
-    {"Tr104LineIncomingCallsFailed", ValueKind::Integer, 0},
-    {"Tr104LineOutgoingCallsAttempted", ValueKind::Integer, 0},
-    {"Tr104LineOutgoingCallsAnswered", ValueKind::Integer, 0},
-    {"Tr104LineOutgoingCallsConnected", ValueKind::Integer, 0},
-    {"Tr104LineOutgoingCallsFailed", ValueKind::Integer, 0},
-    {"Tr104LineTotalCallsDropped", ValueKind::Integer, 0},
-    {"Tr104LineTotalCallTimes", ValueKind::Integer, 0},
-    {"Tr104LineTotalCallsTime", ValueKind::Integer, 0},
-    {"Tr104LineTotalCallsSetupTimer", ValueKind::Integer, 0},
-    {"Tr104LineTotalCallTerminateFails", ValueKind::Integer, 0},
-    {"Tr104LineTotalPotsReleaseCounts", ValueKind::Integer, 0},
-    {"Tr104LineTotalPotsOffHookTimer", ValueKind::Integer, 0},
-    {"Tr104RcvdReqs", ValueKind::Integer, 0},
-    {"Tr104SendReqs", ValueKind::Integer, 0},
-    {"Tr104RcvdResponses", ValueKind::Integer, 0},
-    {"Tr104SendResponses", ValueKind::Integer, 0},
-    {"Tr104NgnPacketLoss", ValueKind::Integer, 0},
-    {"Tr104NgnPacketRetrans", ValueKind::Integer, 0},
-    {"Tr104NgnPacketError", ValueKind::Integer, 0},
-    // Adds the count to the value passed in: the client passes 0
-    {"Tr104NgnPacketUnKnown", ValueKind::Integer, 0},
 };
 
 inline constexpr std::span<const HandlerKind> kH248Kinds{kH248KindRows};

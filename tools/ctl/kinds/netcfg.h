@@ -1,7 +1,8 @@
-// The client's table of the voice network handlers (included by ctl/value_kinds.h, after
-// HandlerKind and the device table).  Most take (nFlag, pValue) only; addresses are written and
-// shown as dotted text (the word as inet_pton gives it, which is what the agent passes); the
-// handlers with several values take them in one value separated by blanks.
+// The client's calls of the voice network handlers: addresses written and shown as dotted text
+// (the word as inet_pton gives it, which is what the agent passes), and the rows of the handlers
+// that take several values in one value separated by blanks, or that have no path of their own.
+// The other network handlers take their kind from the data-model map.  Included by
+// ctl/value_kinds.h, after the device calls.
 #pragma once
 
 #include <arpa/inet.h>
@@ -200,64 +201,21 @@ inline CustomResult check(void *handler, bool set, const std::string &value, int
 #define TR104_NET_ADDRESS(name, slot) {name, ValueKind::Custom, 0, slot, net::address}
 
 inline constexpr HandlerKind kNetcfgKindRows[] = {
-    // Addressing: address, mask and gateway travel together (deferred slot 0)
-    TR104_NET_ADDRESS("Tr104IpAddrConfig", 0),
-    TR104_NET_ADDRESS("Tr104NetMaskConfig", 0),
-    TR104_NET_ADDRESS("Tr104GatewayConfig", 0),
     TR104_NET_ADDRESS("Tr104RtpIpAddrConfig", 0),
     TR104_NET_ADDRESS("Tr104RtpGateWayConfig", 0),
     {"Tr104IpParamConfig", ValueKind::Custom, 0, -1, net::triple},
     {"Tr104RtpIpParamConfig", ValueKind::Custom, 0, -1, net::triple},
     {"Tr104VoiceIpAddr", ValueKind::Custom, 0, -1, net::voiceIpAddr},
-    {"Tr104IpMode", ValueKind::Integer, 0},
     {"VoipPrivateIpCfg", ValueKind::Custom, 0, -1, net::privateIp},
-    // VLANs: the six values of a traffic class travel together (slots 6 and 7)
-    TR104_NET_INT("Tr104SipVlanId", 6),
-    TR104_NET_INT("Tr104SipVlanPriority", 6),
-    TR104_NET_INT("Tr104SipVlanTypeId", 6),
-    TR104_NET_INT("Tr104SipSVlanId", 6),
-    TR104_NET_INT("Tr104SipSVlanPriority", 6),
-    TR104_NET_INT("Tr104SipSVlanTypeId", 6),
-    TR104_NET_INT("Tr104RtpVlanId", 7),
-    TR104_NET_INT("Tr104RtpVlanPriority", 7),
-    TR104_NET_INT("Tr104RtpVlanTypeId", 7),
-    TR104_NET_INT("Tr104RtpSVlanId", 7),
-    TR104_NET_INT("Tr104RtpSVlanPriority", 7),
-    TR104_NET_INT("Tr104RtpSVlanTypeId", 7),
-    // DNS, DHCP, PPPoE, management URL
-    TR104_NET_ADDRESS("Tr104DnsIpConfig1", -1),
-    TR104_NET_ADDRESS("Tr104DnsIpConfig2", -1),
     {"Tr104DnsIpAddr", ValueKind::Custom, 0, -1, net::dnsAddr},
-    TR104_NET_TEXT("Tr104AcsUrlConfig"),
-    TR104_NET_INT("Tr104DhcpEnable", -1),
-    TR104_NET_INT("Tr104DHCPOption60Enable", -1),
-    TR104_NET_INT("Tr104DHCPOption60Type", -1),
-    TR104_NET_INT("Tr104DHCPOption60ValueMode", -1),
-    TR104_NET_TEXT("Tr104DHCPOption60Value"),
     TR104_NET_TEXT("Tr104DhcpOption120"),
-    TR104_NET_INT("Tr104DHCPOption125Enable", -1),
-    TR104_NET_TEXT("Tr104DHCPOption125Value"),
-    TR104_NET_TEXT("Tr104PPPoEAccount"),
-    TR104_NET_TEXT("Tr104PPPoEPassword"),
-    TR104_NET_INT("Tr104PPPoEEnable", -1),
     TR104_NET_INT("Tr104PPPoEMode", -1),
-    // Time
-    TR104_NET_INT("Tr104TimeEnable", -1),
-    TR104_NET_TEXT("Tr104TimeStatus"),
-    TR104_NET_TEXT("Tr104TimeNtpServer1"),
-    TR104_NET_TEXT("Tr104TimeNtpServer2"),
-    TR104_NET_TEXT("Tr104TimeCurrentLocalTime"),
-    TR104_NET_TEXT("Tr104TimeLocalTimeZone"),
-    TR104_NET_TEXT("Tr104TimeLocalTimeZoneName"),
     {"checkTimeZoneValid", ValueKind::Custom, 0, -1, net::check},
-    // Numbers, LED standard, RTP DSCP mark
     {"Tr104PosParamConfig", ValueKind::Custom, 0, -1, net::numbers},
     {"Tr104IptParamConfig", ValueKind::Custom, 0, -1, net::numbers},
     {"checkPosNumValid", ValueKind::Custom, 0, -1, net::check},
     {"checkIptNumValid", ValueKind::Custom, 0, -1, net::check},
     {"checkPOSorIPTTypeValid", ValueKind::Custom, 0, -1, net::check},
-    {"Tr104LedStandard", ValueKind::Custom, 0, -1, net::byte},
-    TR104_NET_INT("Tr104RtpDSCPMark", -1),
 };
 
 #undef TR104_NET_INT
