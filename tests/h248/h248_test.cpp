@@ -1,13 +1,13 @@
 // H.248 handlers against the emulated voice module: exact request bytes of a set and the value
 // a get then reads, for every block; the refused values; the conversions; the protocol dispatch.
 #include <array>
-#include <functional>
 #include <chrono>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "emulator/h248_emulator.h"
+#include "sip/sip_fixture.h"
 #include "support/channel_fixture.h"
 #include "tr104/h248.h"
 
@@ -47,29 +47,8 @@ protected:
     std::array<int, 4> locate_{};
 };
 
-// True when every payload byte outside the given (offset, width) fields is zero.
-bool zeroExcept(const vmemu::Request &r, std::initializer_list<std::pair<size_t, size_t>> fields) {
-    for (size_t i = 0; i < r.payload.size(); ++i) {
-        bool inside = false;
-        for (const auto &f : fields) {
-            inside = inside || (i >= f.first && i < f.first + f.second);
-        }
-        if (!inside && r.payload[i] != 0) {
-            return false;
-        }
-    }
-    return true;
-}
-
-std::string debugOutput(const std::function<void()> &f) {
-    gTr104CfgDebug = 1;
-    std::fflush(stdout);
-    testing::internal::CaptureStdout();
-    f();
-    std::fflush(stdout);
-    gTr104CfgDebug = 0;
-    return testing::internal::GetCapturedStdout();
-}
+using siptest::debugOutput;
+using siptest::zeroExcept;
 
 // ---- Round trips of integer fields ---------------------------------------------------------------
 

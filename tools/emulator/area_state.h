@@ -1,5 +1,5 @@
-// The state an area of the emulator keeps per emulator (the registrar installs it when an
-// emulator is constructed; the area's functions reach it by the emulator).
+// The state an area of the emulator keeps per emulator: the area's registrar installs it when an
+// emulator is constructed, and the area's functions reach it by the emulator.
 #pragma once
 
 #include <map>
@@ -10,6 +10,28 @@
 
 namespace vmemu {
 
+// One T per emulator (an emulator built at the address of a destroyed one replaces its entry).
+template <typename T>
+class PerEmulator {
+public:
+    std::shared_ptr<T> install(const VoiceModuleEmulator &emulator) {
+        auto value = std::make_shared<T>();
+        std::lock_guard lock(mutex_);
+        held_[&emulator] = value;
+        return value;
+    }
+    std::shared_ptr<T> find(const VoiceModuleEmulator &emulator) {
+        std::lock_guard lock(mutex_);
+        auto it = held_.find(&emulator);
+        return it != held_.end() ? it->second : nullptr;
+    }
+
+private:
+    std::mutex mutex_;
+    std::map<const VoiceModuleEmulator *, std::shared_ptr<T>> held_;
+};
+
+// A copyable state with its own lock.
 template <typename State>
 class AreaState {
 public:
@@ -18,29 +40,19 @@ public:
         State state;
     };
 
-    // A fresh state for an emulator (replacing one left by an emulator at the same address).
     std::shared_ptr<Held> install(const VoiceModuleEmulator &emulator, State initial = State{}) {
-        auto held = std::make_shared<Held>();
+        auto held = held_.install(emulator);
         held->state = std::move(initial);
-        std::lock_guard lock(mutex_);
-        held_[&emulator] = held;
         return held;
     }
 
     // Runs f on the emulator's state under its lock (nothing when it has none).
     template <typename F>
     void change(const VoiceModuleEmulator &emulator, F &&f) {
-        std::shared_ptr<Held> held;
-        {
-            std::lock_guard lock(mutex_);
-            auto it = held_.find(&emulator);
-            if (it == held_.end()) {
-                return;
-            }
-            held = it->second;
+        if (auto held = held_.find(emulator)) {
+            std::lock_guard lock(held->mutex);
+            f(held->state);
         }
-        std::lock_guard lock(held->mutex);
-        f(held->state);
     }
 
     State copy(const VoiceModuleEmulator &emulator) {
@@ -50,8 +62,7 @@ public:
     }
 
 private:
-    std::mutex mutex_;
-    std::map<const VoiceModuleEmulator *, std::shared_ptr<Held>> held_;
+    PerEmulator<Held> held_;
 };
 
 }  // namespace vmemu

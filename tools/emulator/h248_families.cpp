@@ -9,6 +9,7 @@
 #include <mutex>
 #include <sstream>
 
+#include "emulator/area_state.h"
 #include "emulator/h248_emulator.h"
 #include "emulator/protocol_family.h"
 
@@ -110,14 +111,9 @@ struct State {
     Tr104H248StatsBlock stats[3]{};
 };
 
-std::mutex registryMutex;
-std::map<const VoiceModuleEmulator *, std::shared_ptr<State>> registry;
+PerEmulator<State> states;
 
-std::shared_ptr<State> stateOf(const VoiceModuleEmulator &emulator) {
-    std::lock_guard lock(registryMutex);
-    auto it = registry.find(&emulator);
-    return it != registry.end() ? it->second : nullptr;
-}
+std::shared_ptr<State> stateOf(const VoiceModuleEmulator &emulator) { return states.find(emulator); }
 
 uint32_t wordAt(const char *data, uint32_t offset) {
     uint32_t v;
@@ -302,12 +298,8 @@ void fillPortStatus(const PortStatus &p, Payload &reply) {
 }
 
 void install(VoiceModuleEmulator &emulator) {
-    auto state = std::make_shared<State>();
+    auto state = states.install(emulator);
     initialise(*state);
-    {
-        std::lock_guard lock(registryMutex);
-        registry[&emulator] = state;
-    }
     for (const BlockKind &kind : blockKinds()) {
         emulator.nameCommand(kind.getCmd, std::string("GET_") + kind.name);
         emulator.setHandler(kind.getCmd, [state, &kind](const Request &request, Payload &reply) {

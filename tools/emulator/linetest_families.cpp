@@ -8,6 +8,7 @@
 #include <mutex>
 #include <sstream>
 
+#include "emulator/area_state.h"
 #include "emulator/linetest_emulator.h"
 #include "tr104/linetest.h"
 
@@ -89,14 +90,9 @@ struct State {
     Port ports[TR104_LINETEST_PORTS];
 };
 
-std::mutex registryMutex;
-std::map<const VoiceModuleEmulator *, std::shared_ptr<State>> registry;
+PerEmulator<State> states;
 
-std::shared_ptr<State> stateOf(const VoiceModuleEmulator &emulator) {
-    std::lock_guard lock(registryMutex);
-    auto it = registry.find(&emulator);
-    return it != registry.end() ? it->second : nullptr;
-}
+std::shared_ptr<State> stateOf(const VoiceModuleEmulator &emulator) { return states.find(emulator); }
 
 Port *portOf(State &s, uint32_t port) { return port == 1 || port == 2 ? &s.ports[port - 1] : nullptr; }
 
@@ -213,11 +209,7 @@ void startCall(State &s, const Request &r) {
 }
 
 void installLinetestFamilies(VoiceModuleEmulator &e) {
-    auto state = std::make_shared<State>();
-    {
-        std::lock_guard lock(registryMutex);
-        registry[&e] = state;
-    }
+    auto state = states.install(e);
     for (Port &p : state->ports) {
         for (const MeasureField &f : kFields) {
             putText(p, f, f.initial);

@@ -307,23 +307,8 @@ TR104_API int Tr104LineSessionTypeSip(int nFlag, void *pValue, int *nLocate) {
 // A get yields 0 without asking; a set of 1 resets the line's counters, any other value is
 // reported and accepted.
 TR104_API int Tr104LineResetStatisticsFlagSip(int nFlag, void *pValue, int *nLocate) {
-    using namespace tr104::sip;
-    if (const int rc = checkArguments(kResetStatistics, nFlag, pValue, nLocate); rc != TR104_OK) {
-        return rc;
-    }
-    if (nFlag == 0) {
-        putInt(pValue, 0);
-        return TR104_OK;
-    }
-    if (intValue(pValue) != 1) {
-        say(kResetStatistics.name, "param error, when write, *pLineResetStatisticsFlag must be TRUE.\n");
-        return TR104_OK;
-    }
-    const uint32_t line = static_cast<uint32_t>(lineOf(nLocate));
-    if (sendRecord(kResetStatistics.name, &line, sizeof(line), RESET_LINE_STATISTICS_ID) != TR104_OK) {
-        say(kResetStatistics.name, "RESET_LINE_STATISTICS_ID msg snd failed.\n");
-        return TR104_ERR_EXCHANGE;
-    }
-    return TR104_OK;
+    static const tr104::sip::LineReset kReset{tr104::sip::kResetStatistics, RESET_LINE_STATISTICS_ID, TR104_OK,
+                                             "RESET_LINE_STATISTICS_ID msg snd failed.\n"};
+    return tr104::sip::resetLineStatistics(kReset, nFlag, pValue, nLocate);
 }
 }

@@ -79,6 +79,26 @@ const TextCode *findCode(const TextCode *table, size_t count, int code) {
     return nullptr;
 }
 
+int resetLineStatistics(const LineReset &r, int nFlag, void *pValue, int *nLocate) {
+    if (const int rc = checkArguments(r.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+        return rc;
+    }
+    if (nFlag == 0) {
+        putInt(pValue, 0);
+        return TR104_OK;
+    }
+    if (intValue(pValue) != 1) {
+        say(r.sig.name, "param error, when write, *pLineResetStatisticsFlag must be TRUE.\n");
+        return r.notOne;
+    }
+    const uint32_t line = static_cast<uint32_t>(lineOf(nLocate));
+    if (sendRecord(r.sig.name, &line, sizeof(line), r.resetCmd) != TR104_OK) {
+        TR104_DEBUG_AS(r.sig.name, r.sendFailed, lineOf(nLocate));
+        return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
 void copyBounded(char *dst, const char *src, size_t max) {
     const size_t n = strnlen(src, max);
     std::memcpy(dst, src, n);

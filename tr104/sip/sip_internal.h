@@ -157,6 +157,17 @@ inline bool inRange(int value, int low, int high) {
            static_cast<unsigned int>(high) - static_cast<unsigned int>(low) + 1u;
 }
 
+// The statistics reset of a line, both protocols: a get yields 0 without asking; a set of 1 sends
+// the line under resetCmd; another value is reported and answers notOne (0 accepted, -2 refused).
+// sendFailed may name the line with %d.
+struct LineReset {
+    Signature sig;
+    unsigned int resetCmd;
+    int notOne;
+    const char *sendFailed;
+};
+int resetLineStatistics(const LineReset &r, int nFlag, void *pValue, int *nLocate);
+
 // Copies at most max characters of src (stopping at its terminator) and a terminator.
 void copyBounded(char *dst, const char *src, size_t max);
 
