@@ -1,10 +1,11 @@
 // Announces the library's version to the board-support library when the library is loaded.
 #include "tr104/msg/host_imports.h"
+#include "tr104/version.h"
 
 namespace {
 
 constexpr char kLibraryName[] = "libtr104.so";
-constexpr char kLibraryVersion[] = "V1.0.0";
+constexpr char kLibraryVersion[] = "V" TR104_VERSION_STRING;
 
 void exportVersion() {
     if (ux_bsp_version_export != nullptr) {
