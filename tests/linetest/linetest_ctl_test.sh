@@ -61,7 +61,7 @@ check "test not supported" 1 "ended with \"Error_TestNotSupported\"" -- linetest
 console "linetest duration 10000" "duration 10000 ms"
 check "line test timeout" 1 "did not complete within 1 s" -- linetest --port 1 --timeout 1
 check "unknown threshold" 2 "unknown threshold 'Loudness'" -- linetest --port 1 --threshold Loudness=3
-check "port 3" 2 "--port takes 1 or 2, not '3'" -- linetest --port 3
+check "port 3" 2 "--port: give a number from 1 to 2, not '3'" -- linetest --port 3
 
 check "caller test" 0 "port 1: Off-hook" "port 1: Testend" "Success" "fail reason          none" -- \
   simcall --port 1 --caller 5550123 --timeout 20
@@ -71,8 +71,9 @@ check "called test" 0 "port 2: Ringing-back" "Success" -- simcall --port 2 --cal
 console "simcall end 1 2" "end fail 2"
 check "failing caller test" 1 "Testend" "Fail" "NoDailTone" "fail code            2" -- \
   simcall --port 1 --caller 100
-check "caller without a number" 2 "--caller needs the number" -- simcall --port 1 --caller ""
-check "no test type" 2 "--caller NUMBER or --called are required" -- simcall --port 1
+check "caller and called" 2 "--caller excludes --called" -- simcall --port 1 --caller 5 --called
+check "caller without a number" 2 "--caller NUMBER or --called is required" -- simcall --port 1 --caller ""
+check "no test type" 2 "--caller NUMBER or --called is required" -- simcall --port 1
 
 exec 3>&-
 kill -INT "$emu" 2>/dev/null

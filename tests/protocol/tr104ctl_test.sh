@@ -81,7 +81,7 @@ check "caps: capability table" 0 "Tr104MaxSessionsAllLines       \"2\"" "support
 check "device: two-argument handler" 0 "=NONE" -- --protocol none get Tr104ProfileSignalingProtocol
 check "stats: line and profile tables" 0 "RTP packets sent                 0" "profile (lines 1 and 2)" -- stats --line 2
 check "stats: profile value of two arguments" 0 "=101" -- get Tr104TelEvent2833PayloadType
-check "stats: line 3" 2 "usage: tr104ctl [options] stats" -- stats --line 3
+check "stats: line 3" 2 "--line: give a number from 1 to 2, not '3'" -- stats --line 3
 check "net: the voice interface" 0 "address, mask, gateway" "time status                                Disabled" -- net
 check "net: an address as dotted text" 0 "=192.168.100.2" -- get Tr104IpAddrConfig
 check "net: a number table entry" 0 "=(no entry)" -- get Tr104IptParamConfig --line 1
@@ -216,24 +216,24 @@ check "unknown handler" 2 "no handler named 'Tr104NoSuchParameter'" -- get Tr104
 check "integer handler given text" 2 "'Tr104LineTransmitGain' takes an integer, not 'loud'" -- \
   set Tr104LineTransmitGain --line 2 -- loud
 check "integer handler given a fraction" 2 "takes an integer, not '1.5'" -- set Tr104LineHotlineDelay -- 1.5
-check "locator not a number" 2 "bad locator --line 'x'" -- get Tr104LineEnable --line x
-check "locator missing" 2 "bad locator --line" -- get Tr104LineEnable --line
-check "negative locator" 2 "bad locator --profile '-1'" -- get Tr104LineEnable --profile -1
+check "locator not a number" 2 "--line: give a number from 0 to 65535, not 'x'" -- get Tr104LineEnable --line x
+check "locator missing" 2 "--line: 1 required" -- get Tr104LineEnable --line
+check "negative locator" 2 "--profile: give a number from 0 to 65535, not '-1'" -- get Tr104LineEnable --profile -1
 check "line 3 refused by the handler" 1 "returned -2" -- get Tr104PhyReferenceList --line 3
 check "exported name that is no handler" 2 "value kind of 'tr104MsgConstruct' is not known" -- get tr104MsgConstruct
 check "gain without a direction" 2 "needs --direction" -- set Tr104LineGainSip --line 1 -- 7
-check "set without a value" 2 "usage: tr104ctl set" -- set Tr104LineEnable --line 1
-check "unknown command" 2 "unknown command 'frobnicate'" -- frobnicate
-check "unknown option" 2 "unknown option --lines" -- get Tr104LineEnable --lines 1
+check "set without a value" 2 "VALUE is required" -- set Tr104LineEnable --line 1
+check "unknown command" 2 "unknown command 'frobnicate' (get, set," -- frobnicate
+check "unknown option" 2 "not expected: 1 --lines" -- get Tr104LineEnable --lines 1
 check "library not found" 2 "cannot load libtr104.so" -- --lib "$work/none/libtr104.so" get Tr104LineEnable
-check "init: kind out of range" 2 "bad --kind '9': give 1 to 7" -- init --kind 9
-check "init before list" 2 "init runs before get, set, watch or demo, not 'list'" -- init list
+check "init: kind out of range" 2 "--kind: give a number from 1 to 7, not '9'" -- init --kind 9
+check "init before list" 2 "not expected: list" -- init list
 check "watch: kind without inbound queue" 2 "watch needs a module kind with an inbound queue (1 to 4), not 6" -- \
   watch --kind 6
-check "watch: seconds not a number" 2 "bad --seconds 'soon'" -- watch --seconds soon
-check "watch: count of zero" 2 "bad --count '0'" -- watch --count 0
-check "watch options on a get" 2 "--seconds and --count belong to watch" -- get Tr104LineEnable --seconds 3
-check "watch takes no arguments" 2 "watch takes no arguments" -- watch Tr104LineEnable
+check "watch: seconds not a number" 2 "--seconds: give a number from 0 to 86400, not 'soon'" -- watch --seconds soon
+check "watch: count of zero" 2 "--count: give a number from 1 to 1000000, not '0'" -- watch --count 0
+check "watch options on a get" 2 "not expected: 3 --seconds" -- get Tr104LineEnable --seconds 3
+check "watch takes no arguments" 2 "not expected: Tr104LineEnable" -- watch Tr104LineEnable
 
 exec 3>&-
 

@@ -29,6 +29,8 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "ctl/agent.h"
 #include "ctl/areas.h"
 #include "ctl/demo.h"
@@ -38,6 +40,7 @@
 #include "ctl/startup.h"
 #include "ctl/value_kinds.h"
 #include "ctl/watch.h"
+#include "tr104/version.h"
 #include "emulator/protocol_family.h"
 #include "emulator/voice_module_emulator.h"
 
@@ -57,9 +60,8 @@ constexpr int kExitUsage = 2;   // the request was wrong: name, value kind, loca
 enum class Emulate { Auto, Always, Never };
 
 struct Options {
-    std::string command;
+    std::string command;  // get, set, init, watch, demo, list or an area command's name
     CallRequest call;
-    std::vector<std::string> positional;
     std::string library;
     Emulate emulate = Emulate::Auto;
     std::string protocolName;
@@ -68,188 +70,126 @@ struct Options {
     bool init = false;       // full start-up before the command
     int watchSeconds = 60;   // watch: how long (0: until interrupted)
     int watchCount = 0;      // watch: stop after this many notifications (0: no limit)
-    bool watchOptions = false;
+    const AreaCommand *area = nullptr;
 };
-
-void usage(FILE *out) {
-    std::fprintf(out,
-                 "usage: tr104ctl [options] get HANDLER [locator] | get PATH\n"
-                 "       tr104ctl [options] set HANDLER [locator] [--] VALUE | set PATH VALUE\n"
-                 "       tr104ctl [options] init [--kind N] [get ... | set ... | watch ... | demo]\n"
-                 "       tr104ctl [options] watch [--seconds S] [--count N]\n"
-                 "       tr104ctl [options] demo | list\n"
-                 "locator: --line N (nLocate[2], default 1)  --profile N (nLocate[1], default 1)\n"
-                 "         --entry N (nLocate[3])  --direction N (gain: 0 transmit, 1 receive)\n"
-                 "options: --lib PATH            libtr104.so to load (else $TR104_LIBRARY, beside tr104ctl)\n"
-                 "         --emulate             play the voice module in a private IPC namespace\n"
-                 "         --no-emulate          talk to the voice module of this machine only\n"
-                 "         --protocol NAME       protocol name the emulated voice module reports (SIP)\n"
-                 "         --kind N, --module-kind N  module kind the client starts as (1; watch: 1 to 4)\n"
-                 "         --int | --text | --float  value kind of a handler the client does not know\n"
-                 "         --debug               switch the library's handler diagnostics on\n"
-                 "watch:   --seconds S           wait S seconds for the voice module's changes (60; 0: until Ctrl-C)\n"
-                 "         --count N             end after N notifications\n"
-                 "         with --emulate the emulator pushes a scripted series of changes instead\n"
-                 "Without --emulate or --no-emulate the emulator plays the voice module when none answers\n"
-                 "(watch: only with --emulate).  init, watch and demo run the library's full start-up\n"
-                 "(Tr104VoiceCfgInit); a set of a deferred parameter waits until its group is applied.\n");
-    for (std::span<const AreaCommand> table : kAreaCommandTables) {
-        for (const AreaCommand &command : table) {
-            std::fprintf(out, "%s\n", command.usage);
-        }
-    }
-}
 
 int fail(const std::string &message) {
     std::fprintf(stderr, "tr104ctl: %s\n", message.c_str());
     return kExitUsage;
 }
 
-// Parses the command line; returns -1 when it is fine, else the exit code.  With an area
-// command, argc ends before its name: what follows the name is the command's own.
-int parseOptions(int argc, char **argv, Options *opt, const AreaCommand *area) {
-    bool optionsEnded = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (optionsEnded || arg.size() < 2 || arg[0] != '-' || (arg[1] != '-' && arg != "-h")) {
-            opt->positional.push_back(arg);
-            continue;
-        }
-        if (arg == "--") {
-            optionsEnded = true;
-            continue;
-        }
-        auto next = [&](std::string *out) {
-            if (i + 1 >= argc) {
-                return false;
-            }
-            *out = argv[++i];
-            return true;
-        };
-        std::string value;
-        struct Locator {
-            const char *option;
-            int index;
-        };
-        static const Locator kLocators[] = {{"--profile", 1}, {"--line", 2}, {"--entry", 3}};
-        bool handled = false;
-        for (const Locator &loc : kLocators) {
-            if (arg == loc.option) {
-                if (!next(&value) || !parseInt(value, 0, 65535, &opt->call.locate[loc.index])) {
-                    return fail(std::string("bad locator ") + loc.option + " '" + value +
-                                "': give a number from 0 to 65535");
-                }
-                handled = true;
-            }
-        }
-        if (handled) {
-            continue;
-        }
-        if (arg == "--direction") {
-            int direction = 0;
-            if (!next(&value) || !parseInt(value, -2147483648L, 2147483647L, &direction)) {
-                return fail("bad --direction '" + value + "': give 0 (transmit) or 1 (receive)");
-            }
-            opt->call.direction = direction;
-        } else if (arg == "--lib") {
-            if (!next(&opt->library)) {
-                return fail("--lib needs a path");
-            }
-        } else if (arg == "--protocol") {
-            if (!next(&opt->protocolName)) {
-                return fail("--protocol needs a name");
-            }
-        } else if (arg == "--module-kind" || arg == "--kind") {
-            if (!next(&value) || !parseInt(value, 1, 7, &opt->moduleKind)) {
-                return fail("bad " + arg + " '" + value + "': give 1 to 7");
-            }
-        } else if (arg == "--seconds") {
-            if (!next(&value) || !parseInt(value, 0, 86400, &opt->watchSeconds)) {
-                return fail("bad --seconds '" + value + "': give 0 to 86400");
-            }
-            opt->watchOptions = true;
-        } else if (arg == "--count") {
-            if (!next(&value) || !parseInt(value, 1, 1000000, &opt->watchCount)) {
-                return fail("bad --count '" + value + "': give 1 to 1000000");
-            }
-            opt->watchOptions = true;
-        } else if (arg == "--emulate") {
-            opt->emulate = Emulate::Always;
-        } else if (arg == "--no-emulate") {
-            opt->emulate = Emulate::Never;
-        } else if (arg == "--int") {
-            opt->call.kindOverride = ValueKind::Integer;
-        } else if (arg == "--text") {
-            opt->call.kindOverride = ValueKind::Text;
-        } else if (arg == "--float") {
-            opt->call.kindOverride = ValueKind::Float;
-        } else if (arg == "--debug") {
-            opt->debug = true;
-        } else if (arg == "--help" || arg == "-h") {
-            usage(stdout);
-            return 0;
-        } else {
-            return fail("unknown option " + arg + " (values starting with '-' go after --)");
-        }
+const char kDescription[] =
+    "tr104ctl: a management-agent stand-in for libtr104.so.  It loads the library as the agent does and\n"
+    "gets or sets any handler by name (with its locator) or by data-model path.\n"
+    "Without --emulate or --no-emulate the emulator plays the voice module when none answers (watch: only\n"
+    "with --emulate).  init, watch and demo run the library's full start-up (Tr104VoiceCfgInit); a set of a\n"
+    "deferred parameter waits until its group is applied.  Values starting with '-' go after --.";
+
+// get and set: the handler or path, the locator and the value kind.
+void defineCall(CLI::App &command, Options *opt, bool set) {
+    command.add_option("NAME", opt->call.handler, "an exported handler (Tr104LineEnable) or a data-model path")
+        ->required();
+    if (set) {
+        command.add_option("VALUE", opt->call.value, "the value (the data model's form for a path)")->required();
     }
-    if (area != nullptr) {
-        if (!opt->positional.empty()) {
-            return fail(std::string("'") + opt->positional[0] + "' cannot come before " + area->name);
-        }
-        if (opt->watchOptions) {
-            return fail("--seconds and --count belong to watch");
-        }
-        opt->command = area->name;
-        return -1;
-    }
-    if (!opt->positional.empty() && opt->positional[0] == "init") {
+    command.add_option("--line", opt->call.locate[2], "nLocate[2] (1)")->check(numberIn(0, 65535));
+    command.add_option("--profile", opt->call.locate[1], "nLocate[1] (1)")->check(numberIn(0, 65535));
+    command.add_option("--entry", opt->call.locate[3], "nLocate[3] (0)")->check(numberIn(0, 65535));
+    command.add_option("--direction", opt->call.direction, "the gain's direction: 0 transmit, 1 receive");
+    auto *asInt = command.add_flag_callback("--int", [opt] { opt->call.kindOverride = ValueKind::Integer; },
+                                            "the handler takes an integer (a handler the client does not know)");
+    auto *asText = command.add_flag_callback("--text", [opt] { opt->call.kindOverride = ValueKind::Text; },
+                                             "the handler takes a text");
+    auto *asFloat = command.add_flag_callback("--float", [opt] { opt->call.kindOverride = ValueKind::Float; },
+                                              "the handler takes a float");
+    asInt->excludes(asText)->excludes(asFloat);
+    asText->excludes(asFloat);
+    command.callback([opt, set] {
+        opt->command = set ? "set" : "get";
+        opt->call.set = set;
+    });
+}
+
+// The commands that may follow init: get, set, watch and demo.
+void defineStartedCommands(CLI::App &parent, Options *opt) {
+    defineCall(*parent.add_subcommand("get", "the value of a handler or path"), opt, false);
+    defineCall(*parent.add_subcommand("set", "set a handler or path"), opt, true);
+    CLI::App *watch = parent.add_subcommand("watch", "print the voice module's change notifications as they arrive");
+    watch->add_option("--seconds", opt->watchSeconds, "how long to wait (60; 0: until Ctrl-C)")
+        ->check(numberIn(0, 86400));
+    watch->add_option("--count", opt->watchCount, "end after N notifications")->check(numberIn(1, 1000000));
+    watch->callback([opt] { opt->command = "watch"; });
+    parent.add_subcommand("demo", "the guided tour against the emulator")->callback([opt] { opt->command = "demo"; });
+}
+
+std::string versionText() {
+    return std::string("tr104ctl ") + TR104_VERSION_STRING + " (libtr104 " + TR104_VERSION_STRING + ")";
+}
+
+// Parses the command line; returns -1 when it is fine, else the exit code.
+int parseOptions(int argc, char **argv, Options *opt) {
+    CLI::App app{kDescription, "tr104ctl"};
+    app.fallthrough();
+    app.require_subcommand(1);
+    app.set_version_flag("--version", versionText());
+    app.add_option("--lib", opt->library, "libtr104.so to load (else $TR104_LIBRARY, else beside tr104ctl)");
+    auto *emulate = app.add_flag_callback("--emulate", [opt] { opt->emulate = Emulate::Always; },
+                                          "play the voice module in a private IPC namespace");
+    app.add_flag_callback("--no-emulate", [opt] { opt->emulate = Emulate::Never; },
+                          "talk to the voice module of this machine only")
+        ->excludes(emulate);
+    app.add_option("--protocol", opt->protocolName, "protocol name the emulated voice module reports (SIP)");
+    app.add_option("--kind,--module-kind", opt->moduleKind, "module kind the client starts as (1; watch: 1 to 4)")
+        ->check(numberIn(1, 7));
+    app.add_flag("--debug", opt->debug, "switch the library's handler diagnostics on");
+
+    defineStartedCommands(app, opt);
+    CLI::App *init = app.add_subcommand("init", "the library's full start-up, then get, set, watch or demo if given");
+    init->require_subcommand(0, 1);
+    defineStartedCommands(*init, opt);
+    init->final_callback([opt] {
         opt->init = true;
-        opt->positional.erase(opt->positional.begin());
-        if (opt->positional.empty()) {
-            opt->positional.push_back("init");
-        } else if (opt->positional[0] != "get" && opt->positional[0] != "set" && opt->positional[0] != "watch" &&
-                   opt->positional[0] != "demo") {
-            return fail("init runs before get, set, watch or demo, not '" + opt->positional[0] + "'");
+        if (opt->command.empty()) {
+            opt->command = "init";
+        }
+    });
+    app.add_subcommand("list", "the handlers the client knows, with their value kinds")->callback([opt] {
+        opt->command = "list";
+    });
+    for (std::span<const AreaCommand> table : kAreaCommandTables) {
+        for (const AreaCommand &command : table) {
+            CLI::App *sub = app.add_subcommand(command.name, command.description);
+            command.define(*sub);
+            sub->callback([opt, &command] {
+                opt->command = command.name;
+                opt->area = &command;
+            });
         }
     }
-    if (opt->positional.empty()) {
-        usage(stderr);
+    if (argc < 2) {
+        std::fputs(app.help().c_str(), stderr);
         return kExitUsage;
     }
-    opt->command = opt->positional[0];
-    const size_t args = opt->positional.size() - 1;
-    if (opt->watchOptions && opt->command != "watch") {
-        return fail("--seconds and --count belong to watch");
-    }
-    if (opt->command == "get" || opt->command == "set") {
-        const size_t wanted = opt->command == "get" ? 1 : 2;
-        if (args != wanted) {
-            return fail(opt->command == "get" ? "usage: tr104ctl get HANDLER [locator]"
-                                              : "usage: tr104ctl set HANDLER [locator] [--] VALUE");
-        }
-        opt->call.handler = opt->positional[1];
-        opt->call.set = opt->command == "set";
-        if (opt->call.set) {
-            opt->call.value = opt->positional[2];
-        }
-    } else if (opt->command == "demo" || opt->command == "list" || opt->command == "watch" ||
-               opt->command == "init") {
-        if (args != 0) {
-            return fail(opt->command + " takes no arguments");
-        }
-        // Module kinds 5 to 7 have no inbound queue.
-        if (opt->command == "watch" && opt->moduleKind > 4) {
-            return fail("watch needs a module kind with an inbound queue (1 to 4), not " +
-                        std::to_string(opt->moduleKind));
-        }
-    } else {
-        std::string known = "init, get, set, watch, demo, list";
-        for (std::span<const AreaCommand> table : kAreaCommandTables) {
-            for (const AreaCommand &command : table) {
-                known += std::string(", ") + command.name;
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success &e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError &e) {
+        // No command, or a first word that is none.
+        const std::vector<std::string> rest = app.remaining();
+        if (app.get_subcommands().empty() && !rest.empty() && rest[0][0] != '-') {
+            std::string known;
+            for (const CLI::App *sub : app.get_subcommands({})) {
+                known += (known.empty() ? "" : ", ") + sub->get_name();
             }
+            return fail("unknown command '" + rest[0] + "' (" + known + ")");
         }
-        return fail("unknown command '" + opt->command + "' (" + known + ")");
+        return fail(std::string(e.what()) + " (tr104ctl --help)");
+    }
+    // Module kinds 5 to 7 have no inbound queue.
+    if (opt->command == "watch" && opt->moduleKind > 4) {
+        return fail("watch needs a module kind with an inbound queue (1 to 4), not " +
+                    std::to_string(opt->moduleKind));
     }
     return -1;
 }
@@ -429,18 +369,10 @@ int runCall(const Library &lib, const CallRequest &requested) {
 
 int main(int argc, char **argv) {
     Options opt;
-    // An area command takes every argument after its name; the client's options come before it.
-    const AreaCommand *area = nullptr;
-    int areaAt = argc;
-    for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
-        if ((area = findAreaCommand(argv[i])) != nullptr) {
-            areaAt = i;
-            break;
-        }
-    }
-    if (const int code = parseOptions(areaAt, argv, &opt, area); code >= 0) {
+    if (const int code = parseOptions(argc, argv, &opt); code >= 0) {
         return code;
     }
+    const AreaCommand *area = opt.area;
     if (opt.command == "list") {
         return listHandlers();
     }
@@ -471,7 +403,7 @@ int main(int argc, char **argv) {
     }
     if (area != nullptr) {
         const AreaContext context{lib, channel.emulator(), opt.moduleKind};
-        return area->run(context, std::vector<std::string>(argv + areaAt + 1, argv + argc));
+        return area->run(context);
     }
     if (opt.command == "demo") {
         return runDemo(lib, *channel.emulator());

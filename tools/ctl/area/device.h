@@ -53,11 +53,7 @@ inline int printCapabilities(const Library &lib) {
     return failed;
 }
 
-inline int runCaps(const AreaContext &context, const std::vector<std::string> &args) {
-    if (!args.empty()) {
-        std::fprintf(stderr, "usage: tr104ctl [options] caps\n");
-        return 2;
-    }
+inline int runCaps(const AreaContext &context) {
     auto refresh = context.lib.function<int (*)()>("Tr104RefreshCurrProtocolType");
     if (refresh != nullptr) {
         refresh();
@@ -73,7 +69,7 @@ inline int runCaps(const AreaContext &context, const std::vector<std::string> &a
 }  // namespace device
 
 inline constexpr AreaCommand kDeviceCommandRows[] = {
-    {"caps", "tr104ctl [options] caps        print the voice service's capability parameters", &device::runCaps},
+    {"caps", "print the voice service's capability parameters", &noArguments, &device::runCaps},
 };
 inline constexpr std::span<const AreaCommand> kDeviceCommands{kDeviceCommandRows};
 

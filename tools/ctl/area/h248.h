@@ -20,11 +20,13 @@ namespace h248area {
 
 // The gateway's controllers and registration, and each line's registration and counters, read
 // through the H.248 variants whatever the library's current protocol.
-inline int status(const AreaContext &context, const std::vector<std::string> &args) {
-    if (!args.empty() && args[0] != "status") {
-        std::fprintf(stderr, "tr104ctl: h248: unknown request '%s' (status)\n", args[0].c_str());
-        return 2;
-    }
+inline std::string gRequest = "status";
+
+inline void defineStatus(CLI::App &command) {
+    command.add_option("REQUEST", gRequest, "what to show (status)")->check(CLI::IsMember({"status"}));
+}
+
+inline int status(const AreaContext &context) {
     static const DemoStep kGateway[] = {
         {"Tr104PrimaryMGCH248", false, nullptr, 0, ""},      {"Tr104PrimaryMGCPortH248", false, nullptr, 0, ""},
         {"Tr104SecondaryMGCH248", false, nullptr, 0, ""},    {"Tr104SecondaryMGCPortH248", false, nullptr, 0, ""},
@@ -71,7 +73,7 @@ inline bool switchTo(const Library &lib, vmemu::VoiceModuleEmulator &emulator, b
 }  // namespace h248area
 
 inline constexpr AreaCommand kH248CommandRows[] = {
-    {"h248", "tr104ctl [options] h248 status   controllers, registration and counters of the H.248 gateway",
+    {"h248", "controllers, registration and counters of the H.248 gateway", &h248area::defineStatus,
      &h248area::status},
 };
 inline constexpr std::span<const AreaCommand> kH248Commands{kH248CommandRows};

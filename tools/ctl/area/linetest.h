@@ -171,44 +171,52 @@ std::string poll(const PortCall &call, const std::string &handler, int limitSeco
     }
 }
 
-// --port N: 1 or 2, else a one-line complaint.
-inline bool parsePort(const std::string &text, int *port) {
-    if (!parseInt(text, 1, 2, port)) {
-        std::fprintf(stderr, "tr104ctl: --port takes 1 or 2, not '%s'\n", text.c_str());
-        return false;
-    }
-    return true;
+// The options of `linetest` and `simcall`.
+struct TestArgs {
+    int port = 0;
+    int limit = 60;   // linetest: how long to wait for the result
+    int timeout = 0;  // simcall: the voice module's timeout (0: 60 s)
+    std::string selector = "Outer_Line_Test";
+    std::vector<std::string> thresholds;  // NAME=VALUE
+    std::string caller;                   // simcall: the number to call
+    bool called = false;                  // simcall: wait for a call
+};
+inline TestArgs gTest;
+
+inline void definePort(CLI::App &command) {
+    command.add_option("--port", gTest.port, "the port (1 or 2)")->required()->check(numberIn(1, 2));
 }
 
-inline int runLineTest(const AreaContext &ctx, const std::vector<std::string> &args) {
-    int port = 0;
-    int limit = 60;
-    std::string selector = "Outer_Line_Test";
+inline void defineLineTest(CLI::App &command) {
+    definePort(command);
+    command.add_option("--selector", gTest.selector, "Outer_Line_Test (the default) or Inner_Line_Test");
+    command.add_option("--threshold", gTest.thresholds, "NAME=VALUE: a limit of the test (several may be given)")
+        ->check([](const std::string &t) {
+            return t.find('=') == std::string::npos ? "give NAME=VALUE, not '" + t + "'" : std::string();
+        });
+    command.add_option("--timeout", gTest.limit, "seconds to wait for the result (60)")->check(numberIn(1, 3600));
+}
+
+inline void defineSimulatedCall(CLI::App &command) {
+    definePort(command);
+    auto *caller = command.add_option("--caller", gTest.caller, "call NUMBER from the port");
+    command.add_flag("--called", gTest.called, "wait for a call to the port")->excludes(caller);
+    command.add_option("--timeout", gTest.timeout, "the voice module's timeout in seconds (0: 60)")
+        ->check(numberIn(0, 3600));
+}
+
+inline int runLineTest(const AreaContext &ctx) {
+    const int port = gTest.port;
+    const int limit = gTest.limit;
+    const std::string selector = gTest.selector;
     std::vector<std::pair<std::string, std::string>> thresholds;
-    for (size_t i = 0; i < args.size(); ++i) {
-        const bool hasValue = i + 1 < args.size();
-        if (args[i] == "--port" && hasValue && parsePort(args[i + 1], &port)) {
-            ++i;
-        } else if (args[i] == "--selector" && hasValue) {
-            selector = args[++i];
-        } else if (args[i] == "--timeout" && hasValue && parseInt(args[i + 1], 1, 3600, &limit)) {
-            ++i;
-        } else if (args[i] == "--threshold" && hasValue && args[i + 1].find('=') != std::string::npos) {
-            const std::string &t = args[++i];
-            const std::string handler = thresholdHandler(ctx.lib, t.substr(0, t.find('=')));
-            if (handler.empty()) {
-                std::fprintf(stderr, "tr104ctl: unknown threshold '%s'\n", t.substr(0, t.find('=')).c_str());
-                return 2;
-            }
-            thresholds.emplace_back(handler, t.substr(t.find('=') + 1));
-        } else {
-            std::fprintf(stderr, "tr104ctl linetest: bad argument '%s'\n", args[i].c_str());
+    for (const std::string &t : gTest.thresholds) {
+        const std::string handler = thresholdHandler(ctx.lib, t.substr(0, t.find('=')));
+        if (handler.empty()) {
+            std::fprintf(stderr, "tr104ctl: unknown threshold '%s'\n", t.substr(0, t.find('=')).c_str());
             return 2;
         }
-    }
-    if (port == 0) {
-        std::fprintf(stderr, "tr104ctl linetest: --port 1 or 2 is required\n");
-        return 2;
+        thresholds.emplace_back(handler, t.substr(t.find('=') + 1));
     }
     if (selector.find("SimulateTest") != std::string::npos) {
         std::fprintf(stderr, "tr104ctl linetest: '%s' is a simulated call: use tr104ctl simcall\n", selector.c_str());
@@ -248,33 +256,13 @@ inline int runLineTest(const AreaContext &ctx, const std::vector<std::string> &a
     return 0;
 }
 
-inline int runSimulatedCall(const AreaContext &ctx, const std::vector<std::string> &args) {
-    int port = 0;
-    int timeout = 0;
-    std::string type;
-    std::string number;
-    for (size_t i = 0; i < args.size(); ++i) {
-        const bool hasValue = i + 1 < args.size();
-        if (args[i] == "--port" && hasValue && parsePort(args[i + 1], &port)) {
-            ++i;
-        } else if (args[i] == "--caller" && hasValue) {
-            type = "Caller";
-            number = args[++i];
-        } else if (args[i] == "--called") {
-            type = "Called";
-        } else if (args[i] == "--timeout" && hasValue && parseInt(args[i + 1], 0, 3600, &timeout)) {
-            ++i;
-        } else {
-            std::fprintf(stderr, "tr104ctl simcall: bad argument '%s'\n", args[i].c_str());
-            return 2;
-        }
-    }
-    if (type == "Caller" && number.empty()) {
-        std::fprintf(stderr, "tr104ctl simcall: --caller needs the number to call\n");
-        return 2;
-    }
-    if (port == 0 || type.empty()) {
-        std::fprintf(stderr, "tr104ctl simcall: --port 1 or 2 and --caller NUMBER or --called are required\n");
+inline int runSimulatedCall(const AreaContext &ctx) {
+    const int port = gTest.port;
+    const int timeout = gTest.timeout;
+    const std::string &number = gTest.caller;
+    const std::string type = gTest.called ? "Called" : "Caller";
+    if (!gTest.called && number.empty()) {
+        std::fprintf(stderr, "tr104ctl: simcall: --caller NUMBER or --called is required\n");
         return 2;
     }
     const PortCall call{ctx.lib, port};
@@ -309,11 +297,9 @@ inline int runSimulatedCall(const AreaContext &ctx, const std::vector<std::strin
 }  // namespace linetest
 
 inline constexpr AreaCommand kLinetestCommandRows[] = {
-    {"linetest",
-     "tr104ctl [options] linetest --port N [--selector Outer_Line_Test|Inner_Line_Test] [--threshold NAME=VALUE ...] "
-     "[--timeout S]",
+    {"linetest", "run a line test on a port and print its measurements and conclusion", &linetest::defineLineTest,
      &linetest::runLineTest},
-    {"simcall", "tr104ctl [options] simcall --port N --caller NUMBER | --called [--timeout S]",
+    {"simcall", "run a simulated call on a port (--caller NUMBER or --called)", &linetest::defineSimulatedCall,
      &linetest::runSimulatedCall},
 };
 inline constexpr std::span<const AreaCommand> kLinetestCommands{kLinetestCommandRows};

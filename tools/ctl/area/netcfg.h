@@ -64,11 +64,7 @@ inline int printSettings(const Library &lib) {
     return failed;
 }
 
-inline int runNet(const AreaContext &context, const std::vector<std::string> &args) {
-    if (!args.empty()) {
-        std::fprintf(stderr, "tr104ctl: usage: tr104ctl [options] net\n");
-        return 2;
-    }
+inline int runNet(const AreaContext &context) {
     std::printf("voice interface\n");
     return printSettings(context.lib) == 0 ? 0 : 1;
 }
@@ -76,8 +72,7 @@ inline int runNet(const AreaContext &context, const std::vector<std::string> &ar
 }  // namespace netcfg
 
 inline constexpr AreaCommand kNetcfgCommandRows[] = {
-    {"net", "       tr104ctl [options] net   the voice interface's address, VLANs, DNS, DHCP, PPPoE and time",
-     &netcfg::runNet},
+    {"net", "the voice interface's address, VLANs, DNS, DHCP, PPPoE and time", &noArguments, &netcfg::runNet},
 };
 inline constexpr std::span<const AreaCommand> kNetcfgCommands{kNetcfgCommandRows};
 

@@ -18,23 +18,26 @@ namespace tr104ctl {
 
 namespace paths {
 
-inline int runWhich(const AreaContext &, const std::vector<std::string> &args) {
+// The arguments of `which` and `dump`.
+struct PathArgs {
+    std::string path;  // which: the path; dump: the prefix (empty: everything)
     bool json = false;
-    std::string path;
-    for (const std::string &a : args) {
-        if (a == "--json") {
-            json = true;
-        } else if (path.empty()) {
-            path = a;
-        } else {
-            path.clear();
-            break;
-        }
-    }
-    if (path.empty()) {
-        std::fprintf(stderr, "tr104ctl: usage: tr104ctl [options] which [--json] PATH\n");
-        return 2;
-    }
+};
+inline PathArgs gArgs;
+
+inline void defineWhich(CLI::App &command) {
+    command.add_option("PATH", gArgs.path, "a concrete data-model path")->required();
+    command.add_flag("--json", gArgs.json, "one JSON object on one line");
+}
+
+inline void defineDump(CLI::App &command) {
+    command.add_option("PREFIX", gArgs.path, "only the parameters whose path starts with it");
+    command.add_flag("--json", gArgs.json, "a JSON array of {path, value} or {path, fault}");
+}
+
+inline int runWhich(const AreaContext &) {
+    const std::string &path = gArgs.path;
+    const bool json = gArgs.json;
     const ResolvedPath r = resolvePath(path);
     if (r.rc == TR104_MAP_UNKNOWN || r.rc == TR104_MAP_MALFORMED) {
         std::fprintf(stderr, "tr104ctl: %s\n", r.error.c_str());
@@ -115,19 +118,9 @@ inline bool forProtocol(const Tr104MapEntry &e, int protocol) {
     return true;
 }
 
-inline int runDump(const AreaContext &context, const std::vector<std::string> &args) {
-    bool json = false;
-    std::string prefix;
-    for (const std::string &a : args) {
-        if (a == "--json") {
-            json = true;
-        } else if (prefix.empty() && a[0] != '-') {
-            prefix = a;
-        } else {
-            std::fprintf(stderr, "tr104ctl: usage: tr104ctl [options] dump [PREFIX] [--json]\n");
-            return 2;
-        }
-    }
+inline int runDump(const AreaContext &context) {
+    const bool json = gArgs.json;
+    const std::string &prefix = gArgs.path;
     const int *protocol = context.lib.variable<int>("gTr104CurrProtocolType");
     nlohmann::ordered_json array = nlohmann::ordered_json::array();
     int read = 0, faults = 0, notRead = 0, consecutiveSlow = 0;
@@ -194,9 +187,8 @@ inline int runDump(const AreaContext &context, const std::vector<std::string> &a
 }  // namespace paths
 
 inline constexpr AreaCommand kPathCommandRows[] = {
-    {"which", "       tr104ctl [options] which [--json] PATH   the handler, nLocate, type and access of a path",
-     &paths::runWhich},
-    {"dump", "       tr104ctl [options] dump [PREFIX] [--json]   every readable parameter under PREFIX",
+    {"which", "the handler, nLocate, type and access of a data-model path", &paths::defineWhich, &paths::runWhich},
+    {"dump", "every readable parameter under PREFIX, as a GetParameterValues would", &paths::defineDump,
      &paths::runDump},
 };
 inline constexpr std::span<const AreaCommand> kPathCommands{kPathCommandRows};

@@ -82,21 +82,18 @@ inline int printLine(const Library &lib, int line) {
     return failed;
 }
 
-inline int runStats(const AreaContext &context, const std::vector<std::string> &args) {
-    int line = 1;
-    if (args.size() == 2 && args[0] == "--line" && parseInt(args[1], 1, 2, &line)) {
-    } else if (!args.empty()) {
-        std::fprintf(stderr, "tr104ctl: usage: tr104ctl [options] stats [--line 1|2]\n");
-        return 2;
-    }
-    return printLine(context.lib, line) == 0 ? 0 : 1;
+inline int gLine = 1;
+
+inline void defineStats(CLI::App &command) {
+    command.add_option("--line", gLine, "the line (1 or 2; 1)")->check(numberIn(1, 2));
 }
+
+inline int runStats(const AreaContext &context) { return printLine(context.lib, gLine) == 0 ? 0 : 1; }
 
 }  // namespace stats
 
 inline constexpr AreaCommand kStatsCommandRows[] = {
-    {"stats", "       tr104ctl [options] stats [--line N]   the line's RTP and call statistics, the profile sums",
-     &stats::runStats},
+    {"stats", "the line's RTP and call statistics, the profile sums", &stats::defineStats, &stats::runStats},
 };
 inline constexpr std::span<const AreaCommand> kStatsCommands{kStatsCommandRows};
 
