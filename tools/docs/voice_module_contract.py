@@ -346,7 +346,7 @@ def fields(body):
         m = FIELD.match(line)
         if m:
             comment = (m.group(4) or m.group(5) or '').strip()
-            comment = re.sub(r'^\d+\s*', '', comment)
+            comment = re.sub(r'^\d+\s*:?\s*', '', comment)
             out.append((m.group(2), (m.group(1) + m.group(3)).replace(' ', ' '), comment))
     return out
 
