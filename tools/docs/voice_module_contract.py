@@ -431,6 +431,11 @@ def collect():
                 continue
             for r in d.refs & ids.keys():
                 users.setdefault(r, set()).add(name)
+    users_of = {}
+    for defs in graph.by_name.values():
+        for d in defs:
+            for r in d.refs:
+                users_of.setdefault((d.path, r), []).append(d)
     commands = {}
     for name, (value, path, comment) in ids.items():
         if name not in direct:
@@ -443,6 +448,9 @@ def collect():
         c['handlers'] |= users.get(name, set())
         for d in direct[name]:
             near = graph.reach([d], exports, through_functions=False)
+            if not d.function:
+                # The functions of the file that use the descriptor fill its record.
+                near += [f for f in users_of.get((d.path, d.name), []) if f.function]
             for n in near:
                 c['records'] |= (n.refs & recs.keys()) - set(ENVELOPE)
         if name in read_by_reply or re.search(r'(^|_)GET(_|$)|Get', name):
@@ -488,6 +496,8 @@ def render(layout):
     w('  the function named (none: read and dropped).')
     w('- **Reply** "yes": the library waits for the voice module\'s answer (type 1, the same command')
     w('  id) in its reply queue and reads the record from `rspBuffer`; "no": sent without waiting.')
+    w('- **Record** "—": the payload is not one of the record structs below: a single word or text,')
+    w('  or a block whose offsets the handler\'s source names.')
     w('- **Handlers** are the exported functions that reach the command id, not counting the')
     w('  dispatching wrappers, which call `<name>Sip` or `<name>H248` by the current protocol.')
     w('- Integers in records are in the platform\'s byte order (the voice module shares it); records')
