@@ -197,6 +197,11 @@ __attribute__((visibility("default"))) int VENDOR_Start(void) {
         USP_ERR_SetMessage(format, kAgentModuleKind);
         return USP_ERR_INTERNAL_ERROR;
     }
+    // The protocol decides which handlers answer.  A voice module that does not answer yet names
+    // it later with its protocol-change message; the agent starts anyway.
+    if (Tr104RefreshCurrProtocolType() != 0) {
+        USP_LOG_Warning("libtr104-usp: the voice module did not name its protocol");
+    }
     return announce(servedTables(), "", "");
 }
 
