@@ -6,6 +6,9 @@
 // path (tr104MapGet / tr104MapSet), the same lookup and value conversions as the client's.
 // VENDOR_Start starts the library as the management agent does and announces the instances of
 // a two-port device.
+#include <pthread.h>
+#include <sched.h>
+
 #include <cstdio>
 #include <cstring>
 #include <set>
@@ -192,7 +195,14 @@ __attribute__((visibility("default"))) int VENDOR_Init(void) {
 }
 
 __attribute__((visibility("default"))) int VENDOR_Start(void) {
-    if (Tr104VoiceCfgInit(kAgentModuleKind) != 0) {
+    // The runtime adopts the calling thread (the agent's data-model thread) as its root task,
+    // which leaves it at a real-time priority; the agent's threads keep their own scheduling.
+    int policy = SCHED_OTHER;
+    sched_param param{};
+    pthread_getschedparam(pthread_self(), &policy, &param);
+    const int started = Tr104VoiceCfgInit(kAgentModuleKind);
+    pthread_setschedparam(pthread_self(), policy, &param);
+    if (started != 0) {
         char format[] = "Tr104VoiceCfgInit(%d) failed";
         USP_ERR_SetMessage(format, kAgentModuleKind);
         return USP_ERR_INTERNAL_ERROR;
