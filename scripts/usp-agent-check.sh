@@ -79,7 +79,7 @@ check() {  # NAME RESULT(0 = pass) [DETAIL]
     failed=$((failed + 1)); echo "FAIL $1${3:+: $3}"
   fi
 }
-cli() { "$OBUSPA" -s "$SOCK" -c "$@" 2>&1; }
+cli() { timeout 60 "$OBUSPA" -s "$SOCK" -c "$@" 2>&1; }
 requestCount() { grep -c '^\[vmemu\] module=' "$WORK/vmemu.log"; }
 # A console command of the emulator; its answer is what it printed after the command.
 console() {
@@ -100,9 +100,9 @@ commandId() { grep "^\[vmemu\] module=.*${1:-}" "$WORK/vmemu.log" | tail -1 | se
 
 # The voice module: the emulator, its console on a pipe.
 mkfifo "$WORK/console"
+exec 3<>"$WORK/console"  # read-write: never blocks, even when the emulator does not start
 "$VMEMU" --ready-file "$WORK/vmemu.ready" <"$WORK/console" >"$WORK/vmemu.log" 2>&1 &
 EMU=$!
-exec 3>"$WORK/console"
 for _ in $(seq 100); do [ -f "$WORK/vmemu.ready" ] && break; sleep 0.05; done
 
 # The agent with the plug-in.
@@ -124,7 +124,7 @@ t0=$(date +%s.%N)
 cli get Device.Services.VoiceService.1. >"$WORK/agent.txt"
 t1=$(date +%s.%N)
 for object in Device.X_QRV_VOIP_IPPARAMS. Device.X_QRV_VOIP_TIME.; do cli get "$object" >>"$WORK/agent.txt"; done
-"$CTL" --no-emulate --kind 2 dump >"$WORK/dump.txt" 2>&1
+timeout 120 "$CTL" --no-emulate --kind 2 dump >"$WORK/dump.txt" 2>&1
 sed -n 's/^InternetGatewayDevice\.\(.*\) = \(.*\)$/Device.\1 => \2/p' "$WORK/dump.txt" >"$WORK/expected.txt"
 # Values that move by themselves (the clock) are left out of the comparison.
 grep -v -e 'X_QRV_VOIP_TIME.CurrentLocalTime' "$WORK/expected.txt" >"$WORK/compared.txt"
