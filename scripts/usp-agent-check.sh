@@ -8,7 +8,7 @@
 #   - a proxy address and its port are applied as one configuration write;
 #   - values the voice module changes show in the next get; its notifications reach the plug-in;
 #   - a voice module that does not answer gives errors and the agent keeps running;
-#   - the agent stops on SIGTERM to its process id.
+#   - the agent stops on SIGTERM to its process id, applying a grouped value still waiting.
 # Prints "N passed, M failed"; exits non-zero when M > 0.
 #
 #   scripts/usp-agent-check.sh [BUILD_DIR]     (default build/host; the host preset must exist)
@@ -188,10 +188,16 @@ console clear >/dev/null
 out=$(cli get "$LINE.1.Enable")
 check "answers again once the voice module does" "$(grep -q '=> ' <<<"$out"; echo $?)" "$out"
 
-# Stopped by its process id.
+# Stopped by its process id; a grouped value still waiting is applied on the way out.
+cli set "$PROFILE.SIP.RegistrarServerPort" 5080 >/dev/null
+before=$(grep -c 'SET_REG' "$WORK/vmemu.log")
 kill -TERM "$AGENT"
 for _ in $(seq 100); do kill -0 "$AGENT" 2>/dev/null || break; sleep 0.05; done
 check "the agent stops on SIGTERM" "$(kill -0 "$AGENT" 2>/dev/null && echo 1 || echo 0)"
+id=$(commandId SET_REG)
+log=$(console requests "${id:-0}" 2048)
+check "a registrar port waiting for its address is applied as the agent stops" \
+  "$([ "$before" -eq 0 ] && grep -q "$(wordBytes 5080)" <<<"$log"; echo $?)" "$log"
 wait "$AGENT" 2>/dev/null
 AGENT=""
 

@@ -215,9 +215,17 @@ __attribute__((visibility("default"))) int VENDOR_Start(void) {
     return announce(servedTables(), "", "");
 }
 
-// The library keeps its threads and the channel until the process ends; nothing is left
-// half-done here: a grouped write still waiting is applied by its timer or dropped with the
-// process.
-__attribute__((visibility("default"))) int VENDOR_Stop(void) { return USP_ERR_OK; }
+// The library keeps its threads and the channel until the process ends.  A grouped write still
+// waiting for the rest of its group (a port set without its address) is applied now, as its
+// timer would have done, rather than lost with the process.
+__attribute__((visibility("default"))) int VENDOR_Stop(void) {
+    for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
+        if (getTr104CfgParamInfoCfgFlag(slot) != 0) {
+            USP_LOG_Info("libtr104-usp: applying the waiting values of group %d", slot);
+            timerHandleFunc(slot);
+        }
+    }
+    return USP_ERR_OK;
+}
 
 }  // extern "C"
