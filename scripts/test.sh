@@ -24,6 +24,14 @@ run_preset() {
 }
 
 run_preset host
+# The voice data model served through a USP agent (the agent is built once into build/host).
+t0=$SECONDS
+if bash scripts/usp-agent-check.sh build/host; then
+  results+=("usp-agent passed in $((SECONDS - t0)) s")
+else
+  results+=("usp-agent FAILED in $((SECONDS - t0)) s")
+  failed=1
+fi
 run_preset asan
 run_preset tsan
 run_preset mips

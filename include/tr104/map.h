@@ -58,6 +58,32 @@ TR104_MAP_API int tr104MapLookup(const char *path, const Tr104MapEntry **entry, 
 /* The entry of a pattern (exact text), or NULL. */
 TR104_MAP_API const Tr104MapEntry *tr104MapFind(const char *pattern);
 
+/* Calls by path.  Results besides the handler's own 0 (done), -1 (the exchange with the voice
+ * module failed) and -2 (the handler refused the value or the instance): */
+#define TR104_MAP_BAD_PATH (-10)  /* unknown, malformed or not served */
+#define TR104_MAP_NO_ACCESS (-11) /* a set of a read-only or a get of a write-only parameter */
+#define TR104_MAP_BAD_VALUE (-12) /* the value does not fit the parameter's type */
+
+/* A data-model value ("true", "Enabled", "10.0.0.1") as the handler's value text ("1", "2",
+ * "10.0.0.1"): 0, or TR104_MAP_BAD_VALUE with one line in error. */
+TR104_MAP_API int tr104MapToHandlerValue(const Tr104MapEntry *entry, const char *value, char *out, unsigned int outLen,
+                                         char *error, unsigned int errorLen);
+
+/* A handler's value text as the data model shows it (the reverse of tr104MapToHandlerValue). */
+TR104_MAP_API void tr104MapToModelValue(const Tr104MapEntry *entry, const char *shown, char *out, unsigned int outLen);
+
+/* Calls the handler of an entry with nLocate (4 ints; unused by two-argument handlers) and pValue
+ * of the entry's value kind: a set takes handlerValue (the handler's value text), a get renders
+ * the value into shown ("%d", "%g", dotted address, the text).  Returns the handler's result,
+ * or TR104_MAP_BAD_VALUE when handlerValue does not parse (nothing is called). */
+TR104_MAP_API int tr104MapCall(const Tr104MapEntry *entry, const int *nLocate, int set, const char *handlerValue,
+                               char *shown, unsigned int shownLen, char *error, unsigned int errorLen);
+
+/* Get and set by concrete path, with the data model's values: lookup, access, conversion and the
+ * call.  On a failure error receives one line naming the path (and the handler and its result). */
+TR104_MAP_API int tr104MapGet(const char *path, char *value, unsigned int valueLen, char *error, unsigned int errorLen);
+TR104_MAP_API int tr104MapSet(const char *path, const char *value, char *error, unsigned int errorLen);
+
 TR104_EXTERN_C_END
 
 #endif

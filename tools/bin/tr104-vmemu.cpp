@@ -8,11 +8,14 @@
 //   fault CMD KIND [MS [COUNT]]     inject a fault
 //   clear                           remove every fault
 //   inbound MODULE TYPE CMD [WORD]...  push an unsolicited message (words of the payload)
+//   requests CMD [BYTES]            the requests received with that command id, the first BYTES
+//                                   (16) bytes of each payload in hex
 //   help                            list these and the commands of each area (h248, linetest ...)
 // SIGINT or SIGTERM stops it and prints how many requests were served.
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -82,8 +85,21 @@ void commandLoop(vmemu::VoiceModuleEmulator *emulator) {
             }
             const bool ok = emulator->sendInbound(module, type, cmd, words.data(), words.size() * sizeof(uint32_t));
             std::printf("inbound module=%ld cmd=%u %s\n", module, cmd, ok ? "sent" : "failed");
+        } else if (verb == "requests") {
+            uint32_t cmd = 0;
+            size_t bytes = 16;
+            in >> cmd >> bytes;
+            const std::vector<vmemu::Request> seen = emulator->requestsFor(cmd);
+            std::printf("requests cmd=%u: %zu\n", cmd, seen.size());
+            for (const vmemu::Request &r : seen) {
+                std::printf("request cmd=%u payload", cmd);
+                for (size_t i = 0; i < std::min(bytes, r.payload.size()); ++i) {
+                    std::printf(" %02x", static_cast<unsigned char>(r.payload[i]));
+                }
+                std::printf("\n");
+            }
         } else if (verb == "help") {
-            std::printf("fault CMD KIND [MS [COUNT]]\nclear\ninbound MODULE TYPE CMD [WORD]...\n");
+            std::printf("fault CMD KIND [MS [COUNT]]\nclear\ninbound MODULE TYPE CMD [WORD]...\nrequests CMD [BYTES]\n");
             for (const std::string &help : vmemu::consoleHelp()) {
                 std::printf("%s\n", help.c_str());
             }

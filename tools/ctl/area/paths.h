@@ -146,21 +146,19 @@ inline int runDump(const AreaContext &context) {
                 item["fault"] = "not read";
                 line = path + " ! not read: the voice module does not answer";
             } else {
-                CallRequest req;
-                const Tr104MapEntry *entry = nullptr;
-                std::string why;
+                std::vector<char> value(4096, '\0');
                 const Clock::time_point t0 = Clock::now();
-                const bool ok = pathRequest(path, false, "", &req, &entry, &why);
-                const CallResult r = ok ? callHandler(context.lib, req) : CallResult{};
+                // The library's call by path: lookup, the handler's pValue and the conversion.
+                const int got = tr104MapGet(path.c_str(), value.data(), value.size(), nullptr, 0);
                 const bool slow = Clock::now() - t0 > std::chrono::milliseconds(500);
-                if (ok && r.called && r.rc == 0) {
+                if (got == 0) {
                     consecutiveSlow = 0;
                     ++read;
-                    item["value"] = toModelValue(e, r.shown);
-                    line = path + " = " + toModelValue(e, r.shown);
+                    item["value"] = value.data();
+                    line = path + " = " + value.data();
                 } else {
                     ++faults;
-                    const int rc = ok && r.called ? r.rc : -2;
+                    const int rc = got == -1 ? -1 : -2;
                     item["fault"] = rc;
                     line = path + " ! " + std::to_string(rc) + (rc == -1 ? " exchange failed" : " refused");
                     // Two slow failures in a row: nobody answers; the rest is reported unread.

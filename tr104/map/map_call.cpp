@@ -1,0 +1,272 @@
+// Calls by path: the conversions between the data model's values and the handlers' values, and
+// the call of an entry's handler with pValue of its kind.  The client and the agent plug-ins use
+// these, so that every caller converts and calls alike.
+#include <arpa/inet.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "tr104/map.h"
+
+namespace {
+
+void say(char *error, unsigned len, const std::string &text) {
+    if (error != nullptr && len != 0) {
+        std::snprintf(error, len, "%s", text.c_str());
+    }
+}
+
+void put(char *out, unsigned len, std::string_view text) {
+    if (out != nullptr && len != 0) {
+        std::snprintf(out, len, "%.*s", static_cast<int>(text.size()), text.data());
+    }
+}
+
+bool startsWith(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
+
+// Calls fn(text, number) for each pair of an "enum:TEXT=N,..." conversion until it returns true.
+template <typename Fn>
+bool forEachPair(std::string_view convert, Fn fn) {
+    std::string_view rest = convert.substr(5);  // after "enum:"
+    while (!rest.empty()) {
+        const size_t comma = rest.find(',');
+        const std::string_view item = rest.substr(0, comma);
+        const size_t eq = item.find('=');
+        if (fn(item.substr(0, eq), eq == std::string_view::npos ? std::string_view() : item.substr(eq + 1))) {
+            return true;
+        }
+        rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
+    }
+    return false;
+}
+
+// A whole decimal text within [low, high].
+bool parseInteger(const char *text, long long low, long long high, long long *out) {
+    errno = 0;
+    char *end = nullptr;
+    const long long v = std::strtoll(text, &end, 10);
+    if (text[0] == '\0' || *end != '\0' || errno != 0 || v < low || v > high) {
+        return false;
+    }
+    *out = v;
+    return true;
+}
+
+const char *meaning(int rc) {
+    switch (rc) {
+        case -1:
+            return "the exchange with the voice module failed or its answer was unusable";
+        case -2:
+            return "the handler refused the value or the instance";
+        default:
+            return "unexpected result";
+    }
+}
+
+// Resolves a path for a get or a set: the entry and nLocate, or why not.
+int resolve(const char *path, bool set, const Tr104MapEntry **entry, int *locate, char *error, unsigned errorLen) {
+    char why[256] = "";
+    const int rc = tr104MapLookup(path, entry, locate, why, sizeof(why));
+    if (rc == TR104_MAP_NOT_SERVED) {
+        say(error, errorLen, std::string(path) + ": not served: " + (*entry)->note);
+        return TR104_MAP_BAD_PATH;
+    }
+    if (rc != TR104_MAP_SERVED) {
+        say(error, errorLen, why);
+        return TR104_MAP_BAD_PATH;
+    }
+    if (std::strchr((*entry)->access, set ? 'W' : 'R') == nullptr) {
+        say(error, errorLen, std::string(path) + (set ? ": read only" : ": write only"));
+        return TR104_MAP_NO_ACCESS;
+    }
+    return TR104_MAP_SERVED;
+}
+
+}  // namespace
+
+extern "C" TR104_MAP_API int tr104MapToHandlerValue(const Tr104MapEntry *entry, const char *value, char *out,
+                                                    unsigned int outLen, char *error, unsigned int errorLen) {
+    const std::string_view type = entry->type, convert = entry->convert;
+    const std::string v = value != nullptr ? value : "";
+    if (convert == "bool01" || type == "boolean") {
+        if (v == "true" || v == "1" || v == "false" || v == "0") {
+            put(out, outLen, v == "true" || v == "1" ? "1" : "0");
+            return 0;
+        }
+        say(error, errorLen, "a boolean is true, false, 1 or 0, not '" + v + "'");
+        return TR104_MAP_BAD_VALUE;
+    }
+    if (startsWith(convert, "enum:")) {
+        std::string names;
+        const bool found = forEachPair(convert, [&](std::string_view text, std::string_view number) {
+            if (text == v) {
+                put(out, outLen, number);
+                return true;
+            }
+            names += (names.empty() ? "" : ", ") + std::string(text);
+            return false;
+        });
+        if (!found) {
+            say(error, errorLen, "'" + v + "' is not one of " + names);
+        }
+        return found ? 0 : TR104_MAP_BAD_VALUE;
+    }
+    long long number = 0;
+    in_addr addr{};
+    if (convert == "dotted") {
+        if (inet_pton(AF_INET, v.c_str(), &addr) != 1) {
+            say(error, errorLen, "'" + v + "' is not an IPv4 address");
+            return TR104_MAP_BAD_VALUE;
+        }
+    } else if (type == "int" || type == "unsignedInt") {
+        const bool isInt = type == "int";
+        if (!parseInteger(v.c_str(), isInt ? INT32_MIN : 0, isInt ? INT32_MAX : UINT32_MAX, &number)) {
+            say(error, errorLen, "'" + v + "' is not " + (isInt ? "an int" : "an unsignedInt"));
+            return TR104_MAP_BAD_VALUE;
+        }
+    } else if (type == "float") {
+        char *end = nullptr;
+        std::strtod(v.c_str(), &end);
+        if (v.empty() || *end != '\0') {
+            say(error, errorLen, "'" + v + "' is not a number");
+            return TR104_MAP_BAD_VALUE;
+        }
+    }
+    put(out, outLen, v);
+    return 0;
+}
+
+extern "C" TR104_MAP_API void tr104MapToModelValue(const Tr104MapEntry *entry, const char *shown, char *out,
+                                                   unsigned int outLen) {
+    const std::string_view convert = entry->convert, s = shown != nullptr ? shown : "";
+    if (convert == "bool01") {
+        put(out, outLen, s == "0" ? "false" : "true");
+        return;
+    }
+    if (startsWith(convert, "enum:") && forEachPair(convert, [&](std::string_view text, std::string_view number) {
+            if (number == s) {
+                put(out, outLen, text);
+                return true;
+            }
+            return false;
+        })) {
+        return;
+    }
+    put(out, outLen, s);
+}
+
+extern "C" TR104_MAP_API int tr104MapCall(const Tr104MapEntry *entry, const int *nLocate, int set,
+                                          const char *handlerValue, char *shown, unsigned int shownLen, char *error,
+                                          unsigned int errorLen) {
+    if (entry == nullptr || entry->fn == nullptr) {
+        say(error, errorLen, "no handler serves this parameter");
+        return TR104_MAP_BAD_PATH;
+    }
+    const std::string_view kind = entry->value;
+    const char *text = handlerValue != nullptr ? handlerValue : "";
+    // pValue: one buffer, zero-filled as the agent's is, large enough for any parameter's text.
+    union {
+        int word;
+        float real;
+        uint8_t byte;
+        uint32_t address;
+        char text[4096];
+    } value;
+    std::memset(&value, 0, sizeof(value));
+    if (set != 0) {
+        long long number = 0;
+        bool ok = true;
+        if (kind == "int") {
+            ok = parseInteger(text, INT32_MIN, INT32_MAX, &number);
+            value.word = static_cast<int>(number);
+        } else if (kind == "byte") {
+            ok = parseInteger(text, 0, 255, &number);
+            value.byte = static_cast<uint8_t>(number);
+        } else if (kind == "addr") {
+            ok = inet_pton(AF_INET, text, &value.address) == 1;
+        } else if (kind == "float") {
+            char *end = nullptr;
+            errno = 0;
+            value.real = std::strtof(text, &end);
+            ok = text[0] != '\0' && *end == '\0' && errno == 0;
+        } else {
+            std::memcpy(value.text, text, std::min(std::strlen(text), sizeof(value.text) - 1));
+        }
+        if (!ok) {
+            say(error, errorLen, std::string(entry->handler) + " takes " + entry->value + ", not '" + text + "'");
+            return TR104_MAP_BAD_VALUE;
+        }
+    }
+    int locate[4] = {0, 0, 0, 0};
+    if (nLocate != nullptr) {
+        std::memcpy(locate, nLocate, sizeof(locate));
+    }
+    const int rc = entry->arity == 2
+                       ? reinterpret_cast<int (*)(int, void *)>(entry->fn)(set != 0 ? 1 : 0, &value)
+                       : reinterpret_cast<int (*)(int, void *, int *)>(entry->fn)(set != 0 ? 1 : 0, &value, locate);
+    if (rc != 0) {
+        say(error, errorLen, std::string(entry->handler) + " returned " + std::to_string(rc) + ": " + meaning(rc));
+        return rc;
+    }
+    if (set == 0) {
+        char line[64];
+        if (kind == "int") {
+            std::snprintf(line, sizeof(line), "%d", value.word);
+        } else if (kind == "byte") {
+            std::snprintf(line, sizeof(line), "%u", value.byte);
+        } else if (kind == "addr") {
+            inet_ntop(AF_INET, &value.address, line, sizeof(line));
+        } else if (kind == "float") {
+            std::snprintf(line, sizeof(line), "%g", static_cast<double>(value.real));
+        } else {
+            // A text that fills the parameter's buffer carries no terminator.
+            const size_t size = std::min<size_t>(std::strtoul(entry->value + 5, nullptr, 10), sizeof(value.text));
+            put(shown, shownLen, std::string_view(value.text, strnlen(value.text, size)));
+            return 0;
+        }
+        put(shown, shownLen, line);
+    }
+    return 0;
+}
+
+extern "C" TR104_MAP_API int tr104MapGet(const char *path, char *value, unsigned int valueLen, char *error,
+                                         unsigned int errorLen) {
+    const Tr104MapEntry *entry = nullptr;
+    int locate[4];
+    int rc = resolve(path, false, &entry, locate, error, errorLen);
+    if (rc != TR104_MAP_SERVED) {
+        return rc;
+    }
+    char shown[4096] = "", why[256] = "";
+    rc = tr104MapCall(entry, locate, 0, nullptr, shown, sizeof(shown), why, sizeof(why));
+    if (rc != 0) {
+        say(error, errorLen, std::string(path) + ": " + why);
+        return rc;
+    }
+    tr104MapToModelValue(entry, shown, value, valueLen);
+    return 0;
+}
+
+extern "C" TR104_MAP_API int tr104MapSet(const char *path, const char *value, char *error, unsigned int errorLen) {
+    const Tr104MapEntry *entry = nullptr;
+    int locate[4];
+    int rc = resolve(path, true, &entry, locate, error, errorLen);
+    if (rc != TR104_MAP_SERVED) {
+        return rc;
+    }
+    char handlerValue[4096] = "", why[256] = "";
+    rc = tr104MapToHandlerValue(entry, value, handlerValue, sizeof(handlerValue), why, sizeof(why));
+    if (rc == 0) {
+        rc = tr104MapCall(entry, locate, 1, handlerValue, nullptr, 0, why, sizeof(why));
+    }
+    if (rc != 0) {
+        say(error, errorLen, std::string(path) + ": " + why);
+    }
+    return rc;
+}
