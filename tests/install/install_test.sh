@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# The installed tree as an integrator sees it: cmake --install into a temporary prefix, a small C
+# program built against it through the CMake package and through pkg-config, both run against
+# the installed emulator in a private IPC namespace.
+#
+# usage: install_test.sh <build dir> <consumer source dir> <C compiler>
+set -euo pipefail
+build=$1 src=$2 cc=$3
+if [ -z "${TR104_INSTALL_TEST_INNER:-}" ]; then
+  exec env TR104_INSTALL_TEST_INNER=1 unshare --ipc bash "$0" "$@"
+fi
+work=$(mktemp -d /tmp/tr104-install-test.XXXXXX)
+vmemu_pid=
+cleanup() {
+  [ -z "$vmemu_pid" ] || kill "$vmemu_pid" 2>/dev/null || true
+  rm -rf "$work"
+}
+trap cleanup EXIT
+prefix=$work/prefix
+
+cmake --install "$build" --prefix "$prefix" >/dev/null
+for f in bin/tr104-vmemu bin/tr104ctl include/tr104.h include/tr104/version.h lib/libtr104.so.1 \
+         lib/libtr104map.so.1 lib/libv2lin_start.a share/tr104/voice-map.tsv lib/pkgconfig/tr104.pc \
+         lib/cmake/tr104/tr104Config.cmake lib/systemd/system/tr104-vmemu.service; do
+  [ -e "$prefix/$f" ] || { echo "FAIL: $f not installed"; exit 1; }
+done
+"$prefix/bin/tr104-vmemu" --version | grep -qx "tr104-vmemu $(sed -n 's/^Version: //p' "$prefix/lib/pkgconfig/tr104.pc")" \
+  || { echo "FAIL: tr104-vmemu --version disagrees with tr104.pc"; exit 1; }
+
+# Both ways of building against the tree; the build tree is nowhere on their paths.
+cmake -S "$src" -B "$work/cmake-build" -DCMAKE_C_COMPILER="$cc" -DCMAKE_PREFIX_PATH="$prefix" \
+  -DCMAKE_BUILD_RPATH="$prefix/lib" >/dev/null
+cmake --build "$work/cmake-build" >/dev/null
+export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+# shellcheck disable=SC2046
+"$cc" -o "$work/consumer-pc" "$src/consumer.c" $(pkg-config --cflags --libs tr104) -Wl,-rpath,"$prefix/lib"
+
+"$prefix/bin/tr104-vmemu" --quiet --ready-file "$work/ready" </dev/null >"$work/vmemu.log" 2>&1 &
+vmemu_pid=$!
+for _ in $(seq 100); do [ -e "$work/ready" ] && break; sleep 0.05; done
+[ -e "$work/ready" ] || { echo "FAIL: the installed emulator did not start"; cat "$work/vmemu.log"; exit 1; }
+"$work/cmake-build/consumer"
+"$work/consumer-pc"
+echo "install test passed"
