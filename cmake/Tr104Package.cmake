@@ -26,6 +26,9 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development tools)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+# Stripped (the build tree keeps the debugging information) and gzip: packing stays fast.
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_COMPRESSION_TYPE gzip)
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${TR104_DEB_ARCH})
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -36,16 +39,16 @@ set(TR104_DEB_SAME "${TR104_DEB_RUNTIME} (= ${PROJECT_VERSION})")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${TR104_DEB_RUNTIME})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${TR104_DEB_LIBC}")
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-  "libtr104: voice data-model adapter (runtime)\n The shared library a management agent loads, one exported handler per voice\n parameter, and the data-model map (libtr104map) with its table.")
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
+  "Runtime: the shared library a management agent loads, one exported handler per voice\nparameter, and the data-model map (libtr104map) with its table.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtr104-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${TR104_DEB_SAME}")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-  "libtr104: development files\n Public headers, the runtime's static start-up library, the CMake package\n (find_package(tr104 CONFIG)) and the pkg-config file tr104.pc.")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
+  "Development files: public headers, the runtime's static start-up library, the CMake package\n(find_package(tr104 CONFIG)) and the pkg-config file tr104.pc.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tr104-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${TR104_DEB_SAME}, ${TR104_DEB_LIBC}")
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-  "libtr104: voice-module emulator and client\n tr104-vmemu plays the voice module on this machine's channel (with a state file\n and a control socket; a systemd unit, not enabled); tr104ctl calls any handler.")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION
+  "Tools: tr104-vmemu plays the voice module on this machine's channel (with a state file\nand a control socket; a systemd unit, not enabled); tr104ctl calls any handler.")
 include(CPack)
