@@ -35,10 +35,47 @@ export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
 # shellcheck disable=SC2046
 "$cc" -o "$work/consumer-pc" "$src/consumer.c" $(pkg-config --cflags --libs tr104) -Wl,-rpath,"$prefix/lib"
 
-"$prefix/bin/tr104-vmemu" --quiet --ready-file "$work/ready" </dev/null >"$work/vmemu.log" 2>&1 &
-vmemu_pid=$!
-for _ in $(seq 100); do [ -e "$work/ready" ] && break; sleep 0.05; done
-[ -e "$work/ready" ] || { echo "FAIL: the installed emulator did not start"; cat "$work/vmemu.log"; exit 1; }
-"$work/cmake-build/consumer"
-"$work/consumer-pc"
+# The installed emulator as a development server: its configuration kept in a state file across
+# a restart, its console on a control socket.
+state=$work/state.json control=$work/control
+start_vmemu() {
+  rm -f "$work/ready"
+  "$prefix/bin/tr104-vmemu" --quiet --ready-file "$work/ready" --state "$state" --control "$control" \
+    </dev/null >>"$work/vmemu.log" 2>&1 &
+  vmemu_pid=$!
+  for _ in $(seq 100); do [ -e "$work/ready" ] && break; sleep 0.05; done
+  [ -e "$work/ready" ] || { echo "FAIL: the installed emulator did not start"; cat "$work/vmemu.log"; exit 1; }
+}
+# wait_for TEST...: up to 5 s for a condition.
+wait_for() {
+  for _ in $(seq 100); do "$@" && return 0; sleep 0.05; done
+  return 1
+}
+expect_value() {
+  "$1" | tee "$work/out" | grep -v '^=====' | sed '/^$/d'
+  grep -qF "= \"$2\" (rc 0), save 0" "$work/out" || { echo "FAIL: $1 did not read $2"; exit 1; }
+}
+control_says() {
+  python3 -c 'import socket, sys
+s = socket.socket(socket.AF_UNIX); s.connect(sys.argv[1]); s.sendall(sys.argv[2].encode() + b"\n")
+s.shutdown(socket.SHUT_WR); sys.stdout.write(s.makefile().read())' "$control" "$1"
+}
+
+start_vmemu
+expect_value "$work/cmake-build/consumer" Disabled
+"$prefix/bin/tr104ctl" --no-emulate set Tr104LineEnable --line 1 -- Enabled >/dev/null
+control_says "log 2" | tee "$work/log" | tail -1
+grep -q "requests served" "$work/log" || { echo "FAIL: no request log on the control socket"; exit 1; }
+# The save writes the file; a kill (no exit save) then restart keeps the configuration.
+rm -f "$state"
+expect_value "$work/consumer-pc" Enabled
+wait_for test -s "$state" || { echo "FAIL: no state file after a save"; exit 1; }
+kill -KILL "$vmemu_pid"; wait "$vmemu_pid" 2>/dev/null || true
+start_vmemu
+expect_value "$work/cmake-build/consumer" Enabled
+# And on exit.
+rm -f "$state"
+kill -TERM "$vmemu_pid"; wait "$vmemu_pid" || true
+vmemu_pid=
+[ -s "$state" ] || { echo "FAIL: no state file on exit"; exit 1; }
 echo "install test passed"

@@ -23,9 +23,6 @@
 
 namespace {
 
-// The command the library sends when the agent asks the voice module to save its configuration.
-constexpr uint32_t kSaveVoiceCfgCmd = 99;
-
 void usage(FILE *to) {
     std::fprintf(to,
                  "usage: tr104-vmemu [OPTION]...\n"
@@ -108,14 +105,13 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "[vmemu] %s\n", error.c_str());
         return 1;
     }
-    // The state is written before the save is answered: once Tr104VoiceCfgSave returns, the file
-    // holds what was saved.
+    // A save of the configuration writes the file at once (the library does not wait for it).
     emulator.onRequest([&emulator, quiet, &stateFile](const vmemu::Request &request) {
         if (!quiet) {
             std::printf("[vmemu] %s\n", emulator.describe(request).c_str());
             std::fflush(stdout);
         }
-        if (request.cmd == kSaveVoiceCfgCmd && !stateFile.empty()) {
+        if (request.cmd == vmemu::kSaveVoiceCfgCmd && !stateFile.empty()) {
             saveTo(emulator, stateFile);
         }
     });

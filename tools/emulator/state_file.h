@@ -13,6 +13,9 @@
 
 namespace vmemu {
 
+// The command of a configuration save (Tr104VoiceCfgSave).
+constexpr uint32_t kSaveVoiceCfgCmd = 99;
+
 // Writes every stored record (atomically: a temporary file renamed over the old one).
 bool saveState(const VoiceModuleEmulator &emulator, const std::string &path, std::string *error);
 // Puts back every record of the file over the emulator's defaults.  A missing file is not an

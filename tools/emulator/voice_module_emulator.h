@@ -122,6 +122,7 @@ public:
         std::string family;
         std::string keyBytes;
         std::vector<char> data;
+        bool operator==(const StoredRecord &) const = default;
     };
     std::vector<StoredRecord> storedRecords() const;
     void restoreRecord(const StoredRecord &record);

@@ -1,6 +1,7 @@
 /* An integrator's program, built against an installed libtr104 (CMake package or pkg-config):
  * resolves a data-model path through the map, opens the channel and reads the value from
- * whatever voice module serves this machine's queues.  Exit 0 when the line's state came back. */
+ * whatever voice module serves this machine's queues, then has the configuration saved.  Exit 0
+ * when the line's state came back. */
 #include <stdio.h>
 #include <string.h>
 
@@ -26,7 +27,9 @@ int main(int argc, char **argv) {
     char value[64] = "";
     int (*handler)(int, void *, int *) = (int (*)(int, void *, int *))entry->fn;
     const int rc = handler(0, value, nLocate);
-    printf("consumer (libtr104 %s): %s -> %s = \"%s\" (rc %d)\n", TR104_VERSION_STRING, path, entry->handler,
-           value, rc);
-    return rc == 0 && value[0] != '\0' ? 0 : 1;
+    /* As an agent does after a change: the voice module keeps its configuration. */
+    const int saved = Tr104VoiceCfgSave();
+    printf("\nconsumer (libtr104 %s): %s -> %s = \"%s\" (rc %d), save %d\n", TR104_VERSION_STRING, path,
+           entry->handler, value, rc, saved);
+    return rc == 0 && value[0] != '\0' && saved == 0 ? 0 : 1;
 }
