@@ -39,6 +39,8 @@ set(TR104_DEB_SAME "${TR104_DEB_RUNTIME} (= ${PROJECT_VERSION})")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${TR104_DEB_RUNTIME})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${TR104_DEB_LIBC}")
+# ldconfig after installing and removing a package that carries a shared library.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
   "Runtime: the shared library a management agent loads, one exported handler per voice\nparameter, and the data-model map (libtr104map) with its table.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtr104-dev)
