@@ -47,9 +47,9 @@ TEST(StateFile, RefusesWhatItCannotRead) {
     const Row rows[] = {
         {"not json", false},
         {"{\"something\": 1}", false},
-        {"{\"families\": {\"x\": [{\"key\": \"0\", \"length\": 4, \"data\": \"\"}]}}", false},       // odd hex
-        {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": 1, \"data\": \"0102\"}]}}", false},    // longer than length
-        {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": \"4\", \"data\": \"\"}]}}", false},  // length not a number
+        {"{\"families\": {\"x\": [{\"key\": \"0\", \"length\": 4, \"data\": \"\"}]}}", false},  // odd hex
+        {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": 1, \"data\": \"0102\"}]}}", false},  // longer than length
+        {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": \"4\", \"data\": \"\"}]}}", false},  // length as text
         {"{\"families\": {}}", true},
     };
     for (const Row &row : rows) {

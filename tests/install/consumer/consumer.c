@@ -10,7 +10,8 @@
 #include "tr104/version.h"
 
 int main(int argc, char **argv) {
-    const char *path = argc > 1 ? argv[1] : "InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1.Line.1.Enable";
+    const char *path =
+        argc > 1 ? argv[1] : "InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1.Line.1.Enable";
     const Tr104MapEntry *entry = NULL;
     int nLocate[4] = {0, 0, 0, 0};
     char error[160] = "";
@@ -29,7 +30,7 @@ int main(int argc, char **argv) {
     const int rc = handler(0, value, nLocate);
     /* As an agent does after a change: the voice module keeps its configuration. */
     const int saved = Tr104VoiceCfgSave();
-    printf("\nconsumer (libtr104 %s): %s -> %s = \"%s\" (rc %d), save %d\n", TR104_VERSION_STRING, path,
-           entry->handler, value, rc, saved);
+    printf("\nconsumer (libtr104 %s): %s -> %s = \"%s\" (rc %d), save %d\n", TR104_VERSION_STRING, path, entry->handler,
+           value, rc, saved);
     return rc == 0 && value[0] != '\0' && saved == 0 ? 0 : 1;
 }
