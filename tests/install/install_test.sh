@@ -35,6 +35,9 @@ export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
 # shellcheck disable=SC2046
 "$cc" -o "$work/consumer-pc" "$src/consumer.c" $(pkg-config --cflags --libs tr104) -Wl,-rpath,"$prefix/lib"
 
+# The runtime on its own, started by the installed start-up library.
+timeout 30 "$work/cmake-build/standalone" || { echo "FAIL: the stand-alone start-up did not exit 0"; exit 1; }
+
 # The installed emulator as a development server: its configuration kept in a state file across
 # a restart, its console on a control socket.
 state=$work/state.json control=$work/control
