@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "emulator/control.h"
+#include "emulator/protocol_family.h"
 #include "emulator/state_file.h"
 #include "support/channel_fixture.h"
 
@@ -29,12 +30,14 @@ TEST(StateFile, EveryRecordComesBackAsSaved) {
         before.restoreRecord(r);
     }
     before.restoreRecord({"held-only", std::string("\x02\0\0\0", 4), {'a', 0, 'b'}});
+    vmemu::setProtocolName(before, "H.248");
     std::string error;
     ASSERT_TRUE(vmemu::saveState(before, path, &error)) << error;
 
     vmemu::VoiceModuleEmulator after;
     ASSERT_TRUE(vmemu::loadState(after, path, &error)) << error;
     EXPECT_EQ(after.storedRecords(), before.storedRecords());
+    EXPECT_EQ(vmemu::protocolName(after), "H.248");
     std::remove(path.c_str());
 }
 

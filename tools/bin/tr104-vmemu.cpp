@@ -49,7 +49,7 @@ void commandLoop(vmemu::VoiceModuleEmulator *emulator) {
     }
 }
 
-void saveTo(const vmemu::VoiceModuleEmulator &emulator, const std::string &path) {
+void saveTo(vmemu::VoiceModuleEmulator &emulator, const std::string &path) {
     std::string error;
     if (!vmemu::saveState(emulator, path, &error)) {
         std::fprintf(stderr, "[vmemu] %s\n", error.c_str());

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "emulator/protocol_family.h"
 #include "tr104/version.h"
 
 namespace vmemu {
@@ -109,7 +110,7 @@ void writeField(const Field &f, const json &value, std::vector<char> *data) {
 
 }  // namespace
 
-bool saveState(const VoiceModuleEmulator &emulator, const std::string &path, std::string *error) {
+bool saveState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error) {
     std::map<std::string, RecordFamily> families;
     for (RecordFamily &f : emulator.families()) {
         families[f.name] = std::move(f);
@@ -133,7 +134,8 @@ bool saveState(const VoiceModuleEmulator &emulator, const std::string &path, std
         entry["data"] = toHex(r.data.data(), used);
         byFamily[r.family].push_back(entry);
     }
-    const json doc = {{"tr104-vmemu", TR104_VERSION_STRING}, {"families", byFamily}};
+    const json doc = {
+        {"tr104-vmemu", TR104_VERSION_STRING}, {"protocol", protocolName(emulator)}, {"families", byFamily}};
     const std::string tmp = path + ".tmp";
     {
         std::ofstream out(tmp, std::ios::trunc);
@@ -159,6 +161,9 @@ bool loadState(VoiceModuleEmulator &emulator, const std::string &path, std::stri
     if (doc.is_discarded() || !doc.contains("families") || !doc["families"].is_object()) {
         *error = path + ": not a state file of tr104-vmemu";
         return false;
+    }
+    if (doc.contains("protocol") && doc["protocol"].is_string()) {
+        setProtocolName(emulator, doc["protocol"].get<std::string>());
     }
     std::map<std::string, RecordFamily> families;
     for (RecordFamily &f : emulator.families()) {
