@@ -16,6 +16,11 @@
 #include <vector>
 
 namespace vmemu {
+namespace {
+
+constexpr size_t kMaxLine = 4096;
+
+}  // namespace
 
 bool parseFault(const std::string &text, uint32_t *cmd, FaultSpec *wanted) {
     std::vector<std::string> parts;
@@ -178,7 +183,8 @@ void ControlServer::serve(VoiceModuleEmulator *emulator) {
             char buf[512];
             const ssize_t got = read(fds[i].fd, buf, sizeof(buf));
             std::string &line = pending[fds[i].fd];
-            if (got <= 0) {
+            // A connection that ends, or sends a line longer than any command, is closed.
+            if (got <= 0 || line.size() > kMaxLine) {
                 close(fds[i].fd);
                 pending.erase(fds[i].fd);
                 continue;
