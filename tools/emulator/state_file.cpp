@@ -171,7 +171,8 @@ bool loadState(VoiceModuleEmulator &emulator, const std::string &path, std::stri
     }
     for (const auto &[name, records] : doc["families"].items()) {
         for (const json &entry : records) {
-            if (!entry.is_object() || !entry.value("length", json()).is_number_unsigned()) {
+            if (!entry.is_object() || !entry.value("length", json()).is_number_unsigned() ||
+                !entry.value("key", json()).is_string() || !entry.value("data", json()).is_string()) {
                 *error = path + ": a record of " + name + " is malformed";
                 return false;
             }
