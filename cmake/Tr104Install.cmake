@@ -52,9 +52,10 @@ if(TARGET tr104-vmemu AND TARGET tr104ctl)
     TR104_SONAME="libtr104.so.${PROJECT_VERSION_MAJOR}")
   install(TARGETS tr104-vmemu tr104ctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   # The unit names the emulator by the prefix of the install (a package's is /usr), not the
-  # prefix the build was configured with.
+  # prefix the build was configured with: it is written at install time, straight into the
+  # installed tree (an install and a package built at once do not share a file).
   install(CODE "set(TR104_BINDIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
-    configure_file(${PROJECT_SOURCE_DIR}/tools/systemd/tr104-vmemu.service
-      ${PROJECT_BINARY_DIR}/tr104-vmemu.service @ONLY)" COMPONENT tools)
-  install(FILES ${PROJECT_BINARY_DIR}/tr104-vmemu.service DESTINATION lib/systemd/system COMPONENT tools)
+    set(unit \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/systemd/system/tr104-vmemu.service\")
+    message(STATUS \"Installing: \${unit}\")
+    configure_file(${PROJECT_SOURCE_DIR}/tools/systemd/tr104-vmemu.service \${unit} @ONLY)" COMPONENT tools)
 endif()
