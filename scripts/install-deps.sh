@@ -6,6 +6,8 @@ set -euo pipefail
 needed=(cmake g++ make binutils googletest libgtest-dev libgmock-dev libbenchmark-dev util-linux
         g++-mips-linux-gnu qemu-user python3 nlohmann-json3-dev libcli11-dev
         autoconf automake libtool libssl-dev libsqlite3-dev zlib1g-dev pkg-config "$@")
+# The installed-tree test (pkg-config) and the house rules (clang-format, clang-tidy).
+needed+=(pkgconf clang-format clang-tidy)
 missing=()
 for p in "${needed[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -32,6 +32,14 @@ else
   results+=("usp-agent FAILED in $((SECONDS - t0)) s")
   failed=1
 fi
+# House rules (scripts/check-style.sh) on the host build's compile commands.
+t0=$SECONDS
+if bash scripts/check-style.sh build/host; then
+  results+=("style passed in $((SECONDS - t0)) s")
+else
+  results+=("style FAILED in $((SECONDS - t0)) s")
+  failed=1
+fi
 run_preset asan
 run_preset tsan
 run_preset mips

@@ -1,117 +1,59 @@
 // tr104-vmemu: plays the voice module on this machine's channel (send queue key 30).
 //
-//   tr104-vmemu [--fault CMD:KIND[:MS[:COUNT]]]... [--ready-file PATH] [--quiet]
+//   tr104-vmemu [--fault CMD:KIND[:MS[:COUNT]]]... [--state FILE] [--control PATH]
+//               [--ready-file PATH] [--quiet] [--version] [--help]
 //
-// KIND is one of none, marker, silent, late, wrongcmd, wrongtype, garbage; CMD 0 applies the
-// fault to every command.  Each request is printed on one line.  While running, commands can
-// be typed on standard input:
-//   fault CMD KIND [MS [COUNT]]     inject a fault
-//   clear                           remove every fault
-//   inbound MODULE TYPE CMD [WORD]...  push an unsolicited message (words of the payload)
-//   requests CMD [BYTES]            the requests received with that command id, the first BYTES
-//                                   (16) bytes of each payload in hex
-//   help                            list these and the commands of each area (h248, linetest ...)
-// SIGINT or SIGTERM stops it and prints how many requests were served.
+// Each request is printed on one line.  Console commands (fault, clear, inbound, log, requests, help and
+// those of each area) are read from standard input and, with --control, from a Unix-domain
+// socket; with --state the configuration is kept in a file across restarts.  SIGINT or SIGTERM
+// stops it and prints how many requests were served.
 #include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <sstream>
+#include <iostream>
 #include <string>
 #include <thread>
-#include <vector>
 
+#include "emulator/control.h"
+#include "emulator/state_file.h"
 #include "emulator/voice_module_emulator.h"
+#include "tr104/version.h"
 
 namespace {
 
-void usage() {
-    std::fprintf(stderr,
-                 "usage: tr104-vmemu [--fault CMD:KIND[:MS[:COUNT]]]... [--ready-file PATH] [--quiet]\n"
-                 "  KIND: none marker silent late wrongcmd wrongtype garbage; CMD 0 = every command\n");
+void usage(FILE *to) {
+    std::fprintf(to,
+                 "usage: tr104-vmemu [OPTION]...\n"
+                 "Plays the voice module on this machine's channel (System V send queue key %d).\n"
+                 "  --fault CMD:KIND[:MS[:COUNT]]  inject a fault from the start (repeatable); KIND: none marker\n"
+                 "                                 silent late wrongcmd wrongtype garbage; CMD 0: every command\n"
+                 "  --state FILE      keep the configuration in FILE (JSON): loaded at start, written when the\n"
+                 "                    library saves the configuration (Tr104VoiceCfgSave) and on exit\n"
+                 "  --control PATH    also take console commands on a Unix-domain stream socket at PATH:\n"
+                 "                    one command per line, its answer comes back, the connection stays open\n"
+                 "                    e.g.  printf 'fault 0 silent\\nlog 5\\n' | socat - UNIX-CONNECT:PATH\n"
+                 "  --ready-file PATH create PATH once the queue is served\n"
+                 "  --quiet           do not print each request\n"
+                 "  --version         print the version\n"
+                 "Console commands (standard input and the control socket):\n%s",
+                 TR104_SND_QUEUE_KEY, vmemu::controlHelp().c_str());
 }
 
-bool parseFault(const std::string &text, uint32_t *cmd, vmemu::FaultSpec *wanted) {
-    std::vector<std::string> parts;
-    std::stringstream in(text);
-    for (std::string part; std::getline(in, part, ':');) {
-        parts.push_back(part);
-    }
-    if (parts.size() < 2) {
-        return false;
-    }
-    auto kind = vmemu::faultFromName(parts[1]);
-    if (!kind) {
-        return false;
-    }
-    *cmd = static_cast<uint32_t>(std::strtoul(parts[0].c_str(), nullptr, 0));
-    wanted->kind = *kind;
-    wanted->delayMs = parts.size() > 2 ? std::atoi(parts[2].c_str()) : 0;
-    wanted->count = parts.size() > 3 ? std::atoi(parts[3].c_str()) : -1;
-    return true;
-}
-
-// Reads commands from standard input until it ends.
+// Reads console commands from standard input until it ends.
 void commandLoop(vmemu::VoiceModuleEmulator *emulator) {
-    char line[512];
-    while (std::fgets(line, sizeof(line), stdin) != nullptr) {
-        std::stringstream in(line);
-        std::string verb;
-        in >> verb;
-        if (verb == "fault") {
-            std::string cmd, kind, ms = "0", count = "-1";
-            in >> cmd >> kind >> ms >> count;
-            uint32_t id;
-            vmemu::FaultSpec wanted;
-            if (parseFault(cmd + ":" + kind + ":" + ms + ":" + count, &id, &wanted)) {
-                emulator->setFault(id, wanted);
-                std::printf("fault %u %s\n", id, vmemu::faultName(wanted.kind));
-            } else {
-                std::printf("bad fault\n");
-            }
-        } else if (verb == "clear") {
-            emulator->clearFaults();
-            std::printf("faults cleared\n");
-        } else if (verb == "inbound") {
-            long module = 0;
-            uint32_t type = 0, cmd = 0, word = 0;
-            in >> module >> type >> cmd;
-            std::vector<uint32_t> words;
-            while (in >> word) {
-                words.push_back(word);
-            }
-            const bool ok = emulator->sendInbound(module, type, cmd, words.data(), words.size() * sizeof(uint32_t));
-            std::printf("inbound module=%ld cmd=%u %s\n", module, cmd, ok ? "sent" : "failed");
-        } else if (verb == "requests") {
-            uint32_t cmd = 0;
-            size_t bytes = 16;
-            in >> cmd >> bytes;
-            const std::vector<vmemu::Request> seen = emulator->requestsFor(cmd);
-            std::printf("requests cmd=%u: %zu\n", cmd, seen.size());
-            for (const vmemu::Request &r : seen) {
-                std::printf("request cmd=%u payload", cmd);
-                for (size_t i = 0; i < std::min(bytes, r.payload.size()); ++i) {
-                    std::printf(" %02x", static_cast<unsigned char>(r.payload[i]));
-                }
-                std::printf("\n");
-            }
-        } else if (verb == "help") {
-            std::printf("fault CMD KIND [MS [COUNT]]\nclear\ninbound MODULE TYPE CMD [WORD]...\nrequests CMD [BYTES]\n");
-            for (const std::string &help : vmemu::consoleHelp()) {
-                std::printf("%s\n", help.c_str());
-            }
-        } else if (std::string out; !verb.empty() && vmemu::runConsoleCommand(*emulator, verb, in, &out)) {
-            std::printf("%s", out.c_str());
-            if (!out.empty() && out.back() != '\n') {
-                std::printf("\n");
-            }
-        } else if (!verb.empty()) {
-            std::printf("unknown command: %s (help lists the commands)\n", verb.c_str());
-        }
+    for (std::string line; std::getline(std::cin, line);) {
+        std::fputs(vmemu::runControlLine(*emulator, line).c_str(), stdout);
         std::fflush(stdout);
+    }
+}
+
+void saveTo(vmemu::VoiceModuleEmulator &emulator, const std::string &path) {
+    std::string error;
+    if (!vmemu::saveState(emulator, path, &error)) {
+        std::fprintf(stderr, "[vmemu] %s\n", error.c_str());
     }
 }
 
@@ -120,26 +62,35 @@ void commandLoop(vmemu::VoiceModuleEmulator *emulator) {
 int main(int argc, char **argv) {
     vmemu::VoiceModuleEmulator emulator;
     const char *readyFile = nullptr;
+    std::string stateFile, controlPath;
     bool quiet = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
-        if (arg == "--fault" && i + 1 < argc) {
+        const bool hasValue = i + 1 < argc;
+        if (arg == "--fault" && hasValue) {
             uint32_t cmd;
             vmemu::FaultSpec wanted;
-            if (!parseFault(argv[++i], &cmd, &wanted)) {
-                usage();
+            if (!vmemu::parseFault(argv[++i], &cmd, &wanted)) {
+                usage(stderr);
                 return 2;
             }
             emulator.setFault(cmd, wanted);
-        } else if (arg == "--ready-file" && i + 1 < argc) {
+        } else if (arg == "--ready-file" && hasValue) {
             readyFile = argv[++i];
+        } else if (arg == "--state" && hasValue) {
+            stateFile = argv[++i];
+        } else if (arg == "--control" && hasValue) {
+            controlPath = argv[++i];
         } else if (arg == "--quiet") {
             quiet = true;
+        } else if (arg == "--version") {
+            std::printf("tr104-vmemu %s\n", TR104_VERSION_STRING);
+            return 0;
         } else if (arg == "--help" || arg == "-h") {
-            usage();
+            usage(stdout);
             return 0;
         } else {
-            usage();
+            usage(stderr);
             return 2;
         }
     }
@@ -151,13 +102,26 @@ int main(int argc, char **argv) {
     sigaddset(&stopSignals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
 
-    if (!quiet) {
-        emulator.onRequest([&emulator](const vmemu::Request &request) {
+    if (std::string error; !stateFile.empty() && !vmemu::loadState(emulator, stateFile, &error)) {
+        std::fprintf(stderr, "[vmemu] %s\n", error.c_str());
+        return 1;
+    }
+    // A save of the configuration writes the file at once (the library does not wait for it).
+    emulator.onRequest([&emulator, quiet, &stateFile](const vmemu::Request &request) {
+        if (!quiet) {
             std::printf("[vmemu] %s\n", emulator.describe(request).c_str());
             std::fflush(stdout);
-        });
-    }
+        }
+        if (request.cmd == vmemu::kSaveVoiceCfgCmd && !stateFile.empty()) {
+            saveTo(emulator, stateFile);
+        }
+    });
     if (!emulator.start()) {
+        return 1;
+    }
+    vmemu::ControlServer control;
+    if (std::string error; !controlPath.empty() && !control.start(emulator, controlPath, &error)) {
+        std::fprintf(stderr, "[vmemu] %s\n", error.c_str());
         return 1;
     }
     std::printf("[vmemu] serving the send queue (key %d)\n", TR104_SND_QUEUE_KEY);
@@ -171,7 +135,11 @@ int main(int argc, char **argv) {
 
     int signal = 0;
     sigwait(&stopSignals, &signal);
+    control.stop();
     emulator.stop();
+    if (!stateFile.empty()) {
+        saveTo(emulator, stateFile);
+    }
     std::printf("[vmemu] stopped: %zu requests served, %zu replies dropped\n", emulator.requestCount(),
                 emulator.droppedReplies());
     return 0;

@@ -18,7 +18,8 @@ public:
     Library &operator=(const Library &) = delete;
 
     // Opens the library: the given path, else $TR104_LIBRARY, else beside the executable (and
-    // in the build tree's tr104/ folder), else wherever the dynamic loader finds it.
+    // in the build tree's tr104/ folder, or in an installed tree's libdir), else wherever the
+    // dynamic loader finds it (by its SONAME, which the runtime package installs, then by name).
     bool open(const std::string &explicitPath, std::string *error) {
         std::vector<std::string> candidates;
         if (!explicitPath.empty()) {
@@ -31,7 +32,14 @@ public:
                 candidates.push_back(dir + "/libtr104.so");
                 candidates.push_back(dir + "/../tr104/libtr104.so");
                 candidates.push_back(dir + "/../lib/libtr104.so");
+#ifdef TR104_INSTALL_LIBDIR_FROM_BIN
+                // An installed client: the runtime's library (its SONAME) in the tree's libdir.
+                candidates.push_back(dir + "/" TR104_INSTALL_LIBDIR_FROM_BIN "/" TR104_SONAME);
+#endif
             }
+#ifdef TR104_SONAME
+            candidates.push_back(TR104_SONAME);
+#endif
             candidates.push_back("libtr104.so");
         }
         std::string tried;

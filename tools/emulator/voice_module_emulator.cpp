@@ -228,6 +228,34 @@ void VoiceModuleEmulator::clearRecords() {
     records_.clear();
 }
 
+std::vector<VoiceModuleEmulator::StoredRecord> VoiceModuleEmulator::storedRecords() const {
+    std::lock_guard lock(mutex_);
+    std::vector<StoredRecord> out;
+    for (const auto &[key, data] : records_) {
+        const size_t nul = key.find('\0');
+        out.push_back({key.substr(0, nul), key.substr(nul + 1), data});
+    }
+    return out;
+}
+
+void VoiceModuleEmulator::restoreRecord(const StoredRecord &record) {
+    std::lock_guard lock(mutex_);
+    for (const RecordFamily &f : families_) {
+        if (f.name == record.family) {
+            std::vector<char> stored(f.length, 0);
+            std::memcpy(stored.data(), record.data.data(), std::min<size_t>(record.data.size(), f.length));
+            records_[keyOf(f, stored.data())] = std::move(stored);
+            return;
+        }
+    }
+    records_[record.family + '\0' + record.keyBytes] = record.data;
+}
+
+std::vector<RecordFamily> VoiceModuleEmulator::families() const {
+    std::lock_guard lock(mutex_);
+    return families_;
+}
+
 void VoiceModuleEmulator::storeSet(const RecordFamily &family, const Request &request) {
     const char *in = request.payload.data();
     const std::string key = keyOf(family, in);

@@ -115,6 +115,18 @@ public:
     // The stored record of a family for the key fields carried by keyRecord (nullopt if none).
     std::optional<std::vector<char>> get(const std::string &family, const void *keyRecord, size_t len) const;
     void clearRecords();
+    // Every stored record with its family's name and raw key bytes (a state file saves them),
+    // and one put back: under its family's key fields when the family is registered, else under
+    // the given key bytes.  families() lists the registered families.
+    struct StoredRecord {
+        std::string family;
+        std::string keyBytes;
+        std::vector<char> data;
+        bool operator==(const StoredRecord &) const = default;
+    };
+    std::vector<StoredRecord> storedRecords() const;
+    void restoreRecord(const StoredRecord &record);
+    std::vector<RecordFamily> families() const;
     // For command handlers only: they run under the emulator's lock, so they reach the stored
     // records through this unlocked accessor.  The record of a family under raw key bytes (the
     // key fields' bytes in order, a text key up to its terminator followed by a NUL), created

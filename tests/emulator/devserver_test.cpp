@@ -1,0 +1,146 @@
+// The emulator as a development server: the configuration survives a restart through the state
+// file, and the console answers on the control socket as on standard input.
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "emulator/control.h"
+#include "emulator/protocol_family.h"
+#include "emulator/state_file.h"
+#include "support/channel_fixture.h"
+
+namespace {
+
+using Records = std::vector<vmemu::VoiceModuleEmulator::StoredRecord>;
+
+std::string tempPath(const char *name) { return testing::TempDir() + "tr104-devserver-" + name; }
+
+TEST(StateFile, EveryRecordComesBackAsSaved) {
+    const std::string path = tempPath("state.json");
+    vmemu::VoiceModuleEmulator before;
+    // Changed records of registered families and one a command handler keeps under its own key.
+    Records changed = before.storedRecords();
+    ASSERT_FALSE(changed.empty());
+    for (auto &r : changed) {
+        r.data[r.data.size() / 2] ^= 0x5A;
+        r.data.back() = 1;  // the last byte, beyond any trailing zeros the file leaves out
+        before.restoreRecord(r);
+    }
+    before.restoreRecord({"held-only", std::string("\x02\0\0\0", 4), {'a', 0, 'b'}});
+    vmemu::setProtocolName(before, "H.248");
+    std::string error;
+    ASSERT_TRUE(vmemu::saveState(before, path, &error)) << error;
+
+    vmemu::VoiceModuleEmulator after;
+    ASSERT_TRUE(vmemu::loadState(after, path, &error)) << error;
+    EXPECT_EQ(after.storedRecords(), before.storedRecords());
+    EXPECT_EQ(vmemu::protocolName(after), "H.248");
+    std::remove(path.c_str());
+}
+
+TEST(StateFile, RefusesWhatItCannotRead) {
+    const std::string path = tempPath("bad.json");
+    struct Row {
+        const char *text;
+        bool loads;
+    };
+    const Row rows[] = {
+        {"not json", false},
+        {"{\"something\": 1}", false},
+        {"{\"families\": {\"x\": [{\"key\": \"0\", \"length\": 4, \"data\": \"\"}]}}", false},  // odd hex
+        {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": 1, \"data\": \"0102\"}]}}", false},  // longer than length
+        {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": \"4\", \"data\": \"\"}]}}", false},  // length as text
+        {"{\"families\": {}}", true},
+    };
+    for (const Row &row : rows) {
+        std::ofstream(path) << row.text;
+        vmemu::VoiceModuleEmulator emulator;
+        const Records defaults = emulator.storedRecords();
+        std::string error;
+        EXPECT_EQ(vmemu::loadState(emulator, path, &error), row.loads) << row.text;
+        EXPECT_EQ(error.empty(), row.loads) << row.text;
+    }
+    std::remove(path.c_str());
+    vmemu::VoiceModuleEmulator fresh;
+    std::string error;
+    EXPECT_TRUE(vmemu::loadState(fresh, path, &error)) << "a missing file is a first start";
+}
+
+class ControlSocket : public tr104test::ChannelTest {
+protected:
+    void SetUp() override {
+        ChannelTest::SetUp();
+        std::string error;
+        ASSERT_TRUE(server.start(emulator, path, &error)) << error;
+        sockaddr_un addr{};
+        addr.sun_family = AF_UNIX;
+        std::snprintf(addr.sun_path, sizeof(addr.sun_path), "%s", path.c_str());
+        fd = socket(AF_UNIX, SOCK_STREAM, 0);
+        ASSERT_EQ(connect(fd, reinterpret_cast<sockaddr *>(&addr), sizeof(addr)), 0);
+    }
+    void TearDown() override {
+        close(fd);
+        server.stop();
+        ChannelTest::TearDown();
+    }
+    // Sends one line and reads until the answer holds `want` and ends a line (5 s at most).
+    std::string ask(const std::string &line, const std::string &want) {
+        const std::string out = line + "\n";
+        EXPECT_EQ(write(fd, out.data(), out.size()), static_cast<ssize_t>(out.size()));
+        std::string answer;
+        pollfd p{fd, POLLIN, 0};
+        while ((answer.find(want) == std::string::npos || answer.back() != '\n') && poll(&p, 1, 5000) == 1) {
+            char buf[512];
+            const ssize_t got = read(fd, buf, sizeof(buf));
+            if (got <= 0) {
+                break;
+            }
+            answer.append(buf, static_cast<size_t>(got));
+        }
+        return answer;
+    }
+
+    const std::string path = tempPath("control.sock");
+    vmemu::ControlServer server;
+    int fd = -1;
+};
+
+TEST_F(ControlSocket, AnswersTheConsoleCommandsOnOneConnection) {
+    Tr104Msg msg = request(4321);
+    ASSERT_EQ(msgSndAndRcvSem(&msg, 0), TR104_MSG_TEXT_LEN);
+    struct Row {
+        const char *line;
+        const char *answer;
+    };
+    const Row rows[] = {
+        {"fault 4321 silent 0 1", "fault 4321 silent\n"},
+        {"clear", "faults cleared\n"},
+        {"inbound 7 1 77 5 6", "inbound module=7 cmd=77 sent\n"},
+        {"log 1", "1 requests served\n"},
+        {"help", "log [N]"},
+        {"help", "linetest "},  // the areas' commands too
+        {"bogus", "unknown command: bogus (help lists the commands)\n"},
+    };
+    for (const Row &row : rows) {
+        const std::string answer = ask(row.line, row.answer);
+        EXPECT_NE(answer.find(row.answer), std::string::npos) << row.line << " -> " << answer;
+    }
+    // The log names the request; the inbound message is on module 7's inbound queue.
+    EXPECT_NE(ask("log 1", "served").find(emulator.describe(emulator.requests().back())), std::string::npos);
+    Tr104WireMsg in{};
+    ASSERT_GT(msgrcv(gTr104RcvInMsgQueueId, &in, TR104_MSG_TEXT_LEN, 0, IPC_NOWAIT), 0);
+    uint32_t cmd = 0, words[2] = {};
+    std::memcpy(&cmd, in.text + TR104_TEXT_CMD_OFFSET, sizeof(cmd));
+    std::memcpy(words, in.text + TR104_TEXT_RSP_OFFSET, sizeof(words));
+    EXPECT_EQ(cmd, 77u);
+    EXPECT_EQ(words[0], 5u);
+    EXPECT_EQ(words[1], 6u);
+
+    server.stop();
+    EXPECT_NE(access(path.c_str(), F_OK), 0) << "the socket file is removed on stop";
+}
+
+}  // namespace

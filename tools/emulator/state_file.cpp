@@ -1,0 +1,202 @@
+// The emulator's state file (see state_file.h).
+#include "emulator/state_file.h"
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "emulator/protocol_family.h"
+#include "tr104/version.h"
+
+namespace vmemu {
+namespace {
+
+using nlohmann::json;
+
+std::string toHex(const char *bytes, size_t len) {
+    static const char digits[] = "0123456789abcdef";
+    std::string out;
+    for (size_t i = 0; i < len; ++i) {
+        const auto b = static_cast<unsigned char>(bytes[i]);
+        out.push_back(digits[b >> 4]);
+        out.push_back(digits[b & 15]);
+    }
+    return out;
+}
+
+bool fromHex(const std::string &hex, std::string *out) {
+    if (hex.size() % 2 != 0) {
+        return false;
+    }
+    out->clear();
+    for (size_t i = 0; i < hex.size(); i += 2) {
+        char *end = nullptr;
+        const std::string pair = hex.substr(i, 2);
+        const unsigned long b = std::strtoul(pair.c_str(), &end, 16);
+        if (*end != '\0') {
+            return false;
+        }
+        out->push_back(static_cast<char>(b));
+    }
+    return true;
+}
+
+// The fields a family names: its key fields, then the named fields of a set.
+std::vector<Field> namedFields(const RecordFamily &family) {
+    std::vector<Field> out;
+    auto add = [&](const Field &f) {
+        if (f.name != nullptr && f.name[0] != '\0') {
+            out.push_back(f);
+        }
+    };
+    for (const Field &f : family.keys) {
+        add(f);
+    }
+    for (const MaskedField &m : family.maskedFields) {
+        add(m.field);
+    }
+    for (const Field &f : family.setFields) {
+        add(f);
+    }
+    return out;
+}
+
+// Integers of 1, 2 or 4 bytes in the host's order; wider fields are texts up to their end.
+json fieldValue(const Field &f, const std::vector<char> &data) {
+    if (f.offset + f.width > data.size()) {
+        return nullptr;
+    }
+    const char *at = data.data() + f.offset;
+    if (f.width > 4) {
+        return std::string(at, strnlen(at, f.width));
+    }
+    uint32_t v = 0;
+    if (f.width == 1) {
+        v = static_cast<unsigned char>(*at);
+    } else if (f.width == 2) {
+        uint16_t w;
+        std::memcpy(&w, at, 2);
+        v = w;
+    } else if (f.width == 4) {
+        std::memcpy(&v, at, 4);
+    }
+    return v;
+}
+
+void writeField(const Field &f, const json &value, std::vector<char> *data) {
+    if (f.offset + f.width > data->size()) {
+        return;
+    }
+    char *at = data->data() + f.offset;
+    if (value.is_string() && f.width > 4) {
+        const std::string text = value.get<std::string>();
+        std::memset(at, 0, f.width);
+        std::memcpy(at, text.data(), std::min<size_t>(text.size(), f.width - 1));
+    } else if (value.is_number_integer()) {
+        const auto v = value.get<uint32_t>();
+        if (f.width == 1) {
+            *at = static_cast<char>(v);
+        } else if (f.width == 2) {
+            const auto w = static_cast<uint16_t>(v);
+            std::memcpy(at, &w, 2);
+        } else if (f.width == 4) {
+            std::memcpy(at, &v, 4);
+        }
+    }
+}
+
+}  // namespace
+
+bool saveState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error) {
+    std::map<std::string, RecordFamily> families;
+    for (RecordFamily &f : emulator.families()) {
+        families[f.name] = std::move(f);
+    }
+    json byFamily = json::object();
+    for (const VoiceModuleEmulator::StoredRecord &r : emulator.storedRecords()) {
+        size_t used = r.data.size();
+        while (used > 0 && r.data[used - 1] == 0) {
+            --used;
+        }
+        json entry = {{"key", toHex(r.keyBytes.data(), r.keyBytes.size())}, {"length", r.data.size()}};
+        if (auto f = families.find(r.family); f != families.end()) {
+            json fields = json::object();
+            for (const Field &field : namedFields(f->second)) {
+                fields[field.name] = fieldValue(field, r.data);
+            }
+            if (!fields.empty()) {
+                entry["fields"] = fields;
+            }
+        }
+        entry["data"] = toHex(r.data.data(), used);
+        byFamily[r.family].push_back(entry);
+    }
+    const json doc = {
+        {"tr104-vmemu", TR104_VERSION_STRING}, {"protocol", protocolName(emulator)}, {"families", byFamily}};
+    const std::string tmp = path + ".tmp";
+    {
+        std::ofstream out(tmp, std::ios::trunc);
+        out << doc.dump(2) << '\n';
+        if (!out) {
+            *error = "cannot write " + tmp;
+            return false;
+        }
+    }
+    if (std::rename(tmp.c_str(), path.c_str()) != 0) {
+        *error = "cannot replace " + path + ": " + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+bool loadState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error) {
+    std::ifstream in(path);
+    if (!in) {
+        return true;
+    }
+    const json doc = json::parse(in, nullptr, false);
+    if (doc.is_discarded() || !doc.contains("families") || !doc["families"].is_object()) {
+        *error = path + ": not a state file of tr104-vmemu";
+        return false;
+    }
+    if (doc.contains("protocol") && doc["protocol"].is_string()) {
+        setProtocolName(emulator, doc["protocol"].get<std::string>());
+    }
+    std::map<std::string, RecordFamily> families;
+    for (RecordFamily &f : emulator.families()) {
+        families[f.name] = std::move(f);
+    }
+    for (const auto &[name, records] : doc["families"].items()) {
+        for (const json &entry : records) {
+            if (!entry.is_object() || !entry.value("length", json()).is_number_unsigned() ||
+                !entry.value("key", json()).is_string() || !entry.value("data", json()).is_string()) {
+                *error = path + ": a record of " + name + " is malformed";
+                return false;
+            }
+            VoiceModuleEmulator::StoredRecord r{name, {}, {}};
+            std::string data;
+            const size_t length = entry.value("length", 0u);
+            if (!fromHex(entry.value("key", ""), &r.keyBytes) || !fromHex(entry.value("data", ""), &data) ||
+                data.size() > length) {
+                *error = path + ": a record of " + name + " is malformed";
+                return false;
+            }
+            r.data.assign(length, 0);
+            std::memcpy(r.data.data(), data.data(), data.size());
+            if (auto f = families.find(name); f != families.end() && entry.contains("fields")) {
+                for (const Field &field : namedFields(f->second)) {
+                    if (entry["fields"].contains(field.name)) {
+                        writeField(field, entry["fields"][field.name], &r.data);
+                    }
+                }
+            }
+            emulator.restoreRecord(r);
+        }
+    }
+    return true;
+}
+
+}  // namespace vmemu
