@@ -367,7 +367,7 @@ int runCall(const Library &lib, const CallRequest &requested) {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+static int run(int argc, char **argv) {
     Options opt;
     if (const int code = parseOptions(argc, argv, &opt); code >= 0) {
         return code;
@@ -413,4 +413,15 @@ int main(int argc, char **argv) {
                                              : watchLive(lib, opt.watchSeconds, opt.watchCount);
     }
     return runCall(lib, opt.call);
+}
+
+int main(int argc, char **argv) {
+    // The command line and the JSON output may throw (out of memory, a value they cannot hold):
+    // one line and a failure, never an abort.
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &e) {
+        std::fprintf(stderr, "tr104ctl: %s\n", e.what());
+        return kExitFailed;
+    }
 }
