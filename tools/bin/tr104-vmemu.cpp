@@ -2,7 +2,7 @@
 //
 //   tr104-vmemu [--fault CMD:KIND[:MS[:COUNT]]]... [--ready-file PATH] [--quiet]
 //
-// KIND is one of none, marker, silent, late, wrongcmd, wrongtype, garbage; CMD 0 applies the
+// KIND is one of none, marker, silent, late, wrongcmd, wrongtype, garbage, noise; CMD 0 applies the
 // fault to every command.  Each request is printed on one line.  While running, commands can
 // be typed on standard input:
 //   fault CMD KIND [MS [COUNT]]     inject a fault
@@ -28,7 +28,7 @@ namespace {
 void usage() {
     std::fprintf(stderr,
                  "usage: tr104-vmemu [--fault CMD:KIND[:MS[:COUNT]]]... [--ready-file PATH] [--quiet]\n"
-                 "  KIND: none marker silent late wrongcmd wrongtype garbage; CMD 0 = every command\n");
+                 "  KIND: none marker silent late wrongcmd wrongtype garbage noise; CMD 0 = every command\n");
 }
 
 bool parseFault(const std::string &text, uint32_t *cmd, vmemu::FaultSpec *wanted) {
