@@ -5,6 +5,7 @@
 set -euo pipefail
 needed=(cmake g++ make binutils googletest libgtest-dev libgmock-dev libbenchmark-dev util-linux
         g++-mips-linux-gnu qemu-user python3 nlohmann-json3-dev libcli11-dev "$@")
+needed+=(valgrind)  # the memcheck label
 missing=()
 for p in "${needed[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
