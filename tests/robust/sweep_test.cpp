@@ -312,6 +312,13 @@ TEST_F(Sweep, WrongRepliesAreSurvived) {
         for (const Protocol &p : kProtocols) {
             gTr104CurrProtocolType = p.value;
             for (const Target &t : handlers) {
+                // A protocol variant does not read the protocol: it is called under its own.
+                const std::string base = tr104ctl::baseName(t.name);
+                const bool variant = base != t.name;
+                const bool own = t.name.size() - base.size() == 3 ? p.value == TR104_PROTOCOL_SIP : p.value == TR104_PROTOCOL_H248;
+                if (variant && !own) {
+                    continue;
+                }
                 sweepValid(t, t.name + " under " + p.name + " against " + vmemu::faultName(fault), &calls);
             }
         }
