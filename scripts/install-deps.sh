@@ -8,6 +8,7 @@ needed=(cmake g++ make binutils googletest libgtest-dev libgmock-dev libbenchmar
         autoconf automake libtool libssl-dev libsqlite3-dev zlib1g-dev pkg-config "$@")
 # The installed-tree test (pkg-config) and the house rules (clang-format, clang-tidy).
 needed+=(pkgconf clang-format clang-tidy)
+needed+=(valgrind)  # the memcheck label
 missing=()
 for p in "${needed[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -29,7 +29,7 @@ void usage(FILE *to) {
                  "usage: tr104-vmemu [OPTION]...\n"
                  "Plays the voice module on this machine's channel (System V send queue key %d).\n"
                  "  --fault CMD:KIND[:MS[:COUNT]]  inject a fault from the start (repeatable); KIND: none marker\n"
-                 "                                 silent late wrongcmd wrongtype garbage; CMD 0: every command\n"
+                 "                                 silent late wrongcmd wrongtype garbage noise; CMD 0: every command\n"
                  "  --state FILE      keep the configuration in FILE (JSON): loaded at start, written when the\n"
                  "                    library saves the configuration (Tr104VoiceCfgSave) and on exit\n"
                  "  --control PATH    also take console commands on a Unix-domain stream socket at PATH:\n"

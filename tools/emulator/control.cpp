@@ -46,7 +46,7 @@ bool parseFault(const std::string &text, uint32_t *cmd, FaultSpec *wanted) {
 std::string controlHelp() {
     std::string out =
         "fault CMD KIND [MS [COUNT]]   inject a fault (KIND: none marker silent late wrongcmd wrongtype\n"
-        "                              garbage; CMD 0: every command)\n"
+        "                              garbage noise; CMD 0: every command)\n"
         "clear                         remove every fault\n"
         "inbound MODULE TYPE CMD [WORD]...  push an unsolicited message (words of the payload)\n"
         "log [N]                       the last N requests (10), then how many were served\n"

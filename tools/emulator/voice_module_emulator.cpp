@@ -49,13 +49,14 @@ const char *faultName(Fault fault) {
     case Fault::WrongCmd: return "wrongcmd";
     case Fault::WrongType: return "wrongtype";
     case Fault::Garbage: return "garbage";
+    case Fault::Noise: return "noise";
     }
     return "?";
 }
 
 std::optional<Fault> faultFromName(const std::string &name) {
     for (Fault f : {Fault::None, Fault::FailureMarker, Fault::Silent, Fault::Late, Fault::WrongCmd, Fault::WrongType,
-                    Fault::Garbage}) {
+                    Fault::Garbage, Fault::Noise}) {
         if (name == faultName(f)) {
             return f;
         }
@@ -388,6 +389,12 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
             for (char &c : out.text) {
                 garbageSeed_ = garbageSeed_ * 1103515245u + 12345u;
                 c = static_cast<char>(garbageSeed_ >> 16);
+            }
+            break;
+        case Fault::Noise:
+            for (char &c : reply) {
+                garbageSeed_ = garbageSeed_ * 1103515245u + 12345u;
+                c = static_cast<char>((garbageSeed_ >> 16) | 0x01);  // odd bytes: never 0, so never the failure marker either
             }
             break;
         default:

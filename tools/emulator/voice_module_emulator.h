@@ -76,6 +76,8 @@ enum class Fault {
     WrongCmd,       // answer with another command id
     WrongType,      // answer with cmd_type 2 instead of 1
     Garbage,        // answer with cmd_type 1 and pseudo-random text
+    Noise,          // answer the right command (cmd_type 1) with a pseudo-random reply payload
+                    // that holds no zero byte: no terminator anywhere, no failure marker
 };
 
 struct FaultSpec {

@@ -138,10 +138,14 @@ TR104_CAPABILITY(VoicePortTestsFlag)
 TR104_CAPABILITY(HeartbeatFlag)
 TR104_CAPABILITY(ProfileNumberOfLines)
 
-// The line count is fixed by the hardware: a get writes 2 without testing the pointer.
+// The line count is fixed by the hardware: a get writes 2.  It prints nothing for a null value,
+// but refuses it (-2): a write through it would take the agent down.
 extern "C" TR104_API int Tr104MaxLineCount(int nFlag, void *pValue) {
     if (nFlag != 0) {
         TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
+        return TR104_ERR_PARAM;
+    }
+    if (pValue == nullptr) {
         return TR104_ERR_PARAM;
     }
     tr104::sip::putInt(pValue, 2);

@@ -1,0 +1,157 @@
+// Every exported handler of libtr104 with its calling convention, for the robustness tests.
+//
+// The names come from the library's export list (cmake/exports.txt, read at run time); an
+// exported name is a handler when the client knows how to call it (tools/ctl/value_kinds.h):
+// the data-model map gives the arity, the value and the instance numbers of one parameter, the
+// client's own rows the few handlers that take something else.
+#pragma once
+
+#include <dlfcn.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "ctl/value_kinds.h"
+#include "tr104/map.h"
+
+namespace robust {
+
+enum class Shape {
+    Three,     // (nFlag, pValue, nLocate)
+    Two,       // (nFlag, pValue)
+    None,      // ()
+    Directed,  // (nFlag, nDirection, pValue, nLocate)
+    Custom,    // several value pointers: called through the client's own call
+};
+
+struct Target {
+    std::string name;
+    void *fn = nullptr;
+    Shape shape = Shape::Three;
+    size_t size = sizeof(int);  // bytes of the value buffer the agent passes
+    bool text = false;
+    std::vector<int> instanceIndexes;  // nLocate indexes the parameter's path names
+    std::array<int, 4> locate{1, 1, 1, 1};
+    tr104ctl::CustomCall custom = nullptr;
+};
+
+inline const Tr104MapEntry *mapEntryOf(const std::string &name) {
+    const std::string base = tr104ctl::baseName(name);
+    for (unsigned i = 0; i < gTr104MapCount; ++i) {
+        const Tr104MapEntry &e = gTr104Map[i];
+        if (e.handler != nullptr && (name == e.handler || base == e.handler)) {
+            return &e;
+        }
+    }
+    return nullptr;
+}
+
+inline Target describe(const std::string &name, void *fn, const tr104ctl::HandlerKind &kind) {
+    Target t;
+    t.name = name;
+    t.fn = fn;
+    const Tr104MapEntry *e = mapEntryOf(name);
+    if (e != nullptr) {
+        for (int k = 0; k < e->instances && k < 4; ++k) {
+            if (e->locate[k] >= 0) {
+                t.instanceIndexes.push_back(e->locate[k]);
+            }
+        }
+        int index = 0;
+        int value = 0;
+        if (std::sscanf(e->arg, "nLocate[%d]=%d", &index, &value) == 2 && index >= 0 && index < 4) {
+            t.locate[index] = value;
+        }
+    }
+    const std::string value = e != nullptr ? e->value : "";
+    const bool mapText = value.rfind("text:", 0) == 0;
+    const size_t mapSize = mapText ? std::strtoul(value.c_str() + 5, nullptr, 10) : value == "byte" ? 1 : sizeof(int);
+    using namespace tr104ctl;
+    switch (kind.kind) {
+    case ValueKind::Integer:
+    case ValueKind::Float:
+        t.shape = e != nullptr && e->arity == 2 ? Shape::Two : Shape::Three;
+        break;
+    case ValueKind::Text:
+        t.shape = e != nullptr && e->arity == 2 ? Shape::Two : Shape::Three;
+        t.text = true;
+        t.size = e != nullptr ? mapSize : kind.textSize;
+        break;
+    case ValueKind::Directed:
+        t.shape = Shape::Directed;
+        break;
+    case ValueKind::Custom:
+        if (kind.custom == &device::integer || kind.custom == &net::address || kind.custom == &net::byte) {
+            t.shape = Shape::Two;
+            t.size = e != nullptr ? mapSize : kind.custom == &net::byte ? 1 : sizeof(int);
+        } else if (kind.custom == &device::text) {
+            t.shape = Shape::Two;
+            t.text = true;
+            t.size = e != nullptr && mapText ? mapSize : 2048;  // the client's buffer
+        } else if (kind.custom == &device::led) {
+            t.shape = Shape::None;
+        } else {
+            t.shape = Shape::Custom;
+            t.custom = kind.custom;
+        }
+        break;
+    }
+    return t;
+}
+
+// The handlers among the names of the export list, resolved in this process.
+inline std::vector<Target> exportedHandlers(const char *exportsFile) {
+    std::vector<Target> out;
+    std::ifstream in(exportsFile);
+    for (std::string line; std::getline(in, line);) {
+        line = line.substr(0, line.find('#'));
+        line.erase(line.find_last_not_of(" \t\r") + 1);
+        if (line.empty()) {
+            continue;
+        }
+        const tr104ctl::HandlerKind *kind = tr104ctl::findKind(line);
+        void *fn = kind != nullptr ? dlsym(RTLD_DEFAULT, line.c_str()) : nullptr;
+        if (fn != nullptr) {
+            out.push_back(describe(line, fn, *kind));
+        }
+    }
+    return out;
+}
+
+// A value buffer that ends where an inaccessible page begins: a write or a read past its end
+// faults at once, in every build.
+class GuardedBuffer {
+public:
+    explicit GuardedBuffer(size_t size) : size_(size) {
+        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        length_ = 2 * page;
+        base_ = static_cast<char *>(mmap(nullptr, length_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        if (base_ != MAP_FAILED) {
+            mprotect(base_ + page, page, PROT_NONE);
+            data_ = base_ + page - size;
+        }
+    }
+    ~GuardedBuffer() {
+        if (base_ != MAP_FAILED) {
+            munmap(base_, length_);
+        }
+    }
+    GuardedBuffer(const GuardedBuffer &) = delete;
+    GuardedBuffer &operator=(const GuardedBuffer &) = delete;
+    char *data() const { return data_; }
+    size_t size() const { return size_; }
+
+private:
+    size_t size_;
+    size_t length_ = 0;
+    char *base_ = static_cast<char *>(MAP_FAILED);
+    char *data_ = nullptr;
+};
+
+}  // namespace robust
