@@ -221,11 +221,11 @@ TEST_F(ProtocolQueryTest, ParameterReportsTheNameWithoutChangingTheType) {
     EXPECT_STREQ(name, "H.248");
     EXPECT_EQ(gTr104CurrProtocolType, 0);
 
-    // A longer name is cut at the sixth byte, terminated, and nothing beyond it is written.
+    // A longer name fills the six bytes and nothing beyond them.
     vmemu::setProtocolName(emulator, "SIP/2.0-TLS");
     std::memset(name, '#', sizeof(name));
     EXPECT_EQ(Tr104VoiceProtocolType(0, name, nullptr), 0);
-    EXPECT_EQ(std::string(name, 7), std::string("SIP/2\0#", 7));
+    EXPECT_EQ(std::string(name, 7), "SIP/2.#");
 }
 
 TEST_F(ProtocolQueryTest, ParameterRefusesBadArgumentsWithoutAnExchange) {

@@ -107,11 +107,8 @@ extern "C" TR104_API int Tr104VoiceProtocolType(int nFlag, void *pValue, int * /
         TR104_DEBUG("get voice protocol type error \n");
         return -1;
     }
-    // A name that fills the six bytes is cut at the last one: the agent gets a terminated text.
-    if (std::memchr(name, '\0', kNameLen) == nullptr) {
-        name[kNameLen - 1] = '\0';
-    }
-    TR104_DEBUG("get voice protocol type[%s] \n", name);
+    // The caller's buffer holds six bytes and may carry no terminator.
+    TR104_DEBUG("get voice protocol type[%.6s] \n", name);
     return 0;
 }
 

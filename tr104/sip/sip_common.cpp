@@ -58,15 +58,7 @@ int readText(const char *name, char *dst, unsigned int len, unsigned int cmd) {
         say(name, "construct msg error\n");
         return TR104_ERR_EXCHANGE;
     }
-    if (CfgPreHandleGetStringParam(&msg, dst, len, static_cast<int>(cmd)) != 0) {
-        return TR104_ERR_EXCHANGE;
-    }
-    // A text that fills the caller's buffer is cut at its last byte: the agent always gets a
-    // terminated text (every text that fits is unchanged).
-    if (len > 0 && std::memchr(dst, '\0', len) == nullptr) {
-        dst[len - 1] = '\0';
-    }
-    return TR104_OK;
+    return CfgPreHandleGetStringParam(&msg, dst, len, static_cast<int>(cmd)) == 0 ? TR104_OK : TR104_ERR_EXCHANGE;
 }
 
 const TextCode *findText(const TextCode *table, size_t count, const char *text) {
