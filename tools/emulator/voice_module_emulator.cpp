@@ -322,6 +322,7 @@ int VoiceModuleEmulator::replyQueue(long module) {
 }
 
 void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
+    const auto readAt = std::chrono::steady_clock::now();
     Request request;
     request.module = msg.mtype;
     std::memcpy(request.text.data(), msg.text, std::min(length, request.text.size()));
@@ -377,11 +378,16 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         callback(request);
     }
     if (!send) {
+        noteServiceTime(readAt);
         return;
     }
+    // Time spent on purpose (a busy or late voice module) is not service time.
+    const auto waitFrom = std::chrono::steady_clock::now();
+    waitReplyDelay(readAt);
     if (fault.kind == Fault::Late && fault.delayMs > 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
     }
+    const auto waited = std::chrono::steady_clock::now() - waitFrom;
     if (fault.kind != Fault::Garbage) {
         std::memcpy(out.text + TR104_TEXT_CMD_OFFSET, &replyCmd, sizeof(replyCmd));
         std::memcpy(out.text + TR104_TEXT_CFG_OFFSET, request.payload.data(), TR104_CFG_BUFFER_LEN);
@@ -392,6 +398,48 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         std::lock_guard lock(mutex_);
         ++dropped_;
     }
+    noteServiceTime(readAt + waited);
+}
+
+void VoiceModuleEmulator::setReplyDelay(std::chrono::microseconds delay) { replyDelayUs_ = delay.count(); }
+
+// Sleeps to shortly before the moment the reply is due and spins the rest: a sleep alone
+// overshoots by the kernel's timer slack (about 50 us), as long as the shortest delays.
+void VoiceModuleEmulator::waitReplyDelay(std::chrono::steady_clock::time_point readAt) const {
+    const int64_t us = replyDelayUs_.load(std::memory_order_relaxed);
+    if (us <= 0) {
+        return;
+    }
+    const auto due = readAt + std::chrono::microseconds(us);
+    const auto spin = std::chrono::microseconds(200);
+    if (due - std::chrono::steady_clock::now() > spin) {
+        std::this_thread::sleep_until(due - spin);
+    }
+    while (std::chrono::steady_clock::now() < due) {
+    }
+}
+
+void VoiceModuleEmulator::noteServiceTime(std::chrono::steady_clock::time_point readAt) {
+    const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - readAt);
+    const uint32_t sample = static_cast<uint32_t>(std::min<int64_t>(ns.count(), UINT32_MAX));
+    std::lock_guard lock(mutex_);
+    if (service_.size() < kServiceSamples) {
+        service_.push_back(sample);
+    } else {
+        service_[serviceNext_] = sample;
+        serviceNext_ = (serviceNext_ + 1) % kServiceSamples;
+    }
+}
+
+std::vector<uint32_t> VoiceModuleEmulator::serviceTimes() const {
+    std::lock_guard lock(mutex_);
+    return service_;
+}
+
+void VoiceModuleEmulator::clearServiceTimes() {
+    std::lock_guard lock(mutex_);
+    service_.clear();
+    serviceNext_ = 0;
 }
 
 bool VoiceModuleEmulator::sendInbound(long module, uint32_t cmdType, uint32_t cmd, const void *payload, size_t len) {
