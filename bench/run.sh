@@ -22,17 +22,12 @@ cmake --preset host >/dev/null
 cmake --build --preset host -j2 --target channel_roundtrip v2lin_runtime >/dev/null
 
 load=$(cut -d' ' -f1-3 /proc/loadavg)
-build/host/bench/channel_roundtrip --markdown="$work/channel.md" | tee "$work/channel.log"
+# The emulated voice module at SCHED_FIFO 50 (its replies do not wait for the machine's other
+# work), then the exchanges again with it at SCHED_OTHER.
+build/host/bench/channel_roundtrip --module-priority=50 --markdown="$work/channel.md" | tee "$work/channel.log"
+build/host/bench/channel_roundtrip --benchmark_filter='BM_RawRoundTrip|BM_Handler|BM_LongPauses' \
+  --markdown="$work/channel-other.md" | tee "$work/channel-other.log"
 build/host/bench/v2lin_runtime --markdown="$work/runtime.md" | tee "$work/runtime.log"
-
-# Where the time of a handler get goes: its system calls (the poll loop's msgrcv and sleeps).
-profile=""
-if command -v perf >/dev/null; then
-  if perf trace -s -o "$work/trace.txt" build/host/bench/channel_roundtrip --smoke \
-       --benchmark_filter='BM_Handler/0$' >/dev/null 2>&1; then
-    profile=$work/trace.txt
-  fi
-fi
 
 # The device library: stripped size and the five largest symbols.
 mips=""
@@ -53,20 +48,7 @@ fi
   echo "Machine: $(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ //'), $(nproc) cores," \
        "Linux $(uname -r), load average $load at the start."
   echo
-  cat "$work/channel.md"
-  if [ -n "$profile" ]; then
-    echo "### Where the time of a handler get goes (system calls of the get loop, \`perf trace -s\`)"
-    echo
-    echo "A get that finds no reply at its first poll sleeps 1 us (in practice the timer slack of a"
-    echo "SCHED_OTHER thread, about 50 us) before it polls again; the raw round trip blocks in msgrcv and"
-    echo "is woken as the reply is queued. The share of sleeps per msgrcv below is that share of calls."
-    echo
-    echo '```'
-    grep -E "^ *(msgrcv|msgsnd|semtimedop|semop|clock_nanosleep|msgctl|nanosleep) " "$profile" |
-      sort -k2 -nr | awk '!seen[$1]++' | head -8 || true
-    echo '```'
-    echo
-  fi
+  cat "$work/channel.md" "$work/channel-other.md"
   cat "$work/runtime.md"
   echo "## Device library (MIPS, stripped)"
   echo
@@ -76,13 +58,13 @@ fi
     echo
     echo '```'
     mips-linux-gnu-nm --size-sort -S -C build/mips-lib/tr104/libtr104.so | tail -5 |
-      awk '{ size = strtonum("0x" $2); $1 = ""; $2 = ""; printf "%7d %s\n", size, substr($0, 3) }'
+      while read -r _ size kind name; do printf "%7d %s %s\n" "$((16#$size))" "$kind" "$name"; done
     echo '```'
     echo
     echo "Sections of the stripped library (bytes):"
     echo
     echo '```'
-    mips-linux-gnu-size -A "$work/libtr104.so" | awk '$2 > 4096 { printf "%-16s %7d\n", $1, $2 }'
+    mips-linux-gnu-size -A "$work/libtr104.so" | awk '$1 ~ /^\./ && $2 > 4096 { printf "%-16s %7d\n", $1, $2 }'
     echo '```'
   else
     echo "Not measured: no MIPS cross compiler (mips-linux-gnu-g++) on this machine."
