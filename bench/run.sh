@@ -29,6 +29,8 @@ build/host/bench/channel_roundtrip --benchmark_filter='BM_RawRoundTrip|BM_Handle
   --markdown="$work/channel-other.md" | tee "$work/channel-other.log"
 build/host/bench/v2lin_runtime --markdown="$work/runtime.md" | tee "$work/runtime.log"
 
+load_end=$(cut -d' ' -f1-3 /proc/loadavg)
+
 # The device library: stripped size and the five largest symbols.
 mips=""
 if [ "${1:-}" != "--no-mips" ] && command -v mips-linux-gnu-g++ >/dev/null; then
@@ -46,7 +48,8 @@ fi
        "$(git rev-parse --short HEAD 2>/dev/null || echo unknown). Do not edit: run the script again."
   echo
   echo "Machine: $(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ //'), $(nproc) cores," \
-       "Linux $(uname -r), load average $load at the start."
+       "Linux $(uname -r); load average $load at the start, $load_end at the end (other work on the"
+  echo "machine shows in the tails: p99 and max)."
   echo
   cat "$work/channel.md" "$work/channel-other.md"
   cat "$work/runtime.md"

@@ -3,6 +3,7 @@
 
 #include <sys/ipc.h>
 #include <sys/msg.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -403,20 +404,16 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
 
 void VoiceModuleEmulator::setReplyDelay(std::chrono::microseconds delay) { replyDelayUs_ = delay.count(); }
 
-// Sleeps to shortly before the moment the reply is due and spins the rest: a sleep alone
-// overshoots by the kernel's timer slack (about 50 us), as long as the shortest delays.
+// Sleeps until the reply is due.  The serving thread's timer slack (50 us by default, as long
+// as the shortest delays) is lowered first; it does not spin, which would hold the processor
+// that a caller on the same core needs.
 void VoiceModuleEmulator::waitReplyDelay(std::chrono::steady_clock::time_point readAt) const {
     const int64_t us = replyDelayUs_.load(std::memory_order_relaxed);
     if (us <= 0) {
         return;
     }
-    const auto due = readAt + std::chrono::microseconds(us);
-    const auto spin = std::chrono::microseconds(200);
-    if (due - std::chrono::steady_clock::now() > spin) {
-        std::this_thread::sleep_until(due - spin);
-    }
-    while (std::chrono::steady_clock::now() < due) {
-    }
+    prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
+    std::this_thread::sleep_until(readAt + std::chrono::microseconds(us));
 }
 
 void VoiceModuleEmulator::noteServiceTime(std::chrono::steady_clock::time_point readAt) {
