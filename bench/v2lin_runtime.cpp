@@ -1,13 +1,19 @@
 // Runtime cost against plain POSIX code: a task-to-task semGive/semTake ping-pong, the same
-// give and take in one thread, and a msgQSend/msgQReceive stream, each beside the same pattern
-// written with a pthread mutex and condition variables.  Both partners of a pair run at SCHED_FIFO 80 (the runtime raises the
+// give and take in one thread, a msgQSend/msgQReceive stream and the firing of a 50 ms watchdog,
+// each beside the same pattern written with a pthread mutex and condition variables.  Both partners of a pair run at SCHED_FIFO 80 (the runtime raises the
 // benchmark thread to 80 when it starts a task).  Prints the runtime/pthread time ratios.
 #include <benchmark/benchmark.h>
 #include <pthread.h>
 #include <sched.h>
 #include <string.h>
+#include <time.h>
 
+#include <cerrno>
+
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <vector>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -214,12 +220,92 @@ void BM_PthreadStream(benchmark::State &state) {
     state.SetItemsProcessed(state.iterations());
 }
 
+// ---- a 50 ms one-shot timer: the actual delay, from start to the handler running ----
+
+using Clock = std::chrono::steady_clock;
+constexpr int kTimerMs = 50;
+Clock::time_point gArmed;
+double gFiredMs = 0;
+Flag gFired;
+std::map<std::string, std::vector<double>> gTimerDelays;  // ms, by benchmark
+
+void watchdogFired(int32_t) {
+    gFiredMs = std::chrono::duration<double, std::milli>(Clock::now() - gArmed).count();
+    gFired.give();
+}
+
+void keepDelays(benchmark::State &state, const char *name, std::vector<double> ms) {
+    std::sort(ms.begin(), ms.end());
+    if (ms.empty()) return;
+    state.counters["min_ms"] = ms.front();
+    state.counters["p50_ms"] = ms[ms.size() / 2];
+    state.counters["max_ms"] = ms.back();
+    gTimerDelays[name] = ms;
+}
+
+void BM_RuntimeWatchdog50ms(benchmark::State &state) {
+    WDOG_ID wd = wdCreate();
+    std::vector<double> ms;
+    for (auto _ : state) {
+        gArmed = Clock::now();
+        wdStart(wd, kTimerMs, watchdogFired, 0);
+        gFired.take();
+        ms.push_back(gFiredMs);
+    }
+    wdDelete(wd);
+    keepDelays(state, "watchdog", ms);
+}
+
+// The same with a thread that waits on a condition variable until the deadline.
+struct OneShot {
+    Flag armed;
+    std::atomic<int> stop{0};
+};
+
+void *timerThread(void *arg) {
+    OneShot *t = static_cast<OneShot *>(arg);
+    for (;;) {
+        t->armed.take();
+        if (t->stop.load()) break;
+        timespec due;
+        clock_gettime(CLOCK_REALTIME, &due);
+        due.tv_nsec += kTimerMs * 1000000L;
+        due.tv_sec += due.tv_nsec / 1000000000L;
+        due.tv_nsec %= 1000000000L;
+        Flag never;
+        pthread_mutex_lock(&never.mu);
+        while (pthread_cond_timedwait(&never.cond, &never.mu, &due) != ETIMEDOUT) {
+        }
+        pthread_mutex_unlock(&never.mu);
+        watchdogFired(0);
+    }
+    return nullptr;
+}
+
+void BM_PthreadTimer50ms(benchmark::State &state) {
+    OneShot t;
+    pthread_t th = startPartner(timerThread, &t);
+    std::vector<double> ms;
+    for (auto _ : state) {
+        gArmed = Clock::now();
+        t.armed.give();
+        gFired.take();
+        ms.push_back(gFiredMs);
+    }
+    t.stop = 1;
+    t.armed.give();
+    pthread_join(th, nullptr);
+    keepDelays(state, "pthread", ms);
+}
+
 BENCHMARK(BM_RuntimeSemPingPong)->UseRealTime()->MinTime(0.5);
 BENCHMARK(BM_PthreadPingPong)->UseRealTime()->MinTime(0.5);
 BENCHMARK(BM_RuntimeSemGiveTake)->UseRealTime()->MinTime(0.5);
 BENCHMARK(BM_PthreadGiveTake)->UseRealTime()->MinTime(0.5);
 BENCHMARK(BM_RuntimeMsgQStream)->UseRealTime()->MinTime(0.5);
 BENCHMARK(BM_PthreadStream)->UseRealTime()->MinTime(0.5);
+BENCHMARK(BM_RuntimeWatchdog50ms)->UseRealTime()->Iterations(20);
+BENCHMARK(BM_PthreadTimer50ms)->UseRealTime()->Iterations(20);
 
 // Console output plus the time per iteration of every run, for the ratios.
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -227,7 +313,7 @@ public:
     void ReportRuns(const std::vector<Run> &runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run &r : runs)
-            if (r.iterations > 0) nsPerIteration[r.benchmark_name()] = r.GetAdjustedRealTime();
+            if (r.iterations > 0) nsPerIteration[r.run_name.function_name] = r.GetAdjustedRealTime();
     }
     std::map<std::string, double> nsPerIteration;
 };
@@ -235,6 +321,16 @@ public:
 }  // namespace
 
 int main(int argc, char **argv) {
+    // --markdown=FILE: also write the comparison as a Markdown section.
+    const char *markdown = nullptr;
+    for (int i = 1; i < argc; ++i) {
+        if (strncmp(argv[i], "--markdown=", 11) == 0) {
+            markdown = argv[i] + 11;
+            for (int j = i; j < argc; ++j) argv[j] = argv[j + 1];
+            --argc;
+            break;
+        }
+    }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     v2lin_init();
@@ -244,19 +340,42 @@ int main(int argc, char **argv) {
         const char *what;
         const char *runtime;
         const char *plain;
+        double goal;  // highest runtime/pthread time ratio wanted (0: none)
     } pairs[] = {
-        {"semGive/semTake ping-pong", "BM_RuntimeSemPingPong/min_time:0.500/real_time",
-         "BM_PthreadPingPong/min_time:0.500/real_time"},
-        {"semGive+semTake in one thread", "BM_RuntimeSemGiveTake/min_time:0.500/real_time",
-         "BM_PthreadGiveTake/min_time:0.500/real_time"},
-        {"msgQSend/msgQReceive stream", "BM_RuntimeMsgQStream/min_time:0.500/real_time",
-         "BM_PthreadStream/min_time:0.500/real_time"},
+        {"semGive/semTake ping-pong", "BM_RuntimeSemPingPong", "BM_PthreadPingPong", 1.5},
+        {"semGive+semTake in one thread", "BM_RuntimeSemGiveTake", "BM_PthreadGiveTake", 0},
+        // Throughput at least 0.7 of the pthread ring: time per message at most 1/0.7.
+        {"msgQSend/msgQReceive stream", "BM_RuntimeMsgQStream", "BM_PthreadStream", 1 / 0.7},
     };
+    FILE *md = markdown != nullptr ? fopen(markdown, "w") : nullptr;
+    if (md != nullptr) {
+        fprintf(md, "## Runtime primitives beside pthread equivalents (both partners at SCHED_FIFO 80)\n\n"
+                    "| pattern | runtime ns | pthread ns | runtime / pthread time | goal |\n|---|---:|---:|---:|---|\n");
+    }
     for (const auto &p : pairs) {
         auto a = reporter.nsPerIteration.find(p.runtime), b = reporter.nsPerIteration.find(p.plain);
         if (a == reporter.nsPerIteration.end() || b == reporter.nsPerIteration.end() || b->second <= 0) continue;
-        std::printf("ratio runtime/pthread, %s: %.2f (%.0f ns vs %.0f ns per iteration)\n", p.what,
-                    a->second / b->second, a->second, b->second);
+        const double ratio = a->second / b->second;
+        std::printf("ratio runtime/pthread, %s: %.2f (%.0f ns vs %.0f ns per iteration)\n", p.what, ratio, a->second,
+                    b->second);
+        if (md != nullptr) {
+            char goal[64] = "-";
+            if (p.goal > 0) snprintf(goal, sizeof goal, "<= %.2f: %s", p.goal, ratio <= p.goal ? "met" : "**missed**");
+            fprintf(md, "| %s | %.0f | %.0f | %.2f | %s |\n", p.what, a->second, b->second, ratio, goal);
+        }
+    }
+    if (md != nullptr) {
+        fprintf(md, "\nActual delay of a 50 ms one-shot timer (the watchdog fires on the first pass of the timer task "
+                    "after its delay; the pthread timer waits on a condition variable until its deadline):\n\n"
+                    "| timer | fired | min ms | p50 ms | max ms | spread ms |\n|---|---:|---:|---:|---:|---:|\n");
+        for (const char *name : {"watchdog", "pthread"}) {
+            const std::vector<double> &ms = gTimerDelays[name];
+            if (ms.empty()) continue;
+            fprintf(md, "| %s | %zu | %.2f | %.2f | %.2f | %.2f |\n", name, ms.size(), ms.front(), ms[ms.size() / 2],
+                    ms.back(), ms.back() - ms.front());
+        }
+        fprintf(md, "\n");
+        fclose(md);
     }
     return 0;
 }

@@ -3,6 +3,7 @@
 
 #include <sys/ipc.h>
 #include <sys/msg.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -351,6 +352,7 @@ int VoiceModuleEmulator::replyQueue(long module) {
 }
 
 void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
+    const auto readAt = std::chrono::steady_clock::now();
     Request request;
     request.module = msg.mtype;
     std::memcpy(request.text.data(), msg.text, std::min(length, request.text.size()));
@@ -412,11 +414,16 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         callback(request);
     }
     if (!send) {
+        noteServiceTime(readAt);
         return;
     }
+    // Time spent on purpose (a busy or late voice module) is not service time.
+    const auto waitFrom = std::chrono::steady_clock::now();
+    waitReplyDelay(readAt);
     if (fault.kind == Fault::Late && fault.delayMs > 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
     }
+    const auto waited = std::chrono::steady_clock::now() - waitFrom;
     if (fault.kind != Fault::Garbage) {
         std::memcpy(out.text + TR104_TEXT_CMD_OFFSET, &replyCmd, sizeof(replyCmd));
         std::memcpy(out.text + TR104_TEXT_CFG_OFFSET, request.payload.data(), TR104_CFG_BUFFER_LEN);
@@ -427,6 +434,44 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         std::lock_guard lock(mutex_);
         ++dropped_;
     }
+    noteServiceTime(readAt + waited);
+}
+
+void VoiceModuleEmulator::setReplyDelay(std::chrono::microseconds delay) { replyDelayUs_ = delay.count(); }
+
+// Sleeps until the reply is due.  The serving thread's timer slack (50 us by default, as long
+// as the shortest delays) is lowered first; it does not spin, which would hold the processor
+// that a caller on the same core needs.
+void VoiceModuleEmulator::waitReplyDelay(std::chrono::steady_clock::time_point readAt) const {
+    const int64_t us = replyDelayUs_.load(std::memory_order_relaxed);
+    if (us <= 0) {
+        return;
+    }
+    prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
+    std::this_thread::sleep_until(readAt + std::chrono::microseconds(us));
+}
+
+void VoiceModuleEmulator::noteServiceTime(std::chrono::steady_clock::time_point readAt) {
+    const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - readAt);
+    const uint32_t sample = static_cast<uint32_t>(std::min<int64_t>(ns.count(), UINT32_MAX));
+    std::lock_guard lock(mutex_);
+    if (service_.size() < kServiceSamples) {
+        service_.push_back(sample);
+    } else {
+        service_[serviceNext_] = sample;
+        serviceNext_ = (serviceNext_ + 1) % kServiceSamples;
+    }
+}
+
+std::vector<uint32_t> VoiceModuleEmulator::serviceTimes() const {
+    std::lock_guard lock(mutex_);
+    return service_;
+}
+
+void VoiceModuleEmulator::clearServiceTimes() {
+    std::lock_guard lock(mutex_);
+    service_.clear();
+    serviceNext_ = 0;
 }
 
 bool VoiceModuleEmulator::sendInbound(long module, uint32_t cmdType, uint32_t cmd, const void *payload, size_t len) {

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -164,6 +165,15 @@ public:
     // Replies that could not be queued because the reply queue was full.
     size_t droppedReplies() const;
 
+    // Answers every reply this long after its request was read (0: at once), as a busy voice
+    // module does.  Faults that delay (late) come on top.
+    void setReplyDelay(std::chrono::microseconds delay);
+    // Service times in nanoseconds, from reading a request to having queued its reply (or
+    // having decided not to answer), without the reply delay: the most recent kServiceSamples.
+    static constexpr size_t kServiceSamples = 1u << 16;
+    std::vector<uint32_t> serviceTimes() const;
+    void clearServiceTimes();
+
     // Reply and inbound queue keys of a module number (0 when it has none).
     static int replyKey(long module);
     static int inboundKey(long module);
@@ -178,6 +188,8 @@ private:
     void storeSet(const RecordFamily &family, const Request &request);
     int replyQueue(long module);
     std::optional<FaultSpec> takeFault(uint32_t cmd);
+    void waitReplyDelay(std::chrono::steady_clock::time_point readAt) const;
+    void noteServiceTime(std::chrono::steady_clock::time_point readAt);
 
     mutable std::mutex mutex_;
     mutable std::condition_variable seen_;
@@ -195,6 +207,9 @@ private:
     std::function<void(const Request &)> onRequest_;
     size_t dropped_ = 0;
     uint32_t garbageSeed_ = 0x1234567u;
+    std::atomic<int64_t> replyDelayUs_{0};
+    std::vector<uint32_t> service_;  // ring of kServiceSamples once full
+    size_t serviceNext_ = 0;
 };
 
 template <typename T>

@@ -27,20 +27,34 @@ __attribute__((weak)) int setSecondaryOutBoundProxyServer(Tr104Msg *, void *);
 extern "C" {
 TR104_API int32_t gTr104CfgParamTimeout = 5000;
 
-TR104_API Tr104CfgParamInfo gTr104CfgParamInfo[TR104_CFG_PARAM_SLOTS] = {
-    {0, {}, 0, nullptr, setIpConfig, 3},
-    {0, {}, 0, nullptr, setRegServer, 2},
-    {0, {}, 0, nullptr, setSecondaryRegServer, 2},
-    {0, {}, 0, nullptr, setProxyServer, 2},
-    {0, {}, 0, nullptr, setSecondaryProxyServer, 2},
-    {0, {}, 0, nullptr, setLineAuthCfg, 2},
-    {0, {}, 0, nullptr, setSipVlanParam, 6},
-    {0, {}, 0, nullptr, setRtpVlanParam, 6},
-    {0, {}, 0, nullptr, setOutBoundProxyServer, 2},
-    {0, {}, 0, nullptr, setSecondaryOutBoundProxyServer, 2},
-    // Slots 10 to 19 hold no group.
-};
+// Zero-filled, so that its 40 KB of buffers take no room in the library file; the groups are
+// written into their slots as the library is loaded, before any caller can look.
+TR104_API Tr104CfgParamInfo gTr104CfgParamInfo[TR104_CFG_PARAM_SLOTS];
 }
+
+namespace {
+
+struct SlotGroup {
+    Tr104CfgApplyFunc apply;
+    int32_t paramCount;
+};
+
+// Slots 10 to 19 hold no group.
+const SlotGroup kSlotGroups[] = {
+    {setIpConfig, 3},     {setRegServer, 2},           {setSecondaryRegServer, 2},
+    {setProxyServer, 2},  {setSecondaryProxyServer, 2}, {setLineAuthCfg, 2},
+    {setSipVlanParam, 6}, {setRtpVlanParam, 6},        {setOutBoundProxyServer, 2},
+    {setSecondaryOutBoundProxyServer, 2},
+};
+
+__attribute__((constructor)) void describeSlotGroups() {
+    for (size_t slot = 0; slot < sizeof(kSlotGroups) / sizeof(kSlotGroups[0]); ++slot) {
+        gTr104CfgParamInfo[slot].timeroutFuncHandle = kSlotGroups[slot].apply;
+        gTr104CfgParamInfo[slot].paramCount = kSlotGroups[slot].paramCount;
+    }
+}
+
+}  // namespace
 
 namespace {
 
