@@ -39,9 +39,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::memcpy(&msg.cmd, text + TR104_TEXT_CMD_OFFSET, sizeof(msg.cmd));
     std::memcpy(msg.cfgBuffer, text + TR104_TEXT_CFG_OFFSET, TR104_CFG_BUFFER_LEN);
     std::memcpy(msg.rspBuffer, text + TR104_TEXT_RSP_OFFSET, TR104_RSP_BUFFER_LEN);
+    // The notifiers run under SIP only.  A message may switch the protocol and the debug print:
+    // both go back to the start for the next one.
+    gTr104CurrProtocolType = TR104_PROTOCOL_SIP;
     processVoiceModuleMsg(&msg);
-    // The messages switch the protocol and the debug print: back to the start for the next one.
-    gTr104CurrProtocolType = TR104_PROTOCOL_NONE;
     gTr104CfgDebug = 0;
     return 0;
 }

@@ -4,7 +4,7 @@
 # the cross-built tests (32-bit big-endian MIPS).
 set -euo pipefail
 needed=(cmake g++ make binutils googletest libgtest-dev libgmock-dev libbenchmark-dev util-linux
-        g++-mips-linux-gnu qemu-user python3 nlohmann-json3-dev libcli11-dev "$@")
+        g++-mips-linux-gnu qemu-user python3 nlohmann-json3-dev libcli11-dev clang libclang-rt-14-dev "$@")
 missing=()
 for p in "${needed[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
