@@ -511,6 +511,11 @@ TEST_F(H248, CountersReadTheirFieldAndTheGatewayAsksForLine1) {
     int total = 0;
     ASSERT_EQ(Tr104LineTotalCallTimesH248(0, &total, line(2)), 0);
     EXPECT_EQ(total, 10);
+    // The sum of two counters near the top wraps at 32 bits (no signed overflow).
+    setCounter(emulator, 2, 12, 0x7FFFFFFF);
+    setCounter(emulator, 2, 28, 2);
+    ASSERT_EQ(Tr104LineTotalCallTimesH248(0, &total, line(2)), 0);
+    EXPECT_EQ(static_cast<uint32_t>(total), 0x80000001u);
     int flag = 1;
     ASSERT_EQ(Tr104LineResetStatisticsFlagH248(1, &flag, line(2)), 0);
     ASSERT_EQ(Tr104LineTotalCallTimesH248(0, &total, line(2)), 0);

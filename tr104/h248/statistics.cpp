@@ -148,7 +148,9 @@ TR104_API int Tr104LineTotalCallTimesH248(int nFlag, void *pValue, int *nLocate)
         sip::say(kName, "\n get total outgoing calls connected failed.\n");
         return TR104_ERR_EXCHANGE;
     }
-    sip::putInt(pValue, incoming + outgoing);
-    TR104_DEBUG_AS(kName, "get line[%d] total call times [%d].\n", nLocate[2], incoming + outgoing);
+    // The counters are the voice module's: their sum wraps at 32 bits, as the SIP variant's does.
+    const int total = static_cast<int>(static_cast<uint32_t>(incoming) + static_cast<uint32_t>(outgoing));
+    sip::putInt(pValue, total);
+    TR104_DEBUG_AS(kName, "get line[%d] total call times [%d].\n", nLocate[2], total);
     return TR104_OK;
 }
