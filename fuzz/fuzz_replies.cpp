@@ -7,11 +7,14 @@
 // Input: protocol, handler index (16 bits), flag, nLocate[0..3], the value, then one rewrite per
 // reply.  Every call must leave the channel lock free; the value buffer is exactly as large as
 // the handler's value, so AddressSanitizer reports any byte written or read past it.
+#include <pthread.h>
+#include <sched.h>
 #include <sys/msg.h>
 #include <sys/sem.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -110,15 +113,28 @@ extern "C" __attribute__((visibility("default"))) int msgsnd(int id, const void 
     return rc == 0 ? 0 : -1;
 }
 
-// The line-test end handlers wait for the test to finish (tens of seconds): here time does not
-// pass, their sleep returns at once.
-extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned int) { return 0; }
+// The line-test end handlers wait for the test to finish (tens of seconds): while a handler runs
+// in the fuzzing thread time does not pass, and its sleep returns at once.  Every other thread
+// (libFuzzer's own) sleeps for real.
+thread_local bool tInHandler = false;
+extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned int seconds) {
+    if (tInHandler) {
+        return 0;
+    }
+    timespec wanted{static_cast<time_t>(seconds), 0};
+    timespec left{};
+    return nanosleep(&wanted, &left) == 0 ? 0 : static_cast<unsigned int>(left.tv_sec);
+}
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     tr104fuzz::setUp();
     if (tr104VoiceMsgQueuesInit(1) != 0 || v2lin_init() != 0 || constructTr104CfgParamInfo() != 0) {
         std::abort();
     }
+    // The runtime's start-up leaves this thread under real-time scheduling; a fuzzer that never
+    // blocks must not run so on a shared machine.
+    const sched_param normal{};
+    pthread_setschedparam(pthread_self(), SCHED_OTHER, &normal);
     // A deferred group is applied when complete; its watchdog never fires during a run.
     gTr104CfgParamTimeout = 24 * 3600 * 1000;
     gEmulator = new vmemu::VoiceModuleEmulator();
@@ -158,11 +174,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
             std::memset(value.data() + 1, 0, value.size() - 1);
         }
     }
+    tInHandler = true;
     if (e.arity == 2) {
         reinterpret_cast<int (*)(int, void *)>(e.fn)(flag, value.data());
     } else {
         reinterpret_cast<int (*)(int, void *, int *)>(e.fn)(flag, value.data(), locate);
     }
+    tInHandler = false;
     if (semctl(gTr104RcvMsgQueueSemId, 0, GETVAL) != 1) {
         std::abort();  // the channel lock was left taken
     }

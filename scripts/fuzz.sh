@@ -2,8 +2,9 @@
 # Builds the libFuzzer targets (the fuzz preset: clang, AddressSanitizer, UndefinedBehaviorSanitizer)
 # and fuzzes each over its seed corpus and its regression inputs.
 #   scripts/fuzz.sh --smoke             every target for a short bounded time (CI)
-#   scripts/fuzz.sh --campaign SECONDS  every target for SECONDS, one worker, at niceness 10;
-#                                       prints executions and coverage per target
+#   scripts/fuzz.sh --campaign SECONDS [TARGET...]
+#                                       every target (or those named) for SECONDS, one worker,
+#                                       at niceness 10; prints executions and coverage per target
 # The grown corpus goes to build/fuzz/corpus/<target> (the seeds in fuzz/corpus stay as they
 # are); a crash leaves its input in build/fuzz/artifacts/ and fails the run.  Keep a crash's input
 # in fuzz/regressions/<target>/ once the library is fixed.
@@ -12,10 +13,13 @@ cd "$(dirname "$0")/.."
 mode=${1:---smoke}
 case $mode in
   --smoke) seconds=${TR104_FUZZ_SMOKE_SECONDS:-25}; nice=0 ;;
-  --campaign) seconds=${2:?--campaign SECONDS}; nice=10 ;;
+  --campaign) seconds=${2:?--campaign SECONDS}; nice=10; shift 2 ;;
   *) echo "usage: $0 [--smoke | --campaign SECONDS]" >&2; exit 2 ;;
 esac
 targets=(fuzz_inbound fuzz_replies fuzz_common fuzz_paths)
+if [ "$mode" = --campaign ] && (($#)); then
+  targets=("$@")
+fi
 jobs=${TR104_JOBS:-$(nproc 2>/dev/null || echo 2)}
 
 cmake --preset fuzz >/dev/null
