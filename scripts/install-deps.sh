@@ -9,6 +9,7 @@ needed=(cmake g++ make binutils googletest libgtest-dev libgmock-dev libbenchmar
 # The installed-tree test (pkg-config) and the house rules (clang-format, clang-tidy).
 needed+=(pkgconf clang-format clang-tidy)
 needed+=(valgrind)  # the memcheck label
+needed+=(clang libclang-rt-14-dev)  # the fuzz targets (libFuzzer)
 missing=()
 for p in "${needed[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

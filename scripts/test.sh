@@ -43,6 +43,9 @@ fi
 run_preset asan
 run_preset tsan
 run_preset mips
+# Fuzz smoke: every fuzz target for a short bounded time over its seeds and regression inputs.
+t0=$SECONDS
+if bash scripts/fuzz.sh --smoke; then results+=("fuzz passed in $((SECONDS - t0)) s"); else results+=("fuzz FAILED in $((SECONDS - t0)) s"); failed=1; fi
 printf '=== %s\n' "${results[@]}"
 if [ -f build/mips/libtr104.stripped.so ]; then
   echo "=== stripped MIPS libtr104.so: $(wc -c < build/mips/libtr104.stripped.so) bytes ==="

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <set>
 #include <string>
@@ -103,6 +104,23 @@ TEST(Map, BadPathsAreToldApart) {
     ASSERT_EQ(tr104MapLookup((line + "2.Enable").c_str(), &entry, locate, nullptr, 0), TR104_MAP_SERVED);
     EXPECT_STREQ(entry->handler, "Tr104LineEnable");
     EXPECT_EQ(locate[2], 2);
+}
+
+// A text value's buffer holds the longest text the handler writes, terminator included: a call
+// state fills the line record's 172-byte field.
+TEST(Map, TextBuffersHoldTheLongestTextTheHandlerWrites) {
+    const struct {
+        const char *pattern;
+        unsigned longest;
+    } rows[] = {
+        {"InternetGatewayDevice.Services.VoiceService.{i}.VoiceProfile.{i}.Line.{i}.CallState", 172},
+    };
+    for (const auto &r : rows) {
+        const Tr104MapEntry *e = tr104MapFind(r.pattern);
+        ASSERT_NE(e, nullptr) << r.pattern;
+        ASSERT_EQ(std::strncmp(e->value, "text:", 5), 0) << r.pattern;
+        EXPECT_GE(std::strtoul(e->value + 5, nullptr, 10), r.longest) << r.pattern;
+    }
 }
 
 }  // namespace

@@ -58,6 +58,8 @@ TR104_CHANGE_NOTIFY_WRAPPERS(STUB_NOTIFY)
 #define STUB_H248_GATEWAY(name) \
     extern "C" int name##H248(int f, void *v) { return record(#name "H248", f, v, nullptr, kH248Answer); }
 TR104_H248_GATEWAY_WRAPPERS(STUB_H248_GATEWAY)
+TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(STUB_SIP)
+TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(STUB_H248_GATEWAY)
 extern "C" int Tr104PhyNameRuleH248(int f, char *p, uint32_t *, uint32_t *, uint32_t *) {
     return record("Tr104PhyNameRuleH248", f, p, nullptr, kH248Answer);
 }
@@ -75,7 +77,7 @@ namespace {
 using tr104test::capturedStdout;
 using Handler = int (*)(int, void *, int *);
 
-enum class Kind { Both, SipOnly, SipTolerated, H248Only, SipStub };
+enum class Kind { Both, BothGatewayH248, SipOnly, SipTolerated, H248Only, SipStub };
 
 struct Wrapper {
     const char *name;
@@ -85,13 +87,15 @@ struct Wrapper {
 
 #define ROW(name, kind) Wrapper{#name, name, kind},
 #define ROW_BOTH(name) ROW(name, Kind::Both)
+#define ROW_GATEWAY_H248(name) ROW(name, Kind::BothGatewayH248)
 #define ROW_SIP_ONLY(name) ROW(name, Kind::SipOnly)
 #define ROW_SIP_TOLERATED(name) ROW(name, Kind::SipTolerated)
 #define ROW_H248_ONLY(name) ROW(name, Kind::H248Only)
 #define ROW_SIP_STUB(name) ROW(name, Kind::SipStub)
 
 const std::vector<Wrapper> kWrappers = {
-    TR104_BOTH_PROTOCOL_WRAPPERS(ROW_BOTH) TR104_SIP_ONLY_WRAPPERS(ROW_SIP_ONLY)
+    TR104_BOTH_PROTOCOL_WRAPPERS(ROW_BOTH) TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(ROW_GATEWAY_H248)
+        TR104_SIP_ONLY_WRAPPERS(ROW_SIP_ONLY)
         TR104_SIP_TOLERATED_WRAPPERS(ROW_SIP_TOLERATED) TR104_H248_ONLY_WRAPPERS(ROW_H248_ONLY)
             TR104_SIP_STUB_WRAPPERS(ROW_SIP_STUB)};
 
@@ -115,6 +119,7 @@ Expected expectedFor(Kind kind, int protocol) {
     const bool h248 = protocol == TR104_PROTOCOL_H248;
     switch (kind) {
         case Kind::Both:
+        case Kind::BothGatewayH248:
             return sip ? Expected{"Sip", kSipAnswer} : h248 ? Expected{"H248", kH248Answer} : Expected{"", -1};
         case Kind::SipOnly:
             return sip ? Expected{"Sip", kSipAnswer} : Expected{"", -1};
@@ -158,7 +163,9 @@ TEST_P(DispatchTest, EveryWrapperFollowsItsFamily) {
             EXPECT_EQ(calls[0].variant, std::string(w.name) + want.suffix);
             EXPECT_EQ(calls[0].nFlag, nFlag) << w.name;
             EXPECT_EQ(calls[0].pValue, &value) << w.name;
-            EXPECT_EQ(calls[0].nLocate, locate) << w.name;
+            // A gateway-wide H.248 variant takes two arguments: it is never handed nLocate.
+            const bool twoArguments = w.kind == Kind::BothGatewayH248 && want.result == kH248Answer;
+            EXPECT_EQ(calls[0].nLocate, twoArguments ? nullptr : locate) << w.name;
         }
     }
 }

@@ -112,6 +112,30 @@ void VoiceModuleEmulator::stop() {
     thread_.join();
 }
 
+void VoiceModuleEmulator::setReplyOverride(ReplyOverride hook) {
+    std::lock_guard lock(mutex_);
+    replyOverride_ = std::move(hook);
+}
+
+size_t VoiceModuleEmulator::servePending() {
+    if (sendQueue_ == -1) {
+        sendQueue_ = msgget(TR104_SND_QUEUE_KEY, IPC_CREAT | 0666);
+    }
+    Tr104WireMsg msg;
+    size_t served = 0;
+    for (;;) {
+        const ssize_t n = msgrcv(sendQueue_, &msg, TR104_MSG_TEXT_LEN, 0, IPC_NOWAIT | MSG_NOERROR);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return served;
+        }
+        handle(msg, static_cast<size_t>(n));
+        ++served;
+    }
+}
+
 void VoiceModuleEmulator::serve() {
     Tr104WireMsg msg;
     for (;;) {
@@ -368,6 +392,7 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
     FaultSpec fault;
     int queue;
     std::function<void(const Request &)> callback;
+    ReplyOverride override;
     {
         std::lock_guard lock(mutex_);
         fault = takeFault(request.cmd).value_or(FaultSpec{});
@@ -408,6 +433,7 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
             log_.pop_front();
         }
         callback = onRequest_;
+        override = replyOverride_;
     }
     seen_.notify_all();
     if (callback) {
@@ -428,6 +454,9 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         std::memcpy(out.text + TR104_TEXT_CMD_OFFSET, &replyCmd, sizeof(replyCmd));
         std::memcpy(out.text + TR104_TEXT_CFG_OFFSET, request.payload.data(), TR104_CFG_BUFFER_LEN);
         std::memcpy(out.text + TR104_TEXT_RSP_OFFSET, reply.data(), TR104_RSP_BUFFER_LEN);
+    }
+    if (override && !override(request, out)) {
+        return;
     }
     // Never block on a client that does not read: a full reply queue drops the reply.
     if (queue == -1 || msgsnd(queue, &out, TR104_MSG_TEXT_LEN, IPC_NOWAIT) == -1) {

@@ -174,6 +174,17 @@ public:
     std::vector<uint32_t> serviceTimes() const;
     void clearServiceTimes();
 
+    // Rewrites every reply before it is queued: `out` holds the answer the emulator would give
+    // (records already stored); the hook may change its type and any byte of its text, and
+    // returns false to send nothing.  Runs outside the emulator's lock.  An empty hook removes it.
+    using ReplyOverride = std::function<bool(const Request &, Tr104WireMsg &out)>;
+    void setReplyOverride(ReplyOverride hook);
+
+    // Serves, in the caller's thread, every request waiting on the send queue now; returns how
+    // many.  For a voice module driven step by step (no serving thread, no waiting): call it
+    // right after a request is queued.  Opens the send queue on first use.
+    size_t servePending();
+
     // Reply and inbound queue keys of a module number (0 when it has none).
     static int replyKey(long module);
     static int inboundKey(long module);
@@ -205,6 +216,7 @@ private:
     size_t logLimit_ = kLogLimit;
     size_t seenCount_ = 0;
     std::function<void(const Request &)> onRequest_;
+    ReplyOverride replyOverride_;
     size_t dropped_ = 0;
     uint32_t garbageSeed_ = 0x1234567u;
     std::atomic<int64_t> replyDelayUs_{0};

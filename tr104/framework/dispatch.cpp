@@ -5,7 +5,8 @@
 // dispatch_table.h; one generic body per family does the work.
 //
 // Variants are referenced weakly: a variant that is not part of this build leaves a null
-// address, and the wrapper then answers -1 for that protocol.  Once a variant is defined in the
+// address, and the wrapper then answers -1 for that protocol.  The variants' public headers are
+// included, so a weak reference whose type differs from the variant's does not compile.  Once a variant is defined in the
 // library (or by the process that loads it) the same wrapper reaches it without change.
 #include <cstdint>
 
@@ -13,8 +14,10 @@
 #include "tr104/framework.h"
 #include "tr104/framework/debug.h"
 #include "tr104/framework/dispatch_table.h"
+#include "tr104/h248.h"
 #include "tr104/handlers.h"
 #include "tr104/protocol.h"
+#include "tr104/sip.h"
 
 namespace {
 
@@ -78,6 +81,18 @@ inline int dispatch(const Family &family, Fn sip, Fn h248, Args... args) {
     return -1;
 }
 
+// Both protocols, the H.248 variant gateway-wide: it is handed no nLocate.
+inline int dispatchGatewayH248(Handler sip, ProfileHandler h248, int nFlag, void *pValue, int *nLocate) {
+    switch (routeFor(kBothProtocols, gTr104CurrProtocolType)) {
+        case Route::Sip:
+            return sip != nullptr ? sip(nFlag, pValue, nLocate) : -1;
+        case Route::H248:
+            return h248 != nullptr ? h248(nFlag, pValue) : -1;
+        default:
+            return -1;
+    }
+}
+
 // Under any protocol but SIP the inbound message is dropped.
 inline int notify(Notifier sip, const Tr104Msg *msg) {
     if (gTr104CurrProtocolType == TR104_PROTOCOL_SIP && sip != nullptr) {
@@ -99,6 +114,9 @@ TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WEAK_BOTH)
     extern "C" __attribute__((weak)) int name##Sip(int, void *);        \
     extern "C" __attribute__((weak)) int name##H248(int, void *);
 TR104_BOTH_PROTOCOL_PROFILE_WRAPPERS(TR104_WEAK_BOTH_PROFILE)
+#define TR104_WEAK_GATEWAY_H248(name) \
+    TR104_WEAK_SIP(name) extern "C" __attribute__((weak)) int name##H248(int, void *);
+TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(TR104_WEAK_GATEWAY_H248)
 TR104_SIP_ONLY_WRAPPERS(TR104_WEAK_SIP)
 TR104_SIP_TOLERATED_WRAPPERS(TR104_WEAK_SIP)
 TR104_H248_ONLY_WRAPPERS(TR104_WEAK_H248)
@@ -131,6 +149,11 @@ TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WRAP_BOTH)
         return dispatch<ProfileHandler>(kBothProtocols, name##Sip, name##H248, nFlag, pValue);   \
     }
 TR104_BOTH_PROTOCOL_PROFILE_WRAPPERS(TR104_WRAP_BOTH_PROFILE)
+#define TR104_WRAP_GATEWAY_H248(name)                                                 \
+    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {                 \
+        return dispatchGatewayH248(name##Sip, name##H248, nFlag, pValue, nLocate);        \
+    }
+TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(TR104_WRAP_GATEWAY_H248)
 TR104_SIP_ONLY_WRAPPERS(TR104_WRAP_SIP_ONLY)
 TR104_SIP_TOLERATED_WRAPPERS(TR104_WRAP_SIP_TOLERATED)
 TR104_H248_ONLY_WRAPPERS(TR104_WRAP_H248_ONLY)

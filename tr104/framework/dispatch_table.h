@@ -16,12 +16,6 @@
 
 // Both protocols: the SIP or the H.248 variant
 #define TR104_BOTH_PROTOCOL_WRAPPERS(X) \
-    X(Tr104FaxCtrlMode) \
-    X(Tr104VbdEnable) \
-    X(Tr104VbdTxInterval) \
-    X(Tr104VbdRxInterval) \
-    X(Tr104VbdCodec) \
-    X(Tr104FaxT38EventDetectMode) \
     X(Tr104FaxT38Enable) \
     X(Tr104FaxT38BitRate) \
     X(Tr104FaxT38HighSpeedRedundancy) \
@@ -65,6 +59,16 @@
     X(Tr104PhysicalInterfaceReversePole)
 
 // Both protocols, profile- or gateway-wide: (nFlag, pValue), no third argument
+// Both protocols: the SIP variant per line (nLocate), the H.248 variant gateway-wide, taking
+// (nFlag, pValue) only
+#define TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(X) \
+    X(Tr104FaxCtrlMode) \
+    X(Tr104VbdEnable) \
+    X(Tr104VbdTxInterval) \
+    X(Tr104VbdRxInterval) \
+    X(Tr104VbdCodec) \
+    X(Tr104FaxT38EventDetectMode)
+
 #define TR104_BOTH_PROTOCOL_PROFILE_WRAPPERS(X) \
     X(Tr104RcvdReqs) \
     X(Tr104SendReqs) \
