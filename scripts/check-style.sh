@@ -4,14 +4,14 @@
 # Most of the tree was written before these rules, with hand-aligned tables and comments that no
 # formatter configuration reproduces, so formatting is checked on the lines changed since BASE
 # below (git clang-format), and clang-tidy runs on the C and C++ sources changed since BASE.  The
-# chosen clang-tidy checks find nothing on the whole tree: --all checks every source.  After a
-# merge, move BASE to the merge commit.
+# chosen clang-tidy checks find nothing on the whole tree: --all checks every source.  BASE is the
+# commit that brought the rules in, with the work merged beside them.
 #
 # usage: check-style.sh [BUILD_DIR] [--all]    (BUILD_DIR: a build with compile_commands.json,
 #                                               build/host by default)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-BASE=1c09b32630a0fae8d207b97378e5b9f432dd1ce3
+BASE=529cb7c710668a9933a391decf11703438669b4f
 build=build/host all=0
 for arg in "$@"; do
   case $arg in
