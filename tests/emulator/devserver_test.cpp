@@ -8,6 +8,9 @@
 #include <fstream>
 
 #include "emulator/control.h"
+#include "emulator/device_emulator.h"
+#include "emulator/h248_emulator.h"
+#include "emulator/netcfg_emulator.h"
 #include "emulator/protocol_family.h"
 #include "emulator/state_file.h"
 #include "support/channel_fixture.h"
@@ -31,6 +34,10 @@ TEST(StateFile, EveryRecordComesBackAsSaved) {
     }
     before.restoreRecord({"held-only", std::string("\x02\0\0\0", 4), {'a', 0, 'b'}});
     vmemu::setProtocolName(before, "H.248");
+    // The areas' own configuration: the voice address, the LED, the call agent's state.
+    vmemu::setVoiceAddress(before, 0x0A000002, 0xFFFFFF00, 0x0A000001);
+    vmemu::setLed(before, 2);
+    vmemu::h248::setMgcState(before, 1, 2, "10.9.8.7");
     std::string error;
     ASSERT_TRUE(vmemu::saveState(before, path, &error)) << error;
 
@@ -38,6 +45,12 @@ TEST(StateFile, EveryRecordComesBackAsSaved) {
     ASSERT_TRUE(vmemu::loadState(after, path, &error)) << error;
     EXPECT_EQ(after.storedRecords(), before.storedRecords());
     EXPECT_EQ(vmemu::protocolName(after), "H.248");
+    EXPECT_EQ(vmemu::netState(after).ip.unVoiceAddr, 0x0A000002u);
+    EXPECT_EQ(vmemu::netState(after).ip.unVoiceGateway, 0x0A000001u);
+    EXPECT_EQ(vmemu::deviceState(after).led, 2);
+    for (uint32_t cmd : {GET_MGC_CFG_ID, GET_REGMG_PARAM}) {
+        EXPECT_EQ(vmemu::h248::block(after, cmd), vmemu::h248::block(before, cmd)) << cmd;
+    }
     std::remove(path.c_str());
 }
 
@@ -53,6 +66,9 @@ TEST(StateFile, RefusesWhatItCannotRead) {
         {"{\"families\": {\"x\": [{\"key\": \"0\", \"length\": 4, \"data\": \"\"}]}}", false},  // odd hex
         {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": 1, \"data\": \"0102\"}]}}", false},  // longer than length
         {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": \"4\", \"data\": \"\"}]}}", false},  // length as text
+        {"{\"families\": {}, \"areas\": {\"net\": {\"ip\": \"00\"}}}", false},  // a record of 1 byte
+        {"{\"families\": {}, \"areas\": {\"device\": {\"led\": \"on\"}}}", false},  // a word as text
+        {"{\"families\": {}, \"areas\": {}}", true},
         {"{\"families\": {}}", true},
     };
     for (const Row &row : rows) {

@@ -10,6 +10,7 @@
 
 #include "emulator/area_state.h"
 #include "emulator/device_emulator.h"
+#include "emulator/state_file.h"
 #include "emulator/protocol_family.h"
 #include "tr104/device.h"
 #include "tr104/sip.h"
@@ -145,6 +146,31 @@ ConsoleRegistrar console(
     "device show|led N|profiles COUNT LINES|private ENABLE IGNORE|protocol NAME   device state, LED, counts, "
     "switches, protocol name; codecs of each line's profile",
     &deviceCommand);
+
+// The device's switches and counts in the emulator's state file.
+nlohmann::json saveDevice(VoiceModuleEmulator &emulator) {
+    const DeviceState s = deviceState(emulator);
+    return {{"led", s.led},
+            {"privateProtocol", s.privateProtocol},
+            {"ignoreClearConfig", s.ignoreClearConfig},
+            {"profileCount", s.profileCount},
+            {"maxLinesPerProfile", s.maxLinesPerProfile},
+            {"configuredProtocol", s.configuredProtocol}};
+}
+
+bool loadDevice(VoiceModuleEmulator &emulator, const nlohmann::json &saved, std::string *) {
+    DeviceState s = deviceState(emulator);
+    s.led = saved.at("led").get<int>();
+    s.privateProtocol = saved.at("privateProtocol").get<int>();
+    s.ignoreClearConfig = saved.at("ignoreClearConfig").get<int>();
+    s.profileCount = saved.at("profileCount").get<int>();
+    s.maxLinesPerProfile = saved.at("maxLinesPerProfile").get<int>();
+    s.configuredProtocol = saved.at("configuredProtocol").get<std::string>();
+    change(emulator, [&](DeviceState &held) { held = s; });
+    return true;
+}
+
+StatePartRegistrar statePart({"device", &saveDevice, &loadDevice});
 
 }  // namespace
 

@@ -11,6 +11,7 @@
 
 #include "emulator/area_state.h"
 #include "emulator/h248_emulator.h"
+#include "emulator/state_file.h"
 #include "emulator/protocol_family.h"
 
 namespace vmemu::h248 {
@@ -487,6 +488,39 @@ bool console(VoiceModuleEmulator &emulator, const std::string &verb, std::istrea
 ConsoleRegistrar consoleRegistrar(
     "h248 protocol h248|sip [MODULE] | counter LINE NAME VALUE | reg|hook LINE TEXT | mgc STATUS NUM ADDR | show",
     &console);
+
+// The H.248 configuration blocks in the emulator's state file: one entry per block (its get
+// command and line), the block in hex.  Counters and port states are not configuration.
+nlohmann::json saveBlocks(VoiceModuleEmulator &emulator) {
+    nlohmann::json out = nlohmann::json::array();
+    if (auto s = stateOf(emulator)) {
+        std::lock_guard lock(s->mutex);
+        for (const auto &[key, block] : s->blocks) {
+            out.push_back({{"cmd", key.first}, {"line", key.second}, {"data", stateHex(block.data(), block.size())}});
+        }
+    }
+    return out;
+}
+
+bool loadBlocks(VoiceModuleEmulator &emulator, const nlohmann::json &saved, std::string *why) {
+    auto s = stateOf(emulator);
+    if (s == nullptr) {
+        return true;
+    }
+    std::lock_guard lock(s->mutex);
+    for (const nlohmann::json &entry : saved) {
+        const auto key = std::make_pair(entry.at("cmd").get<uint32_t>(), entry.at("line").get<int>());
+        auto block = s->blocks.find(key);
+        if (block == s->blocks.end() || !stateBytes(entry.at("data"), block->second.data(), block->second.size())) {
+            *why = "no block of command " + std::to_string(key.first) + " and line " + std::to_string(key.second) +
+                   " with that length";
+            return false;
+        }
+    }
+    return true;
+}
+
+StatePartRegistrar statePart({"h248", &saveBlocks, &loadBlocks});
 
 }  // namespace
 

@@ -17,6 +17,7 @@
 
 #include "emulator/area_state.h"
 #include "emulator/netcfg_emulator.h"
+#include "emulator/state_file.h"
 #include "tr104/common.h"
 
 namespace vmemu {
@@ -372,6 +373,65 @@ bool netCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::ist
 ConsoleRegistrar console("net show|ip ADDR MASK GATEWAY|vlan sip|rtp ID PRIORITY   voice network settings; "
                          "change the address or a VLAN as the network would",
                          &netCommand);
+
+// The network settings in the emulator's state file (not the write counters).
+nlohmann::json saveNet(VoiceModuleEmulator &emulator) {
+    const NetState s = netState(emulator);
+    auto numbers = [](const std::vector<NumberEntry> &entries) {
+        nlohmann::json out = nlohmann::json::array();
+        for (const NumberEntry &n : entries) {
+            out.push_back({{"number", n.number}, {"type", static_cast<int>(n.type)}});
+        }
+        return out;
+    };
+    return {{"ip", stateHex(&s.ip, sizeof(s.ip))},
+            {"vlan", stateHex(&s.vlan, sizeof(s.vlan))},
+            {"dns", {s.dns[0], s.dns[1]}},
+            {"dhcpEnable", s.dhcpEnable},
+            {"option120", s.option120},
+            {"acsUrl", s.acsUrl},
+            {"timeEnable", s.timeEnable},
+            {"ntpServers", {s.ntpServer1, s.ntpServer2}},
+            {"zoneOffset", s.zoneOffset},
+            {"pos", numbers(s.pos)},
+            {"ipt", numbers(s.ipt)},
+            {"ledStandard", s.ledStandard},
+            {"private", {{"olt", s.oltNo}, {"onu", s.onuNo}, {"address", s.privateAddr}}}};
+}
+
+bool loadNet(VoiceModuleEmulator &emulator, const nlohmann::json &saved, std::string *why) {
+    NetState s = netState(emulator);
+    if (!stateBytes(saved.at("ip"), &s.ip, sizeof(s.ip)) || !stateBytes(saved.at("vlan"), &s.vlan, sizeof(s.vlan))) {
+        *why = "ip and vlan are the records in hex";
+        return false;
+    }
+    auto numbers = [](const nlohmann::json &entries) {
+        std::vector<NumberEntry> out;
+        for (const nlohmann::json &n : entries) {
+            out.push_back({n.at("number").get<std::string>(), static_cast<char>(n.at("type").get<int>())});
+        }
+        return out;
+    };
+    s.dns[0] = saved.at("dns").at(0).get<uint32_t>();
+    s.dns[1] = saved.at("dns").at(1).get<uint32_t>();
+    s.dhcpEnable = saved.at("dhcpEnable").get<int>();
+    s.option120 = saved.at("option120").get<std::string>();
+    s.acsUrl = saved.at("acsUrl").get<std::string>();
+    s.timeEnable = saved.at("timeEnable").get<int>();
+    s.ntpServer1 = saved.at("ntpServers").at(0).get<std::string>();
+    s.ntpServer2 = saved.at("ntpServers").at(1).get<std::string>();
+    s.zoneOffset = saved.at("zoneOffset").get<int32_t>();
+    s.pos = numbers(saved.at("pos"));
+    s.ipt = numbers(saved.at("ipt"));
+    s.ledStandard = saved.at("ledStandard").get<uint8_t>();
+    s.oltNo = saved.at("private").at("olt").get<int>();
+    s.onuNo = saved.at("private").at("onu").get<int>();
+    s.privateAddr = saved.at("private").at("address").get<uint32_t>();
+    change(emulator, [&](NetState &held) { held = s; });
+    return true;
+}
+
+StatePartRegistrar statePart({"net", &saveNet, &loadNet});
 
 }  // namespace
 

@@ -108,7 +108,25 @@ void writeField(const Field &f, const json &value, std::vector<char> *data) {
     }
 }
 
+std::vector<StatePart> &stateParts() {
+    static std::vector<StatePart> parts;
+    return parts;
+}
+
 }  // namespace
+
+StatePartRegistrar::StatePartRegistrar(const StatePart &part) { stateParts().push_back(part); }
+
+std::string stateHex(const void *bytes, size_t len) { return toHex(static_cast<const char *>(bytes), len); }
+
+bool stateBytes(const json &hex, void *out, size_t len) {
+    std::string bytes;
+    if (!hex.is_string() || !fromHex(hex.get<std::string>(), &bytes) || bytes.size() != len) {
+        return false;
+    }
+    std::memcpy(out, bytes.data(), len);
+    return true;
+}
 
 bool saveState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error) {
     std::map<std::string, RecordFamily> families;
@@ -134,8 +152,14 @@ bool saveState(VoiceModuleEmulator &emulator, const std::string &path, std::stri
         entry["data"] = toHex(r.data.data(), used);
         byFamily[r.family].push_back(entry);
     }
-    const json doc = {
-        {"tr104-vmemu", TR104_VERSION_STRING}, {"protocol", protocolName(emulator)}, {"families", byFamily}};
+    json areas = json::object();
+    for (const StatePart &part : stateParts()) {
+        areas[part.name] = part.save(emulator);
+    }
+    const json doc = {{"tr104-vmemu", TR104_VERSION_STRING},
+                      {"protocol", protocolName(emulator)},
+                      {"families", byFamily},
+                      {"areas", areas}};
     const std::string tmp = path + ".tmp";
     {
         std::ofstream out(tmp, std::ios::trunc);
@@ -194,6 +218,24 @@ bool loadState(VoiceModuleEmulator &emulator, const std::string &path, std::stri
                 }
             }
             emulator.restoreRecord(r);
+        }
+    }
+    if (doc.contains("areas") && doc["areas"].is_object()) {
+        for (const StatePart &part : stateParts()) {
+            if (!doc["areas"].contains(part.name)) {
+                continue;
+            }
+            std::string why = "malformed";
+            bool ok = false;
+            try {
+                ok = part.load(emulator, doc["areas"][part.name], &why);
+            } catch (const json::exception &) {
+                ok = false;  // a value of the wrong type
+            }
+            if (!ok) {
+                *error = path + ": areas." + part.name + ": " + why;
+                return false;
+            }
         }
     }
     return true;

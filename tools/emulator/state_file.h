@@ -5,11 +5,14 @@
 //   { "key": "<hex>", "length": N, "fields": { "line": 1, ... }, "data": "<hex>" }
 // "data" is the record in hex without its trailing zero bytes; "fields" shows the fields the
 // family names (key fields and named fields) as numbers or texts.  On load "data" is taken and
-// then "fields" written over it, so that a field edited by hand takes effect.  The areas' own
-// state (network settings, device switches, H.248 blocks, line tests) starts from its defaults.
+// then "fields" written over it, so that a field edited by hand takes effect.  The areas that keep
+// configuration of their own (network settings, device switches, H.248 blocks) add a member each
+// under "areas"; what is not configuration (counters, tests in progress) starts from its defaults.
 #pragma once
 
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 #include "emulator/voice_module_emulator.h"
 
@@ -20,6 +23,22 @@ constexpr uint32_t kSaveVoiceCfgCmd = 99;
 
 // Writes every stored record (atomically: a temporary file renamed over the old one).
 bool saveState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error);
+// An area's own configuration in the state file: save() gives its member of "areas", load() puts
+// it back (false, and why, when a value cannot be taken).  A member missing from the file leaves
+// the area's defaults.
+struct StatePart {
+    const char *name;
+    nlohmann::json (*save)(VoiceModuleEmulator &emulator);
+    bool (*load)(VoiceModuleEmulator &emulator, const nlohmann::json &saved, std::string *why);
+};
+struct StatePartRegistrar {
+    explicit StatePartRegistrar(const StatePart &part);
+};
+
+// Bytes as hex text, and back into exactly `len` bytes (false when the text is not that).
+std::string stateHex(const void *bytes, size_t len);
+bool stateBytes(const nlohmann::json &hex, void *out, size_t len);
+
 // Puts back every record of the file over the emulator's defaults.  A missing file is not an
 // error (a first start); a file that cannot be read or parsed is.
 bool loadState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error);
