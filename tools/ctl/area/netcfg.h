@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "ctl/area.h"
@@ -89,6 +90,12 @@ inline int runLoneVlanId(const Library &lib, vmemu::VoiceModuleEmulator &emulato
     std::printf("  waiting for slot 7's timer ...\n");
     std::fflush(stdout);
     const std::optional<Millis> took = waitSlotIdle(lib, 7, origin, Millis(deferredTimeoutMs(lib) + 5000));
+    // The timer's write needs no answer: it may still be on its way to the voice module when the
+    // slot is idle again.  Wait for it (at most 2 s) before counting.
+    const Clock::time_point deadline = Clock::now() + Millis(2000);
+    while (took && emulator.requestsFor(TR104_SET_VLAN_ID).size() == writes && Clock::now() < deadline) {
+        std::this_thread::sleep_for(Millis(1));
+    }
     const size_t newReads = emulator.requestsFor(TR104_GET_VLAN_ID).size() - reads;
     const size_t newWrites = emulator.requestsFor(TR104_SET_VLAN_ID).size() - writes;
     if (took) {
