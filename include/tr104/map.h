@@ -79,6 +79,12 @@ TR104_MAP_API void tr104MapToModelValue(const Tr104MapEntry *entry, const char *
 TR104_MAP_API int tr104MapCall(const Tr104MapEntry *entry, const int *nLocate, int set, const char *handlerValue,
                                char *shown, unsigned int shownLen, char *error, unsigned int errorLen);
 
+/* A concrete path that a get (set 0) or a set (set 1) may use: TR104_MAP_SERVED with *entry and
+ * nLocate set, else TR104_MAP_BAD_PATH (unknown, malformed, not served) or TR104_MAP_NO_ACCESS,
+ * and one line in error ("PATH: read only", "PATH: not served: WHY"). */
+TR104_MAP_API int tr104MapResolve(const char *path, int set, const Tr104MapEntry **entry, int *nLocate, char *error,
+                                  unsigned int errorLen);
+
 /* Get and set by concrete path, with the data model's values: lookup, access, conversion and the
  * call.  On a failure error receives one line naming the path (and the handler and its result). */
 TR104_MAP_API int tr104MapGet(const char *path, char *value, unsigned int valueLen, char *error, unsigned int errorLen);

@@ -56,28 +56,19 @@ inline std::string toModelValue(const Tr104MapEntry &e, const std::string &shown
 // A get or set by path: the request for the handler, or why there is none (exit status 2).
 inline bool pathRequest(const std::string &path, bool set, const std::string &value, CallRequest *req,
                         const Tr104MapEntry **entry, std::string *why) {
-    const ResolvedPath r = resolvePath(path);
-    if (r.rc != TR104_MAP_SERVED) {
-        *why = r.error;
+    const Tr104MapEntry *e = nullptr;
+    char error[512] = "";
+    if (tr104MapResolve(path.c_str(), set ? 1 : 0, &e, req->locate, error, sizeof(error)) != TR104_MAP_SERVED) {
+        *why = error;
         return false;
     }
-    const std::string access = r.entry->access;
-    if (set && access.find('W') == std::string::npos) {
-        *why = path + ": read only";
-        return false;
-    }
-    if (!set && access.find('R') == std::string::npos) {
-        *why = path + ": write only";
-        return false;
-    }
-    req->handler = r.entry->handler;
+    req->handler = e->handler;
     req->set = set;
-    std::copy(std::begin(r.locate), std::end(r.locate), req->locate);
-    if (set && !toHandlerValue(*r.entry, value, &req->value, why)) {
+    if (set && !toHandlerValue(*e, value, &req->value, why)) {
         *why = path + ": " + *why;
         return false;
     }
-    *entry = r.entry;
+    *entry = e;
     return true;
 }
 

@@ -70,7 +70,11 @@ const char *meaning(int rc) {
 }
 
 // Resolves a path for a get or a set: the entry and nLocate, or why not.
-int resolve(const char *path, bool set, const Tr104MapEntry **entry, int *locate, char *error, unsigned errorLen) {
+
+}  // namespace
+
+extern "C" TR104_MAP_API int tr104MapResolve(const char *path, int set, const Tr104MapEntry **entry, int *locate,
+                                             char *error, unsigned int errorLen) {
     char why[256] = "";
     const int rc = tr104MapLookup(path, entry, locate, why, sizeof(why));
     if (rc == TR104_MAP_NOT_SERVED) {
@@ -81,14 +85,12 @@ int resolve(const char *path, bool set, const Tr104MapEntry **entry, int *locate
         say(error, errorLen, why);
         return TR104_MAP_BAD_PATH;
     }
-    if (std::strchr((*entry)->access, set ? 'W' : 'R') == nullptr) {
-        say(error, errorLen, std::string(path) + (set ? ": read only" : ": write only"));
+    if (std::strchr((*entry)->access, set != 0 ? 'W' : 'R') == nullptr) {
+        say(error, errorLen, std::string(path) + (set != 0 ? ": read only" : ": write only"));
         return TR104_MAP_NO_ACCESS;
     }
     return TR104_MAP_SERVED;
 }
-
-}  // namespace
 
 extern "C" TR104_MAP_API int tr104MapToHandlerValue(const Tr104MapEntry *entry, const char *value, char *out,
                                                     unsigned int outLen, char *error, unsigned int errorLen) {
@@ -239,7 +241,7 @@ extern "C" TR104_MAP_API int tr104MapGet(const char *path, char *value, unsigned
                                          unsigned int errorLen) {
     const Tr104MapEntry *entry = nullptr;
     int locate[4];
-    int rc = resolve(path, false, &entry, locate, error, errorLen);
+    int rc = tr104MapResolve(path, 0, &entry, locate, error, errorLen);
     if (rc != TR104_MAP_SERVED) {
         return rc;
     }
@@ -256,7 +258,7 @@ extern "C" TR104_MAP_API int tr104MapGet(const char *path, char *value, unsigned
 extern "C" TR104_MAP_API int tr104MapSet(const char *path, const char *value, char *error, unsigned int errorLen) {
     const Tr104MapEntry *entry = nullptr;
     int locate[4];
-    int rc = resolve(path, true, &entry, locate, error, errorLen);
+    int rc = tr104MapResolve(path, 1, &entry, locate, error, errorLen);
     if (rc != TR104_MAP_SERVED) {
         return rc;
     }
