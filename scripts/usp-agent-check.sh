@@ -27,14 +27,11 @@ CTL=$BUILD/tools/tr104ctl
 
 if [ "${1:-}" != "--inside" ]; then
   [ -n "$BUILD" ] || { echo "usp-agent-check: no build folder ${1:-$ROOT/build/host}"; echo "0 passed, 1 failed"; exit 1; }
-  # The agent's source: beside the repository (or the worktree's repository), or given.
-  tarball=${TR104_USP_AGENT_TARBALL:-}
-  for dir in "$ROOT/../shared" "$ROOT/../../shared"; do
-    [ -z "$tarball" ] && [ -f "$dir/third_party/$AGENT_VERSION.tar.gz" ] && tarball=$dir/third_party/$AGENT_VERSION.tar.gz
-  done
+  # The agent's source: the repository's own copy (third_party/obuspa), or one given.
+  tarball=${TR104_USP_AGENT_TARBALL:-$ROOT/third_party/obuspa/$AGENT_VERSION.tar.gz}
   if [ ! -x "$OBUSPA" ]; then
-    if [ -z "$tarball" ]; then
-      echo "usp-agent-check: no $AGENT_VERSION.tar.gz (set TR104_USP_AGENT_TARBALL)"
+    if [ ! -f "$tarball" ]; then
+      echo "usp-agent-check: no agent source $tarball"
       echo "0 passed, 1 failed"
       exit 1
     fi
