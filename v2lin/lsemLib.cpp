@@ -159,8 +159,8 @@ int waitForToken(TakeCtx *c, uint32_t timeout) {
         if (last == ETIMEDOUT) break;
         last = condWait(&s->tokenCond, &s->lock, pdl);
     }
-    // A no-wait take that finds no token still reports success (and the caller becomes the
-    // owner): long-standing behaviour of this runtime that callers rely on.
+    // A no-wait take that finds no token still reports success: long-standing behaviour of this
+    // runtime that callers rely on.  It takes nothing, though, so it changes nothing below.
     int rc = 0;
     if (last == ETIMEDOUT)
         rc = timeout == 0 ? 0 : S_objLib_OBJ_TIMEOUT;
@@ -170,7 +170,9 @@ int waitForToken(TakeCtx *c, uint32_t timeout) {
     uint32_t state = s->state;
     leaveWait(c);
     if (!(state & (kFlushed | kDeleted))) {
-        if (rc != 0) return rc;
+        // Only a wait that ended with a token makes the caller the owner.
+        if (last != 0)
+            return rc;
         s->owner = c->me;
         if (isMutex(s)) {
             s->recursion++;

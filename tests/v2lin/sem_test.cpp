@@ -46,13 +46,61 @@ TEST_F(Semaphores, OptionWordsOfTheThreeKinds) {
     for (SEM_ID s : {b, c, m}) EXPECT_EQ(semDelete(s), 0);
 }
 
-TEST_F(Semaphores, NoWaitTakeOfEmptySemaphoreReportsSuccessWithoutAToken) {
-    SEM_ID s = semBCreate(0, 0);
-    EXPECT_EQ(semTake(s, V2LIN_NO_WAIT), 0);
-    EXPECT_NE(shown(s).find("tc:0 "), std::string::npos) << shown(s);
-    EXPECT_EQ(semTake(s, 1), -1);  // still no token
-    EXPECT_EQ(errno, S_objLib_OBJ_TIMEOUT);
-    EXPECT_EQ(semDelete(s), 0);
+// Task A holds the semaphore; task B's no-wait take reports success but takes nothing: owner,
+// recursion count, token count and B's delete safety stay as they were, B cannot give it back,
+// and A's give still returns the token.
+TEST_F(Semaphores, NoWaitTakeOfEmptySemaphoreChangesNothing) {
+    const struct {
+        const char *what;
+        SEM_ID (*make)();
+        const char *held;  // recursion and token counts while A holds it
+        bool owned;  // only the owner may give it
+    } cases[] = {
+        {"binary", [] { return semBCreate(0, 1); }, "rl:0 tc:0 ", false},
+        {"counting", [] { return semCCreate(0, 1); }, "rl:0 tc:0 ", false},
+        {"mutex", [] { return semMCreate(0); }, "rl:1 tc:0 ", true},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        SEM_ID s = c.make();
+        std::atomic<int> held{0}, release{0}, holderGive{-2};
+        int32_t a = spawn("tHolder", 50, [&] {
+            if (semTake(s, V2LIN_WAIT_FOREVER) != 0)
+                return;
+            held = 1;
+            waitFor([&] { return release.load() != 0; }, 10000);
+            holderGive = semGive(s);
+        });
+        ASSERT_TRUE(waitFor([&] { return held.load() != 0; }));
+        const std::string before = shown(s);
+        EXPECT_NE(before.find(std::string(" tHolder ") + c.held), std::string::npos) << before;
+
+        std::atomic<int> takeRc{-2}, safeBefore{-1}, safeAfter{-1}, giveRc{-2}, giveErr{0};
+        int32_t b = spawn("tNoWait", 50, [&] {
+            V2LIN_TCB *me = taskTcb(taskIdSelf());
+            safeBefore = me->safeCount;
+            takeRc = semTake(s, V2LIN_NO_WAIT);
+            safeAfter = me->safeCount;
+            if (c.owned) {
+                giveRc = semGive(s);
+                giveErr = errno;
+            }
+        });
+        ASSERT_TRUE(waitGone(b));
+        EXPECT_EQ(takeRc.load(), 0);
+        EXPECT_EQ(shown(s), before);  // owner block and name, recursion and token counts, no waiter
+        EXPECT_EQ(safeAfter.load(), safeBefore.load());
+        if (c.owned) {
+            EXPECT_EQ(giveRc.load(), -1);
+            EXPECT_EQ(giveErr.load(), S_semLib_INVALID_OPERATION);
+        }
+
+        release = 1;
+        ASSERT_TRUE(waitGone(a));
+        EXPECT_EQ(holderGive.load(), 0);
+        EXPECT_NE(shown(s).find("rl:0 tc:1 "), std::string::npos) << shown(s);
+        EXPECT_EQ(semDelete(s), 0);
+    }
 }
 
 TEST_F(Semaphores, TimedTakeOfEmptySemaphoreTimesOut) {
