@@ -373,6 +373,16 @@ TR104_API int Tr104PortStatusH248(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104PortServiceStateH248(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104SessionLocalRtpPortH248(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104LineAnnounceTypeH248(int nFlag, void *pValue, int *nLocate);
+/* Audio settings of the voice profile bound to the line's port, through the same profile
+ * requests as their SIP variants (sip.h): gains -32..32 (receive -31..31), the echo-cancellation
+ * and comfort-noise flags and the jitter-buffer target as one byte. */
+TR104_API int Tr104LineTransmitGainH248(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineReceiveGainH248(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineEchoCancelFlagH248(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineComfortNoiseFlagH248(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineJitterBufferTargetH248(int nFlag, void *pValue, int *nLocate);
+/* nDirection non-zero: receive gain, zero: transmit gain. */
+TR104_API int Tr104LineGainH248(int nFlag, int nDirection, void *pValue, int *nLocate);
 TR104_API int Tr104LineRegisterH248(int nFlag, void *pValue, int *nLocate);
 
 /* ---- Statistics ---- */

@@ -35,6 +35,12 @@ TR104_API int Tr104FaxT38LowSpeedRedundancy(int nFlag, void *pValue, int *nLocat
 TR104_API int Tr104FaxT38TCFMethod(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104FaxT38PortAdd2(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104LineComfortNoiseFlag(int nFlag, void *pValue, int *nLocate);
+/* The line's other voice-profile audio settings (gains, echo cancellation, jitter-buffer
+ * target): the same protocol rule. */
+TR104_API int Tr104LineTransmitGain(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineReceiveGain(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineEchoCancelFlag(int nFlag, void *pValue, int *nLocate);
+TR104_API int Tr104LineJitterBufferTarget(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104LineDisplayName(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104LineCallWaitingFlag(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104LineMaxSessions(int nFlag, void *pValue, int *nLocate);

@@ -7,6 +7,7 @@
 
 #include "emulator/linetest_emulator.h"
 #include "sip/sip_fixture.h"
+#include "tr104/h248.h"
 #include "tr104/handlers.h"
 #include "tr104/linetest.h"
 #include "tr104/protocol.h"
@@ -151,6 +152,92 @@ TEST_F(LineTest, MessagesOfThePortChecks) {
     v = 205;
     EXPECT_TRUE(debugOutput([&] { Tr104PhysicalInterfaceFlashUpTime(1, &v); })
                     .find("flash up time must be in multiples of 10\r\n") != std::string::npos);
+}
+
+// Debug lines printed word for word: each row's call prints `line` as a whole line of its own
+// handler (the debug prefix before it, a line end or the next prefix after it) and never the
+// form in `never`.
+struct QuotedLine {
+    const char *handler;
+    std::function<int(LineTest &)> call;
+    const char *line;
+    const char *never;
+};
+
+TEST_F(LineTest, DebugLinesQuoteTheSystemTexts) {
+    lt::setMeasurement(emulator, 1, "aGroundDCVoltage", "-48");
+    lt::setMeasurement(emulator, 1, "bGroundDCVoltage", "7");
+    const QuotedLine rows[] = {
+        {"Tr104DeviceNameH248",
+         [](LineTest &) {
+             char t[] = "dev1";
+             return Tr104DeviceNameH248(1, t);
+         },
+         "nFlag[1], pDeviceName[dev1]\n", "pMgId[dev1]"},
+        {"Tr104DeviceNameH248",
+         [](LineTest &) {
+             char t[80] = {};
+             return Tr104DeviceNameH248(0, t);
+         },
+         "nFlag[0], pDeviceName[dev1]\n", "pMgId["},
+        {"Tr104DeviceNameH248", [](LineTest &) { return Tr104DeviceNameH248(1, nullptr) == -2 ? 0 : -1; },
+         "param error, pMgId is null\n", "pDeviceName is null"},
+        {"Tr104PhysicalTermIdH248",
+         [](LineTest &) {
+             char id[] = "T1";
+             int at[4] = {0, 1, 1, 0};
+             return Tr104PhysicalTermIdH248(1, id, at);
+         },
+         "nFlag[1], pTermId[T1], nLocate[2][1]\n", "pTermId[T1]\n"},
+        {"Tr104PhysicalTermIdH248",
+         [](LineTest &) {
+             char id[40] = {};
+             int at[4] = {0, 1, 1, 0};
+             return Tr104PhysicalTermIdH248(0, id, at);
+         },
+         "nFlag[0], pTermId[T1], nLocate[2][1]\n", "pTermId[T1]\n"},
+        // The entry line has no line end of its own: the next debug line follows it.
+        {"Tr104PhysicalInterfaceClipReversePole",
+         [](LineTest &) {
+             int v = 1;
+             return Tr104PhysicalInterfaceClipReversePole(1, &v);
+         },
+         "nFlag[1], *pClipReversePole[1]", "nFlag[1], *pClipReversePole[1]\n\n"},
+        {"Tr104PhysicalInterfaceClipReversePole",
+         [](LineTest &) {
+             int v = 0;
+             return Tr104PhysicalInterfaceClipReversePole(0, &v);
+         },
+         "get *pClipReversePole[1]\n", nullptr},
+        {"Tr104PhysicalInterfaceClipReversePole",
+         [](LineTest &) {
+             int v = 0;
+             return Tr104PhysicalInterfaceClipReversePole(1, &v);
+         },
+         "set *pClipReversePole[0]\n", nullptr},
+        {"Tr104PhysicalInterfaceTestAGDCVoltage",
+         [](LineTest &t) { return t.geti(Tr104PhysicalInterfaceTestAGDCVoltage, 1) == -48 ? 0 : -1; },
+         "get OutLineTestInfo.aGroudDCVoltage [-48].\n", "aGroundDCVoltage"},
+        {"Tr104PhysicalInterfaceTestBGDCVoltage",
+         [](LineTest &t) { return t.geti(Tr104PhysicalInterfaceTestBGDCVoltage, 1) == 7 ? 0 : -1; },
+         "get OutLineTestInfo.bGroudDCVoltage [7].\n", "bGroundDCVoltage"},
+    };
+    for (const QuotedLine &row : rows) {
+        SCOPED_TRACE(row.line);
+        int rc = -9;
+        const std::string out = debugOutput([&] { rc = row.call(*this); });
+        EXPECT_EQ(rc, 0);
+        const std::string prefix = std::string("[") + row.handler + ",";
+        size_t at = out.find(std::string("] ") + row.line);
+        ASSERT_NE(at, std::string::npos) << out;
+        EXPECT_NE(out.rfind(prefix, at), std::string::npos) << out;
+        at += 2 + std::strlen(row.line);
+        const bool whole = row.line[std::strlen(row.line) - 1] == '\n' || at == out.size() || out[at] == '\n';
+        EXPECT_TRUE(whole) << out;
+        if (row.never != nullptr) {
+            EXPECT_EQ(out.find(row.never), std::string::npos) << out;
+        }
+    }
 }
 
 // ---- Physical interface ------------------------------------------------------------------------

@@ -1,5 +1,8 @@
 // Voice-profile values of a line: find the bound profile, or create "port%d" and bind it.
 #include "sip_fixture.h"
+#include "tr104/h248.h"
+#include "tr104/handlers.h"
+#include "tr104/protocol.h"
 
 namespace {
 
@@ -80,33 +83,55 @@ TEST_F(SipProfile, BoundPortIsChangedUnderItsOwnName) {
     EXPECT_TRUE(printed(out, "Tr104LineEchoCancelFlagSip", "get line[1] echo cancel [1]\n")) << out;
 }
 
-TEST_F(SipProfile, EveryMemberWritesItsFieldAndBit) {
+// Each audio setting through its wrapper under either protocol: the same profile request and
+// read-back, answered by the protocol's own variant (its name heads the handler's messages).
+TEST_F(SipProfile, EveryMemberWritesItsFieldAndBitUnderEitherProtocol) {
     struct Case {
-        Handler handler;
+        Handler wrapper;
+        const char *name;
         size_t offset;
         uint32_t bit;
-        int value;
-        int readBack;
+        int value[2];  // SIP, H.248
+        int readBack[2];
     };
     const Case cases[] = {
-        {Tr104LineTransmitGainSip, 43, TR104_PROFILE_TRANSMIT_GAIN, 32, 32},
-        {Tr104LineReceiveGainSip, 42, TR104_PROFILE_RECEIVE_GAIN, -31, -31},
-        {Tr104LineEchoCancelFlagSip, 41, TR104_PROFILE_ECHO_CANCEL, 1, 1},
-        {Tr104LineComfortNoiseFlagSip, 39, TR104_PROFILE_COMFORT_NOISE, 0x101, 1},
-        {Tr104LineJitterBufferTargetSip, 44, TR104_PROFILE_JITTER_TARGET, 200, 200},
+        {Tr104LineTransmitGain, "Tr104LineTransmitGain", 43, TR104_PROFILE_TRANSMIT_GAIN, {32, -32}, {32, -32}},
+        {Tr104LineReceiveGain, "Tr104LineReceiveGain", 42, TR104_PROFILE_RECEIVE_GAIN, {-31, 31}, {-31, 31}},
+        {Tr104LineEchoCancelFlag, "Tr104LineEchoCancelFlag", 41, TR104_PROFILE_ECHO_CANCEL, {1, 0}, {1, 0}},
+        {Tr104LineComfortNoiseFlag, "Tr104LineComfortNoiseFlag", 39, TR104_PROFILE_COMFORT_NOISE, {0x101, 0}, {1, 0}},
+        {Tr104LineJitterBufferTarget,
+         "Tr104LineJitterBufferTarget",
+         44,
+         TR104_PROFILE_JITTER_TARGET,
+         {200, 40},
+         {200, 40}},
     };
     bindPort(1, "p");
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.bit);
-        restartLog();
-        ASSERT_EQ(setInt(c.handler, 1, c.value), 0);
-        const auto sent = seen(2);
-        EXPECT_EQ(sent[1].word<uint32_t>(24), c.bit);
-        EXPECT_EQ(sent[1].word<uint8_t>(c.offset), static_cast<uint8_t>(c.value));
-        int got = 0;
-        ASSERT_EQ(getInt(c.handler, 1, &got), 0);
-        EXPECT_EQ(got, c.readBack);
+    const std::pair<int, const char *> protocols[] = {{TR104_PROTOCOL_SIP, "Sip"}, {TR104_PROTOCOL_H248, "H248"}};
+    for (size_t p = 0; p < 2; ++p) {
+        gTr104CurrProtocolType = protocols[p].first;
+        for (const Case &c : cases) {
+            const std::string variant = std::string(c.name) + protocols[p].second;
+            SCOPED_TRACE(variant);
+            restartLog();
+            ASSERT_EQ(setInt(c.wrapper, 1, c.value[p]), 0);
+            const auto sent = seen(2);
+            EXPECT_EQ(sent[0].cmd, static_cast<uint32_t>(GET_PORT_STATUS_ID));
+            EXPECT_EQ(sent[1].cmd, static_cast<uint32_t>(SET_PROFILE_CMD_ID));
+            EXPECT_EQ(sent[1].text_at(2, 22), "p");
+            EXPECT_EQ(sent[1].word<uint32_t>(24), c.bit);
+            EXPECT_EQ(sent[1].word<uint8_t>(c.offset), static_cast<uint8_t>(c.value[p]));
+            EXPECT_TRUE(siptest::zeroExcept(sent[1], {{2, 22}, {24, 4}, {c.offset, 1}}));
+            int got = 0;
+            ASSERT_EQ(getInt(c.wrapper, 1, &got), 0);
+            EXPECT_EQ(got, c.readBack[p]);
+            const std::string out = debugOutput([&] { EXPECT_EQ(getInt(c.wrapper, 3, &got), -2); });
+            EXPECT_TRUE(printed(out, variant.c_str(), "param error, nLocate[2]=3\n")) << out;
+        }
     }
+    gTr104CurrProtocolType = 0;
+    int value = 1;
+    EXPECT_EQ(Tr104LineComfortNoiseFlag(1, &value, line(1)), -1);
 }
 
 TEST_F(SipProfile, GainRangesAndTheirMessages) {
@@ -224,6 +249,16 @@ TEST_F(SipProfile, LineGainCreatesSetsAndBindsInOneRequest) {
         EXPECT_EQ(Tr104LineGainSip(1, 1, &bad, line(port)), -1);
         EXPECT_EQ(seen(1).size(), 1u);
     }
+    // The H.248 variant: the same requests under its own name.
+    restartLog();
+    int five = 5;
+    out = debugOutput([&] { EXPECT_EQ(Tr104LineGainH248(1, 0, &five, line(port)), 0); });
+    EXPECT_TRUE(printed(out, "Tr104LineGainH248", "gain:5 profileid:")) << out;
+    sent = seen(2);
+    EXPECT_EQ(sent[1].cmd, static_cast<uint32_t>(SET_PROFILE_CMD_ID));
+    EXPECT_EQ(sent[1].word<int8_t>(43), 5);
+    EXPECT_EQ(Tr104LineGainH248(0, 0, &got, line(port)), 0);
+    EXPECT_EQ(got, 5);
 }
 
 }  // namespace

@@ -102,9 +102,16 @@ const BlockValue kEphFirstName{gw("Tr104EphemeralTermIDFirstNameH248", "pEphName
                                TR104_H248_EPH_FIRST_NAME_OFFSET,
                                sizeof(Tr104H248EphNameBlock) - TR104_H248_EPH_FIRST_NAME_OFFSET, Conv::Text, 0, 0, 0,
                                nullptr};
-const BlockValue kPhysicalTermId{{"Tr104PhysicalTermIdH248", "pTermId", Locate::Line, Access::GetSet}, &kTermId,
-                                 offsetof(Tr104H248TermIdBlock, aTermId), TR104_H248_TERM_ID_LEN, Conv::Text, 0, 0, 32,
-                                 "param error, pTermId is too long\n", Where::Line, 1, TR104_H248_TERM_ID_LEN};
+// Its debug line names the instance as well.
+constexpr BlockValue namingInstance(BlockValue v) {
+    v.done = "nFlag[%d], pTermId[%s], nLocate[2][%d]\n";
+    v.doneNamesFlag = true;
+    return v;
+}
+constexpr Signature kPhysicalTermIdSig{"Tr104PhysicalTermIdH248", "pTermId", Locate::Line, Access::GetSet};
+const BlockValue kPhysicalTermId = namingInstance(
+    BlockValue{kPhysicalTermIdSig, &kTermId, offsetof(Tr104H248TermIdBlock, aTermId), TR104_H248_TERM_ID_LEN,
+               Conv::Text, 0, 0, 32, "param error, pTermId is too long\n", Where::Line, 1, TR104_H248_TERM_ID_LEN});
 
 // ---- Heartbeat, transaction timers, registration, authentication -------------------------------
 
@@ -159,7 +166,13 @@ const HeldValue kEncodingType{gw("Tr104MessageEncodingTypeH248", "pEncodingType"
                               sizeof(gEncodingType), true, 0, 0, false, kEncodings, 2,
                               "param error, pEncodingType[%s]\n"};
 // Stored as given; a text longer than the buffer keeps its first 68 characters.
-const HeldValue kDeviceName{gw("Tr104DeviceNameH248", "pMgId"), gDeviceName, sizeof(gDeviceName), true, 0, 0, true};
+// A null pointer is reported as the MID's ("pMgId"); the debug line names the device name.
+constexpr HeldValue shownAsDeviceName(HeldValue v) {
+    v.shownName = "pDeviceName";
+    return v;
+}
+const HeldValue kDeviceName =
+    shownAsDeviceName({gw("Tr104DeviceNameH248", "pMgId"), gDeviceName, sizeof(gDeviceName), true, 0, 0, true});
 const HeldValue kLongTimer{gw("Tr104LongTimerH248", "pLongTime"), &gLongTimer, 4, false, 0, 0, true};
 const HeldValue kPendingTimer{gw("Tr104PendingTimerH248", "pPendingTime"), &gPendingTimer, 4, false, 0, 0, true};
 const HeldValue kRegisterFlag{gw("Tr104MgRegisterH248", "pRegisterFlag"), &gRegisterFlag, 4, false, 0, 1, false,

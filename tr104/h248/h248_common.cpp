@@ -104,7 +104,7 @@ void printDone(const BlockValue &v, int nFlag, int line, const void *pValue) {
         } else {
             TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%d]\n", nFlag, v.sig.valueName, intValue(pValue));
         }
-    } else if (v.where == Where::Instance) {
+    } else if (v.where == Where::Instance || v.doneNamesFlag) {
         TR104_DEBUG_AS(v.sig.name, v.done, nFlag, static_cast<const char *>(pValue), line);
     } else if (isLine(v.where)) {
         if (text) {
@@ -246,7 +246,9 @@ int setValue(const BlockValue &v, const void *pValue, int line) {
         TR104_DEBUG_AS(v.sig.name, v.block->setError, line);
         return TR104_ERR_EXCHANGE;
     }
-    if (v.conv == Conv::Text || v.conv == Conv::Codes) {
+    if (v.doneNamesFlag) {
+        printDone(v, 1, line, pValue);
+    } else if (v.conv == Conv::Text || v.conv == Conv::Codes) {
         TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%s]\n", 1, v.sig.valueName, static_cast<const char *>(pValue));
     } else {
         TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%d]\n", 1, v.sig.valueName, intValue(pValue));
@@ -300,6 +302,7 @@ int heldValue(const HeldValue &v, int nFlag, void *pValue) {
     if (const int rc = sip::checkArguments(v.sig, nFlag, pValue, nullptr); rc != TR104_OK) {
         return rc;
     }
+    const char *shown = v.shownName != nullptr ? v.shownName : v.sig.valueName;
     if (v.text) {
         char *held = static_cast<char *>(v.storage);
         char *text = static_cast<char *>(pValue);
@@ -314,7 +317,7 @@ int heldValue(const HeldValue &v, int nFlag, void *pValue) {
             std::memset(held, 0, v.size);
             sip::copyBounded(held, text, v.size - 1u);
         }
-        TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%s]\n", nFlag, v.sig.valueName, text);
+        TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%s]\n", nFlag, shown, text);
         return TR104_OK;
     }
     int *held = static_cast<int *>(v.storage);
@@ -328,7 +331,7 @@ int heldValue(const HeldValue &v, int nFlag, void *pValue) {
         }
         *held = value;
     }
-    TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%d]\n", nFlag, v.sig.valueName, intValue(pValue));
+    TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%d]\n", nFlag, shown, intValue(pValue));
     return TR104_OK;
 }
 

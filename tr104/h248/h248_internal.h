@@ -154,6 +154,8 @@ struct BlockValue {
     const char *done = nullptr;      // debug after a get ("%d" the line, then the value); null:
                                      // "nFlag[%d], <valueName>[%d]\n"
     bool readFirst = false;          // a set fetches the block and sends it back changed
+    // `done` serves a get and a set: "%d" the flag, "%s" the value, "%d" the line.
+    bool doneNamesFlag = false;
 };
 
 int blockValue(const BlockValue &v, int nFlag, void *pValue, int *nLocate);
@@ -169,6 +171,8 @@ struct HeldValue {
     const TextCode *accepted = nullptr;  // texts: the only values a set accepts (null: any)
     uint8_t acceptedCount = 0;
     const char *rangeError = nullptr;
+    // The debug line's name for the value, when it is not the one a null pointer is reported with.
+    const char *shownName = nullptr;
 };
 
 int heldValue(const HeldValue &v, int nFlag, void *pValue);

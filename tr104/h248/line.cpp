@@ -13,7 +13,10 @@
 //            H.248 stack takes announcements from the controller, so the data model only reads it)
 // The codec selection and list, DTMF method and digit map are served under H.248 by the
 // protocol-neutral codec handlers and the SIP profile record; they have no H.248 variant here.
+// The gains, echo cancellation, comfort noise and jitter-buffer target live in the voice profile
+// bound to the line's port, as under SIP: their H.248 variants are the same profile values.
 #include "tr104/h248/h248_internal.h"
+#include "tr104/sip/templates.h"
 
 namespace tr104::h248 {
 namespace {
@@ -315,4 +318,13 @@ TR104_API int Tr104LineResetStatisticsFlagH248(int nFlag, void *pValue, int *nLo
     static const tr104::sip::LineReset kReset{kResetStatistics, RESET_H248_LINE_STATISTICS_ID, TR104_ERR_PARAM,
                                              "line[%d] reset statistics flag msg snd failed.\n"};
     return tr104::sip::resetLineStatistics(kReset, nFlag, pValue, nLocate);
+}
+
+// ---- Audio settings of the line's voice profile ------------------------------------------------
+
+#define TR104_LINE_AUDIO_H248(name) TR104_LINE_AUDIO_VARIANT(name, H248)
+TR104_LINE_AUDIO_SETTINGS(TR104_LINE_AUDIO_H248)
+
+TR104_API int Tr104LineGainH248(int nFlag, int nDirection, void *pValue, int *nLocate) {
+    return tr104::sip::lineGain(__func__, nFlag, nDirection, pValue, nLocate);
 }

@@ -109,14 +109,19 @@ struct Measure {
     const char *label;  // short name in the messages
 };
 
-#define TR104_OUTER(handler, member, kind, label) \
-    Measure { handler, false, offsetof(Tr104OuterLineResult, member), kind, #member, label }
+#define TR104_OUTER(handler, member, kind, label) TR104_OUTER_AS(handler, member, #member, kind, label)
+// A field whose debug name is not its member's name.
+#define TR104_OUTER_AS(handler, member, field, kind, label) \
+    Measure { handler, false, offsetof(Tr104OuterLineResult, member), kind, field, label }
 #define TR104_INNER(handler, member, kind, label) \
     Measure { handler, true, offsetof(Tr104InnerLineResult, member), kind, #member, label }
 
 const Measure kMeasures[] = {
-    TR104_OUTER("Tr104PhysicalInterfaceTestAGDCVoltage", aGroundDCVoltage, Kind::Integer, "AGDCVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestBGDCVoltage", bGroundDCVoltage, Kind::Integer, "BGDCVoltage"),
+    // The DC voltages keep the names the voice module's record has always printed.
+    TR104_OUTER_AS("Tr104PhysicalInterfaceTestAGDCVoltage", aGroundDCVoltage, "aGroudDCVoltage", Kind::Integer,
+                   "AGDCVoltage"),
+    TR104_OUTER_AS("Tr104PhysicalInterfaceTestBGDCVoltage", bGroundDCVoltage, "bGroudDCVoltage", Kind::Integer,
+                   "BGDCVoltage"),
     TR104_OUTER("Tr104PhysicalInterfaceTestABDCVoltage", abDCVoltage, Kind::Integer, "ABDCVoltage"),
     TR104_OUTER("Tr104PhysicalInterfaceTestAGInsulationResistance", aGroundInsulationResistance, Kind::Integer,
                 "AGInsulationResistance"),
@@ -124,8 +129,8 @@ const Measure kMeasures[] = {
                 "BGInsulationResistance"),
     TR104_OUTER("Tr104PhysicalInterfaceTestABInsulationResistance", abInsulationResistance, Kind::Integer,
                 "ABInsulationResistance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABPolarityReversalResistance", abPolarityReversalResistance,
-                Kind::Integer, "ABPolarityReversalResistance"),
+    TR104_OUTER("Tr104PhysicalInterfaceTestABPolarityReversalResistance", abPolarityReversalResistance, Kind::Integer,
+                "ABPolarityReversalResistance"),
     TR104_OUTER("Tr104PhysicalInterfaceTestAGCapacitance", aGroundCapacitance, Kind::Integer, "AGCapacitance"),
     TR104_OUTER("Tr104PhysicalInterfaceTestBGCapacitance", bGroundCapacitance, Kind::Integer, "BGCapacitance"),
     TR104_OUTER("Tr104PhysicalInterfaceTestABCapacitance", abCapacitance, Kind::Integer, "ABCapacitance"),

@@ -125,6 +125,7 @@ struct Held {
     const char *getDone; // "%d" port and value, in the order above
     const char *setDone;
     const char *rangeError = nullptr;
+    const char *entry = nullptr;  // printed first: "%d" the flag, then the caller's value
 };
 int held(const Held &h, int nFlag, void *pValue, int *nLocate);
 

@@ -49,6 +49,9 @@ int held(const Held &h, int nFlag, void *pValue, int *nLocate) {
     if (rc != TR104_OK) {
         return rc;
     }
+    if (h.entry != nullptr) {
+        TR104_DEBUG_AS(h.sig.name, h.entry, nFlag, intValue(pValue));
+    }
     const int port = h.sig.scope == Scope::Gateway ? 0 : portOf(nLocate);
     int32_t &entry = h.values[h.sig.scope == Scope::Gateway ? 0 : port - 1];
     const auto print = [&](const char *format, int value) {
@@ -92,13 +95,15 @@ const Held kReversePole{{"Tr104PhysicalInterfaceReversePoleH248", "pReversePoleE
                         "nFlag[0], *pReversePoleEnable[%d], nLocate[1]=%d\n",
                         "nFlag[1], *pReversePoleEnable[%d], nLocate[1]=%d\n",
                         "ReversePole param error \n"};
-const Held kClipReversePole{{"Tr104PhysicalInterfaceClipReversePole", "pClipReversePole", Scope::Gateway, Access::GetSet},
-                            gClipReversePole,
-                            Accept::Bool,
-                            true,
-                            "get *pClipReversePole[%d]\n",
-                            "set *pClipReversePole[%d]\n",
-                            " ClipReversePole param error.\n"};
+const Held kClipReversePole{
+    {"Tr104PhysicalInterfaceClipReversePole", "pClipReversePole", Scope::Gateway, Access::GetSet},
+    gClipReversePole,
+    Accept::Bool,
+    true,
+    "get *pClipReversePole[%d]\n",
+    "set *pClipReversePole[%d]\n",
+    " ClipReversePole param error.\n",
+    "nFlag[%d], *pClipReversePole[%d]"};
 
 // Dial mode: one body for both protocols.  The port record and its dial-mode byte belong to
 // the analogue port, not to the signalling stack, so the same exchange serves SIP and H.248.

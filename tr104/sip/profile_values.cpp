@@ -29,26 +29,26 @@ constexpr ProfileValue gainValue(const char *name, const char *valueName, uint8_
                         TR104_ERR_EXCHANGE, getError, nullptr, rangeBound, rangeCreate, nullptr};
 }
 
-const ProfileValue kTransmitGain = gainValue("Tr104LineTransmitGainSip", "pLineTransmitGain", kTransmit,
-                                             TR104_PROFILE_TRANSMIT_GAIN, 32, "get line[%d] transmit gain error\n",
-                                             "transmit gain value is out of range[-32,32].\n",
-                                             "transmit gain value is out of range[-32,32].\n");
-// The bound path reports a receive gain with the transmit gain's words: operators grep for it.
-const ProfileValue kReceiveGain = gainValue("Tr104LineReceiveGainSip", "pLineReceiveGain", kReceive,
-                                            TR104_PROFILE_RECEIVE_GAIN, 31, "get line[%d] receive gain error\n",
-                                            "transmit gain value is out of range[-31,31].\n",
-                                            "receive gain value is out of range[-31,31].\n");
-const ProfileValue kEchoCancel = byteValue("Tr104LineEchoCancelFlagSip", "pLineEchoCancelFlag",
-                                           offsetof(Tr104SipProfileRecord, ucEchoCancel), TR104_PROFILE_ECHO_CANCEL,
-                                           "get line[%d] echo cancel error\n", "get line[%d] echo cancel [%d]\n");
-// Comfort noise shares the echo canceller's texts.
-const ProfileValue kComfortNoise = byteValue("Tr104LineComfortNoiseFlagSip", "pLineComfortNoiseFlag",
-                                             offsetof(Tr104SipProfileRecord, ucComfortNoise),
-                                             TR104_PROFILE_COMFORT_NOISE, "get line[%d] echo cancel error\n",
-                                             "get line[%d] echo cancel [%d]\n");
-const ProfileValue kJitterTarget = byteValue("Tr104LineJitterBufferTargetSip", "pLineJitterBufferTarget",
-                                             offsetof(Tr104SipProfileRecord, ucJitterTarget),
-                                             TR104_PROFILE_JITTER_TARGET, "get line[%d] jitter buffer target error\n");
+// In the order of LineAudio.  The audio settings take their handler's name when called: the SIP
+// and the H.248 variant of each are the same descriptor.
+const ProfileValue kLineAudio[] = {
+    gainValue(nullptr, "pLineTransmitGain", kTransmit, TR104_PROFILE_TRANSMIT_GAIN, 32,
+              "get line[%d] transmit gain error\n", "transmit gain value is out of range[-32,32].\n",
+              "transmit gain value is out of range[-32,32].\n"),
+    // The bound path reports a receive gain with the transmit gain's words: operators grep for it.
+    gainValue(nullptr, "pLineReceiveGain", kReceive, TR104_PROFILE_RECEIVE_GAIN, 31,
+              "get line[%d] receive gain error\n", "transmit gain value is out of range[-31,31].\n",
+              "receive gain value is out of range[-31,31].\n"),
+    byteValue(nullptr, "pLineEchoCancelFlag", offsetof(Tr104SipProfileRecord, ucEchoCancel), TR104_PROFILE_ECHO_CANCEL,
+              "get line[%d] echo cancel error\n", "get line[%d] echo cancel [%d]\n"),
+    // Comfort noise shares the echo canceller's texts.
+    byteValue(nullptr, "pLineComfortNoiseFlag", offsetof(Tr104SipProfileRecord, ucComfortNoise),
+              TR104_PROFILE_COMFORT_NOISE, "get line[%d] echo cancel error\n", "get line[%d] echo cancel [%d]\n"),
+    byteValue(nullptr, "pLineJitterBufferTarget", offsetof(Tr104SipProfileRecord, ucJitterTarget),
+              TR104_PROFILE_JITTER_TARGET, "get line[%d] jitter buffer target error\n"),
+};
+static_assert(sizeof(kLineAudio) / sizeof(kLineAudio[0]) == static_cast<size_t>(LineAudio::Count));
+
 const ProfileValue kDtmfMethod{{"Tr104ProfileDTMFMethodSip", "pProfileDTMFMethod", Locate::LineOrAll, Access::GetSet},
                                offsetof(Tr104SipProfileRecord, ucDtmfMethod), 1, TR104_PROFILE_DTMF_METHOD,
                                ProfileConv::DtmfText, 0, 0, TR104_ERR_PARAM, "get line[%d] DTMF method error\n",
@@ -236,14 +236,16 @@ int setProfileValue(const ProfileValue &v, int line, const void *pValue) {
     return sendProfile(v.sig.name, profile, BIND_PROFILE_ID, "BIND_PROFILE_ID msg snd failed.\n");
 }
 
-// Tr104LineGainSip: both directions through the port status block and one combined request
-// when the port has no profile yet.
-const Signature kGain{"Tr104LineGainSip", "pGain", Locate::Line, Access::GetSet};
 constexpr int kGainLow = -32;
 constexpr int kGainHigh = 32;
 
-int lineGain(int nFlag, int nDirection, void *pValue, int *nLocate) {
-    if (const int rc = checkArguments(kGain, nFlag, pValue, nLocate); rc != TR104_OK) {
+}  // namespace
+
+// Both directions through the port status block and one combined request when the port has no
+// profile yet.
+int lineGain(const char *name, int nFlag, int nDirection, void *pValue, int *nLocate) {
+    const Signature sig{name, "pGain", Locate::Line, Access::GetSet};
+    if (const int rc = checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
     const int line = lineOf(nLocate);
@@ -251,15 +253,15 @@ int lineGain(int nFlag, int nDirection, void *pValue, int *nLocate) {
     const uint8_t offset = receive ? kReceive : kTransmit;
     Tr104SipLineRecord status{};
     if (getLineStatus(line, &status) != 0) {
-        TR104_DEBUG_AS(kGain.name, "get port[%d] status error\n", line);
+        TR104_DEBUG_AS(sig.name, "get port[%d] status error\n", line);
         return TR104_ERR_EXCHANGE;
     }
     Tr104SipProfileRecord profile{};
     copyBounded(profile.aName, status.aProfileName, sizeof(profile.aName) - 1);
     if (nFlag == 0) {
-        if (readRecord(kGain.name, &profile, sizeof(profile), GET_PROFILE_CMD_ID) != TR104_OK) {
-            TR104_DEBUG_AS(kGain.name, receive ? "get line[%d] receive gain error\n" : "get line[%d] transmit gain error\n",
-                           line);
+        if (readRecord(sig.name, &profile, sizeof(profile), GET_PROFILE_CMD_ID) != TR104_OK) {
+            TR104_DEBUG_AS(sig.name,
+                           receive ? "get line[%d] receive gain error\n" : "get line[%d] transmit gain error\n", line);
             return TR104_ERR_EXCHANGE;
         }
         putInt(pValue, byteOf(profile, offset));
@@ -267,26 +269,24 @@ int lineGain(int nFlag, int nDirection, void *pValue, int *nLocate) {
     }
     const int gain = intValue(pValue);
     if (!inRange(gain, kGainLow, kGainHigh)) {
-        say(kGain.name, receive ? "receive gain value is out of range[-32,32].\n"
-                                : "transmit gain value is out of range[-32,32].\n");
+        say(sig.name, receive ? "receive gain value is out of range[-32,32].\n"
+                              : "transmit gain value is out of range[-32,32].\n");
         return TR104_ERR_EXCHANGE;
     }
     byteOf(profile, offset) = static_cast<int8_t>(gain);
     profile.unChangeMask = receive ? TR104_PROFILE_RECEIVE_GAIN : TR104_PROFILE_TRANSMIT_GAIN;
-    TR104_DEBUG_AS(kGain.name, "gain:%d profileid:%d.\n", gain, static_cast<int>(status.unProfileId));
+    TR104_DEBUG_AS(sig.name, "gain:%d profileid:%d.\n", gain, static_cast<int>(status.unProfileId));
     if (status.unProfileId != 0) {
         return sendtr104Msg(SET_PROFILE_CMD_ID, &profile, sizeof(profile)) == 0 ? TR104_OK : TR104_ERR_EXCHANGE;
     }
     nameForPort(profile, line);
     profile.ucPort = static_cast<uint8_t>(line);
     if (sendtr104Msg(CREATE_SET_BIND_PROFILE_ID, &profile, sizeof(profile)) != 0) {
-        say(kGain.name, "CREATE_SET_BIND_PROFILE_ID msg snd failed.\n");
+        say(sig.name, "CREATE_SET_BIND_PROFILE_ID msg snd failed.\n");
         return TR104_ERR_EXCHANGE;
     }
     return TR104_OK;
 }
-
-}  // namespace
 
 int profileValue(const ProfileValue &v, int nFlag, void *pValue, int *nLocate) {
     if (const int rc = checkArguments(v.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
@@ -308,30 +308,22 @@ int profileValue(const ProfileValue &v, int nFlag, void *pValue, int *nLocate) {
     return TR104_OK;
 }
 
+int lineAudio(LineAudio which, const char *name, int nFlag, void *pValue, int *nLocate) {
+    ProfileValue v = kLineAudio[static_cast<size_t>(which)];
+    v.sig.name = name;
+    return profileValue(v, nFlag, pValue, nLocate);
+}
+
 }  // namespace tr104::sip
 
-using tr104::sip::profileValue;
+#define TR104_LINE_AUDIO_SIP(name) TR104_LINE_AUDIO_VARIANT(name, Sip)
+TR104_LINE_AUDIO_SETTINGS(TR104_LINE_AUDIO_SIP)
 
 extern "C" {
-TR104_API int Tr104LineTransmitGainSip(int nFlag, void *pValue, int *nLocate) {
-    return profileValue(tr104::sip::kTransmitGain, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineReceiveGainSip(int nFlag, void *pValue, int *nLocate) {
-    return profileValue(tr104::sip::kReceiveGain, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineEchoCancelFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileValue(tr104::sip::kEchoCancel, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineComfortNoiseFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileValue(tr104::sip::kComfortNoise, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineJitterBufferTargetSip(int nFlag, void *pValue, int *nLocate) {
-    return profileValue(tr104::sip::kJitterTarget, nFlag, pValue, nLocate);
-}
 TR104_API int Tr104ProfileDTMFMethodSip(int nFlag, void *pValue, int *nLocate) {
-    return profileValue(tr104::sip::kDtmfMethod, nFlag, pValue, nLocate);
+    return tr104::sip::profileValue(tr104::sip::kDtmfMethod, nFlag, pValue, nLocate);
 }
 TR104_API int Tr104LineGainSip(int nFlag, int nDirection, void *pValue, int *nLocate) {
-    return tr104::sip::lineGain(nFlag, nDirection, pValue, nLocate);
+    return tr104::sip::lineGain(__func__, nFlag, nDirection, pValue, nLocate);
 }
 }

@@ -230,8 +230,9 @@ int activeProxy(int nFlag, void *pValue) {
     return TR104_OK;
 }
 
-// The proxy transport is a value of this library only; the voice module is not told.
-char keptTransport[8];
+// The proxy transport is a value of this library only; the voice module is not told.  It starts
+// as UDP, the transport the voice module's SIP stack uses until told otherwise.
+char keptTransport[8] = "UDP";
 
 int proxyTransport(int nFlag, void *pValue) {
     if (pValue == nullptr) {

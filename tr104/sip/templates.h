@@ -78,6 +78,29 @@ struct ProfileValue {
 // line 1 and then line 2.
 int profileValue(const ProfileValue &v, int nFlag, void *pValue, int *nLocate);
 
+// The audio settings of a line's voice profile, by their handlers' names (Tr104Line<name>Sip,
+// Tr104Line<name>H248).  SIP and H.248 set them through the same profile requests; a handler
+// passes its own name for the messages.
+#define TR104_LINE_AUDIO_SETTINGS(X) \
+    X(TransmitGain)                  \
+    X(ReceiveGain)                   \
+    X(EchoCancelFlag)                \
+    X(ComfortNoiseFlag)              \
+    X(JitterBufferTarget)
+#define TR104_LINE_AUDIO_NAME(name) name,
+enum class LineAudio : uint8_t { TR104_LINE_AUDIO_SETTINGS(TR104_LINE_AUDIO_NAME) Count };
+#undef TR104_LINE_AUDIO_NAME
+int lineAudio(LineAudio which, const char *name, int nFlag, void *pValue, int *nLocate);
+// The exported variant of one protocol: TR104_LINE_AUDIO_SETTINGS(TR104_LINE_AUDIO_SIP), say.
+#define TR104_LINE_AUDIO_VARIANT(name, protocol)                                                     \
+    extern "C" TR104_API int Tr104Line##name##protocol(int nFlag, void *pValue, int *nLocate) {      \
+        return tr104::sip::lineAudio(tr104::sip::LineAudio::name, __func__, nFlag, pValue, nLocate); \
+    }
+
+// Either gain, by direction (non-zero receive), through one combined request when the port has
+// no profile yet.
+int lineGain(const char *name, int nFlag, int nDirection, void *pValue, int *nLocate);
+
 // ---- Profile-wide values -----------------------------------------------------------------------
 
 // A word a set request carries beside the value: the selector of the field being set, or the

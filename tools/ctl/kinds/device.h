@@ -79,6 +79,8 @@ inline constexpr HandlerKind kDeviceKindRows[] = {
     {"Tr104LineCodecList", ValueKind::Text, kDefaultText},
     {"Tr069LineCodecListCodecType", ValueKind::Text, kDefaultText},
     {"Tr104LineAuthUserNameAndURIForTr069", ValueKind::Text, kAddressText, 5},
+    // The map serves the vendor path through the SIP variant; the wrapper serves either protocol.
+    {"Tr104LineJitterBufferTarget", ValueKind::Integer, 0},
 };
 
 #undef TR104_DEVICE_INT
