@@ -126,7 +126,7 @@ void defineCall(CLI::App &command, Options *opt, bool set) {
 // The commands that may follow init: get, set, watch and demo.
 void defineStartedCommands(CLI::App &parent, Options *opt) {
     defineCall(*parent.add_subcommand("get", "the value of a handler or path"), opt, false);
-    defineCall(*parent.add_subcommand("set", "set a handler or path"), opt, true);
+    defineCall(*parent.add_subcommand("set", "set a handler, or paths in PATH VALUE pairs (one message)"), opt, true);
     CLI::App *watch = parent.add_subcommand("watch", "print the voice module's change notifications as they arrive");
     watch->add_option("--seconds", opt->watchSeconds, "how long to wait (60; 0: until Ctrl-C)")
         ->check(numberIn(0, 86400));
