@@ -6,11 +6,18 @@ TR104_API and take (nFlag, pValue) or (nFlag, pValue, nLocate); a handler with n
 instance number of the path to an nLocate index.  Paths are unique.  Any problem stops the build
 with the line it is on.
 
-usage: gen_voice_map.py MAP.tsv INCLUDE_DIR OUT.c
+Two attributes of each entry are derived rather than written in the map: its deferred-buffer slot
+(from "deferred slot N" in its note) and whether its value is hidden.  A parameter of the standard
+is hidden when the standard's reference definition marks its syntax hidden="true" (the passwords);
+a vendor parameter (not in the definition) follows the same rule by name: a "...Password" is
+hidden.
+
+usage: gen_voice_map.py MAP.tsv INCLUDE_DIR REFERENCE.xml OUT.c
 """
 import glob
 import re
 import sys
+import xml.etree.ElementTree as ET
 
 TYPES = {'string', 'int', 'unsignedInt', 'boolean', 'dateTime', 'base64', 'float'}
 ACCESS = {'R', 'W', 'RW'}
@@ -38,13 +45,37 @@ def arity(args):
     return None
 
 
+ROOT = 'InternetGatewayDevice.Services.'
+SLOT = re.compile(r'deferred slot ([0-9]+)')
+
+
+def standard_parameters(xml_path):
+    """Every parameter path of the standard's definition: whether its value is hidden."""
+    params = {}
+    for obj in ET.parse(xml_path).getroot().iter():
+        if not obj.tag.endswith('object') or obj.get('name') is None:
+            continue
+        for p in obj:
+            if p.tag.endswith('parameter') and p.get('name'):
+                hidden = any(s.tag.endswith('syntax') and s.get('hidden') == 'true' for s in p)
+                params[ROOT + obj.get('name') + p.get('name')] = hidden
+    return params
+
+
+def hidden(path, standard):
+    if path in standard:
+        return standard[path]
+    return path.rsplit('.', 1)[-1].endswith('Password')
+
+
 def c_string(text):
     return '"' + text.replace('\\', '\\\\').replace('"', '\\"') + '"'
 
 
 def main():
-    tsv, include_dir, out = sys.argv[1:4]
+    tsv, include_dir, xml_path, out = sys.argv[1:5]
     decl = declarations(include_dir)
+    standard = standard_parameters(xml_path)
     rows, seen, errors = [], {}, []
     for number, line in enumerate(open(tsv, encoding='utf-8'), 1):
         line = line.rstrip('\n')
@@ -82,7 +113,9 @@ def main():
                 indexes = [int(x) for x in locate.split(',')]
                 if n != 3 or len(indexes) != instances or any(not 0 <= x <= 3 for x in indexes):
                     errors.append(f'{where}: locate {locate!r} does not fit {instances} instance(s) and {handler}')
-        rows.append((path, handler, n, indexes, instances, typ, access, value, convert, arg, note))
+        slot = SLOT.search(note)
+        rows.append((path, handler, n, indexes, instances, typ, access, value, convert, arg, note,
+                     int(slot.group(1)) if slot else -1, hidden(path, standard)))
     if errors:
         sys.exit('\n'.join(errors))
     served = sorted({r[1] for r in rows if r[1] != '-'})
@@ -91,16 +124,17 @@ def main():
         c.write("#include \"tr104.h\"\n#include \"tr104/map.h\"\n\n")
         c.write('#define FN(f) ((Tr104MapFunction)(f))\n\n')
         c.write('const Tr104MapEntry gTr104Map[] = {\n')
-        for path, handler, n, indexes, instances, typ, access, value, convert, arg, note in rows:
+        for path, handler, n, indexes, instances, typ, access, value, convert, arg, note, slot, secret in rows:
             loc = (indexes + [-1] * 4)[:4]
             fn = f'FN({handler})' if handler != '-' else 'NULL'
             name = c_string(handler) if handler != '-' else 'NULL'
-            c.write('    {%s, %s, %s, %d, {%s}, %d, %s, %s, %s, %s, %s, %s},\n' % (
+            c.write('    {%s, %s, %s, %d, {%s}, %d, %s, %s, %s, %s, %s, %s, %d, %d},\n' % (
                 c_string(path), name, fn, n, ', '.join(map(str, loc)), instances, c_string(typ), c_string(access),
-                c_string(value), c_string(convert), c_string(arg), c_string(note)))
+                c_string(value), c_string(convert), c_string(arg), c_string(note), slot, int(secret)))
         c.write('};\n')
         c.write('const unsigned int gTr104MapCount = sizeof(gTr104Map) / sizeof(gTr104Map[0]);\n')
-    print(f'{len(rows)} parameters, {sum(1 for r in rows if r[1] != "-")} served by {len(served)} handlers')
+    print(f'{len(rows)} parameters, {sum(1 for r in rows if r[1] != "-")} served by {len(served)} handlers, '
+          f'{sum(1 for r in rows if r[12])} hidden')
 
 
 if __name__ == '__main__':

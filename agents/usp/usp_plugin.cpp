@@ -153,12 +153,17 @@ extern "C" {
 // Values changed by the voice module on its own (a number given by the softswitch, a server
 // learnt at run time).  Every get asks the voice module, so the next get shows them; the agent's
 // value-change subscriptions on vendor parameters are served by its own polling, since the
-// vendor layer has no call that marks a parameter as changed.  Here they are logged.
+// vendor layer has no call that marks a parameter as changed.  Here they are logged, hidden
+// values (passwords) without their text.
 __attribute__((visibility("default"))) int notifyChangedValues_toTr069(int module, char **names, char **values,
                                                                        int count) {
     for (int i = 0; i < count; ++i) {
-        USP_LOG_Info("voice module changed %s to '%s' (module %d)", toAgent(names[i] ? names[i] : "").c_str(),
-                     values[i] ? values[i] : "", module);
+        const char *name = names[i] != nullptr ? names[i] : "";
+        const Tr104MapEntry *entry = nullptr;
+        const int found = tr104MapLookup(name, &entry, nullptr, nullptr, 0);
+        const bool hidden = (found == TR104_MAP_SERVED || found == TR104_MAP_NOT_SERVED) && entry->hidden != 0;
+        USP_LOG_Info("voice module changed %s to '%s'%s (module %d)", toAgent(name).c_str(),
+                     hidden || values[i] == nullptr ? "" : values[i], hidden ? " (hidden)" : "", module);
     }
     return 0;
 }
@@ -222,8 +227,11 @@ __attribute__((visibility("default"))) int VENDOR_Stop(void) {
     for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
         if (getTr104CfgParamInfoCfgFlag(slot) != 0) {
             USP_LOG_Info("libtr104-usp: applying the waiting values of group %d", slot);
-            timerHandleFunc(slot);
         }
+    }
+    char error[256] = "";
+    if (tr104MapApplyGroups(nullptr, 0, error, sizeof(error)) != 0) {
+        USP_LOG_Warning("libtr104-usp: %s", error);
     }
     return USP_ERR_OK;
 }

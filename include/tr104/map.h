@@ -36,6 +36,10 @@ typedef struct Tr104MapEntry {
     const char *convert;  /* "-", "bool01", "dotted" or "enum:TEXT=N,..." */
     const char *arg;      /* "-", or "nLocate[K]=N": a fixed instance number (applied by the lookup) */
     const char *note;     /* the deferred group or protocol; why a parameter is not served */
+    /* The deferred buffer's slot a set stages its value in; -1 when a set is sent at once. */
+    int deferredSlot;
+    /* 1: the standard hides the value (a password): a get by path reads it as "". */
+    int hidden;
 } Tr104MapEntry;
 
 TR104_MAP_API extern const Tr104MapEntry gTr104Map[];
@@ -86,9 +90,20 @@ TR104_MAP_API int tr104MapResolve(const char *path, int set, const Tr104MapEntry
                                   unsigned int errorLen);
 
 /* Get and set by concrete path, with the data model's values: lookup, access, conversion and the
- * call.  On a failure error receives one line naming the path (and the handler and its result). */
+ * call.  On a failure error receives one line naming the path (and the handler and its result).
+ * A get of a hidden parameter calls its handler as any get does (a failing exchange still
+ * fails) and gives the empty text in place of its value. */
 TR104_MAP_API int tr104MapGet(const char *path, char *value, unsigned int valueLen, char *error, unsigned int errorLen);
 TR104_MAP_API int tr104MapSet(const char *path, const char *value, char *error, unsigned int errorLen);
+
+/* Applies now the groups of the deferred buffer that sets of these concrete paths (count of them)
+ * staged and that are still waiting, as one management message is applied when it ends: a group
+ * the sets completed has already been sent by its last handler; a group still incomplete is
+ * sent as its slot's timer would send it, completed from the voice module's current values.
+ * The slot's timer is cancelled first.  paths NULL: every waiting group.  Unknown paths and
+ * paths of values sent at once are passed over.  Returns 0, or -1 when a group could not be
+ * sent (error: one line naming its slot); the other groups are still applied. */
+TR104_MAP_API int tr104MapApplyGroups(const char *const *paths, unsigned int count, char *error, unsigned int errorLen);
 
 TR104_EXTERN_C_END
 

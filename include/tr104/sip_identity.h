@@ -37,6 +37,18 @@ enum Tr104SipIdentityCommandId {
 /* An identity text: at most 65 characters and a terminator. */
 #define TR104_LINE_IDENTITY_LEN 66
 
+/* The line record (452 bytes) as the identity commands fill it: the line number and, by
+ * command, the directory number or URI, or the authentication user name and password. */
+typedef struct Tr104SipLineIdentityRecord {
+    uint32_t unLine; /*   0 line number, 1 or 2 */
+    uint8_t aucReserved1[4]; /*   4 */
+    char aNumber[TR104_LINE_IDENTITY_LEN]; /*   8 directory number or URI */
+    uint8_t aucReserved2[150]; /*  74 */
+    char aAuthUserName[TR104_LINE_IDENTITY_LEN]; /* 224 authentication user name */
+    char aAuthPassword[TR104_LINE_IDENTITY_LEN]; /* 290 authentication password */
+    uint8_t aucReserved3[96]; /* 356 */
+} Tr104SipLineIdentityRecord;
+
 TR104_API int Tr104LineTelNumSip(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104LineURISip(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104LineAuthUserNameSip(int nFlag, void *pValue, int *nLocate);

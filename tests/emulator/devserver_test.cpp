@@ -1,7 +1,9 @@
 // The emulator as a development server: the configuration survives a restart through the state
 // file, and the console answers on the control socket as on standard input.
+#include <dirent.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -14,12 +16,25 @@
 #include "emulator/protocol_family.h"
 #include "emulator/state_file.h"
 #include "support/channel_fixture.h"
+#include "tr104/sip_identity.h"
 
 namespace {
 
 using Records = std::vector<vmemu::VoiceModuleEmulator::StoredRecord>;
 
 std::string tempPath(const char *name) { return testing::TempDir() + "tr104-devserver-" + name; }
+
+// Files of the test folder whose names start with `prefix`.
+int filesStartingWith(const std::string &prefix) {
+    int n = 0;
+    if (DIR *dir = opendir(testing::TempDir().c_str())) {
+        while (const dirent *e = readdir(dir)) {
+            n += std::string(e->d_name).rfind(prefix, 0) == 0;
+        }
+        closedir(dir);
+    }
+    return n;
+}
 
 TEST(StateFile, EveryRecordComesBackAsSaved) {
     const std::string path = tempPath("state.json");
@@ -38,8 +53,15 @@ TEST(StateFile, EveryRecordComesBackAsSaved) {
     vmemu::setVoiceAddress(before, 0x0A000002, 0xFFFFFF00, 0x0A000001);
     vmemu::setLed(before, 2);
     vmemu::h248::setMgcState(before, 1, 2, "10.9.8.7");
+    // A file everybody could read is replaced by one only its owner can: it holds passwords.
+    std::ofstream(path) << "{}";
+    ASSERT_EQ(chmod(path.c_str(), 0644), 0);
     std::string error;
     ASSERT_TRUE(vmemu::saveState(before, path, &error)) << error;
+    struct stat st {};
+    ASSERT_EQ(stat(path.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0600u);
+    EXPECT_EQ(filesStartingWith("tr104-devserver-state.json"), 1) << "no temporary file is left beside it";
 
     vmemu::VoiceModuleEmulator after;
     ASSERT_TRUE(vmemu::loadState(after, path, &error)) << error;
@@ -68,6 +90,8 @@ TEST(StateFile, RefusesWhatItCannotRead) {
         {"{\"families\": {\"x\": [{\"key\": \"\", \"length\": \"4\", \"data\": \"\"}]}}", false},  // length as text
         {"{\"families\": {}, \"areas\": {\"net\": {\"ip\": \"00\"}}}", false},  // a record of 1 byte
         {"{\"families\": {}, \"areas\": {\"device\": {\"led\": \"on\"}}}", false},  // a word as text
+        {"[1, 2]", false},
+        {"", false},
         {"{\"families\": {}, \"areas\": {}}", true},
         {"{\"families\": {}}", true},
     };
@@ -78,10 +102,16 @@ TEST(StateFile, RefusesWhatItCannotRead) {
         std::string error;
         EXPECT_EQ(vmemu::loadState(emulator, path, &error), row.loads) << row.text;
         EXPECT_EQ(error.empty(), row.loads) << row.text;
+        EXPECT_EQ(error.find('\n'), std::string::npos) << error;
     }
+    // Not a file at all.
+    std::string error;
+    vmemu::VoiceModuleEmulator emulator;
+    EXPECT_FALSE(vmemu::loadState(emulator, testing::TempDir(), &error));
+    EXPECT_NE(error.find("not a regular file"), std::string::npos) << error;
     std::remove(path.c_str());
     vmemu::VoiceModuleEmulator fresh;
-    std::string error;
+    error.clear();
     EXPECT_TRUE(vmemu::loadState(fresh, path, &error)) << "a missing file is a first start";
 }
 
@@ -157,6 +187,40 @@ TEST_F(ControlSocket, AnswersTheConsoleCommandsOnOneConnection) {
 
     server.stop();
     EXPECT_NE(access(path.c_str(), F_OK), 0) << "the socket file is removed on stop";
+}
+
+// A line's password is kept and answered, and shown nowhere: not in the request log, not in the
+// console's answers.
+TEST_F(ControlSocket, PasswordsAreAnsweredButNeverShown) {
+    Tr104SipLineIdentityRecord record{};
+    record.unLine = 2;
+    std::strcpy(record.aAuthUserName, "alice");
+    std::strcpy(record.aAuthPassword, "s3cret");
+    Tr104Msg set = request(SET_USER_AUTHOR_ID);
+    std::memcpy(set.cfgBuffer, &record, sizeof(record));
+    ASSERT_EQ(msgSndAndRcvSem(&set, 1), 0);  // send only
+    Tr104Msg get = request(GET_USER_AUTHOR_ID);
+    std::memcpy(get.cfgBuffer, &record, sizeof(record));  // a get that carries the password too
+    ASSERT_EQ(msgSndAndRcvSem(&get, 0), TR104_MSG_TEXT_LEN);
+    Tr104SipLineIdentityRecord answered{};
+    std::memcpy(&answered, get.rspBuffer, sizeof(answered));
+    EXPECT_STREQ(answered.aAuthPassword, "s3cret");
+
+    const std::vector<vmemu::Request> logged = emulator.requests();
+    ASSERT_EQ(logged.size(), 2u);
+    for (const vmemu::Request &r : logged) {
+        EXPECT_EQ(r.text_at(offsetof(Tr104SipLineIdentityRecord, aAuthPassword), 66), "********") << r.cmd;
+        EXPECT_EQ(r.text_at(offsetof(Tr104SipLineIdentityRecord, aAuthUserName), 66), "alice") << r.cmd;
+        const std::string text(r.text.begin(), r.text.end());
+        EXPECT_EQ(text.find("s3cret"), std::string::npos) << r.cmd;
+    }
+    const std::string hexPassword = "73 33 63 72 65 74";
+    for (const char *line : {"requests 16585 452", "requests 16586 452", "log 5"}) {
+        const std::string answer = ask(line, "\n");
+        EXPECT_EQ(answer.find(hexPassword), std::string::npos) << line << " -> " << answer;
+        EXPECT_EQ(answer.find("s3cret"), std::string::npos) << line << " -> " << answer;
+    }
+    EXPECT_NE(ask("requests 16585 452", "\n").find("61 6c 69 63 65"), std::string::npos) << "the user name is shown";
 }
 
 }  // namespace

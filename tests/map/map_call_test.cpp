@@ -7,9 +7,14 @@
 
 #include <cstring>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include "support/channel_fixture.h"
 #include "tr104/map.h"
+#include "tr104/sip_identity.h"
+#include "tr104/sip_servers.h"
+#include "tr104/startup.h"
 
 namespace {
 
@@ -130,6 +135,90 @@ TEST_F(MapCall, RefusalsSendNothingAndFailuresNameTheParameter) {
     EXPECT_EQ(std::string(error), enable + ": Tr104LineEnable returned -1: the exchange with the voice module "
                                            "failed or its answer was unusable");
     EXPECT_EQ(tr104test::semValue(), 1);
+}
+
+// The end of one management message: the groups its sets left waiting are written at once, each
+// once, completed from the voice module's values, and their timers do not write them again.  A
+// hidden value reads empty by path while its handler still answers it.
+class MapGroups : public MapCall {
+protected:
+    void SetUp() override {
+        MapCall::SetUp();
+        static const bool started = v2lin_init() == 0 && constructTr104CfgParamInfo() == 0;
+        ASSERT_TRUE(started);
+        savedTimeout_ = gTr104CfgParamTimeout;
+        gTr104CfgParamTimeout = kTimeoutMs;
+    }
+    void TearDown() override {
+        for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
+            resetTr104CfgParamInfo(slot);
+        }
+        gTr104CfgParamTimeout = savedTimeout_;
+        MapCall::TearDown();
+    }
+    static bool idle(int slot) {
+        return gTr104CfgParamInfo[slot].timerStarted == 0 && gTr104CfgParamInfo[slot].cfgFlag == 0;
+    }
+    static constexpr int kTimeoutMs = 300;
+    int32_t savedTimeout_ = 0;
+};
+
+TEST_F(MapGroups, WaitingGroupsAreWrittenOnceAtTheEnd) {
+    const std::string profile = kRoot + "Services.VoiceService.1.VoiceProfile.1.";
+    const std::string port = profile + "SIP.ProxyServerPort", password = kLine + "1.SIP.AuthPassword",
+                      enable = kLine + "1.Enable";
+    char error[256] = "";
+    for (const auto &[path, value] :
+         {std::pair(port, "5070"), std::pair(password, "s3cret"), std::pair(enable, "Enabled")}) {
+        ASSERT_EQ(tr104MapSet(path.c_str(), value, error, sizeof(error)), 0) << error;
+    }
+    EXPECT_FALSE(idle(3));
+    EXPECT_FALSE(idle(5));
+    EXPECT_TRUE(emulator.requestsFor(SET_PROXY_CFG_ID).empty());
+    const char *paths[] = {port.c_str(), password.c_str(), enable.c_str(), "no.such.path"};
+    ASSERT_EQ(tr104MapApplyGroups(paths, 4, error, sizeof(error)), 0) << error;
+    // The line's enable, then a read and a write per group (writes go unanswered: wait for them).
+    ASSERT_TRUE(emulator.waitForRequests(5, std::chrono::seconds(5)));
+    EXPECT_TRUE(idle(3));
+    EXPECT_TRUE(idle(5));
+    // Each incomplete group: its current values read, then one write.
+    for (const uint32_t cmd : {uint32_t{GET_PROXY_CFG_ID}, uint32_t{SET_PROXY_CFG_ID}, uint32_t{GET_USER_AUTHOR_ID},
+                               uint32_t{SET_USER_AUTHOR_ID}}) {
+        EXPECT_EQ(emulator.requestsFor(cmd).size(), 1u) << cmd;
+    }
+    // The timers were cancelled: three of their delays later nothing more has been written.
+    const size_t before = emulator.requestCount();
+    std::this_thread::sleep_for(std::chrono::milliseconds(3 * kTimeoutMs));
+    EXPECT_EQ(emulator.requestCount(), before);
+
+    char value[128] = "";
+    ASSERT_EQ(tr104MapGet(port.c_str(), value, sizeof(value), error, sizeof(error)), 0) << error;
+    EXPECT_STREQ(value, "5070");
+    std::strcpy(value, "stale");
+    ASSERT_EQ(tr104MapGet(password.c_str(), value, sizeof(value), error, sizeof(error)), 0) << error;
+    EXPECT_STREQ(value, "") << "a hidden value reads empty by path";
+    int locate[4] = {0, 1, 1, 0};
+    char text[TR104_LINE_IDENTITY_LEN] = "";
+    ASSERT_EQ(Tr104LineAuthPasswordSip(0, text, locate), 0);
+    EXPECT_STREQ(text, "s3cret") << "the handler answers the agent as ever";
+
+    // Nothing waiting: nothing sent.
+    const size_t settled = emulator.requestCount();
+    EXPECT_EQ(tr104MapApplyGroups(paths, 4, error, sizeof(error)), 0);
+    EXPECT_EQ(tr104MapApplyGroups(nullptr, 0, error, sizeof(error)), 0);
+    EXPECT_EQ(emulator.requestCount(), settled);
+}
+
+TEST_F(MapGroups, AGroupThatCannotBeCompletedIsReportedAndDropped) {
+    const std::string port = kRoot + "Services.VoiceService.1.VoiceProfile.1.SIP.ProxyServerPort";
+    char error[256] = "";
+    ASSERT_EQ(tr104MapSet(port.c_str(), "5070", error, sizeof(error)), 0) << error;
+    emulator.setFault(GET_PROXY_CFG_ID, vmemu::FaultSpec{vmemu::Fault::FailureMarker});
+    const char *paths[] = {port.c_str()};
+    EXPECT_EQ(tr104MapApplyGroups(paths, 1, error, sizeof(error)), -1);
+    EXPECT_STREQ(error, "the values staged in slot 3 of the deferred buffer could not be sent");
+    EXPECT_TRUE(idle(3));
+    EXPECT_TRUE(emulator.requestsFor(SET_PROXY_CFG_ID).empty());
 }
 
 }  // namespace

@@ -123,4 +123,33 @@ TEST(Map, TextBuffersHoldTheLongestTextTheHandlerWrites) {
     }
 }
 
+// The values the standard's definition hides are its passwords; the vendor's PPPoE password is
+// hidden alike.  Each grouped parameter knows its slot of the deferred buffer.
+TEST(Map, PasswordsAreHiddenAndGroupedValuesKnowTheirSlot) {
+    int hidden = 0;
+    for (unsigned i = 0; i < gTr104MapCount; ++i) {
+        const Tr104MapEntry &e = gTr104Map[i];
+        const std::string path = e.path;
+        const bool password = path.size() > 8 && path.compare(path.size() - 8, 8, "Password") == 0;
+        EXPECT_EQ(e.hidden, password ? 1 : 0) << path;
+        hidden += e.hidden;
+        EXPECT_EQ(e.deferredSlot >= 0, std::strstr(e.note, "deferred slot") != nullptr) << path;
+    }
+    EXPECT_EQ(hidden, 5);  // four of the standard's, one of the vendor's
+    const struct {
+        const char *pattern;
+        int slot;
+    } grouped[] = {
+        {"InternetGatewayDevice.Services.VoiceService.{i}.VoiceProfile.{i}.SIP.ProxyServerPort", 3},
+        {"InternetGatewayDevice.Services.VoiceService.{i}.VoiceProfile.{i}.Line.{i}.SIP.AuthPassword", 5},
+        {"InternetGatewayDevice.X_QRV_VOIP_IPPARAMS.SubnetMask", 0},
+        {"InternetGatewayDevice.Services.VoiceService.{i}.VoiceProfile.{i}.Line.{i}.Enable", -1},
+    };
+    for (const auto &g : grouped) {
+        const Tr104MapEntry *e = tr104MapFind(g.pattern);
+        ASSERT_NE(e, nullptr) << g.pattern;
+        EXPECT_EQ(e->deferredSlot, g.slot) << g.pattern;
+    }
+}
+
 }  // namespace

@@ -124,7 +124,7 @@ notify [module 28] $p.SIP.ProxyServerPort = \"5062\"
 notify [module 28] $p.SIP.X_CT-COM_Standby-RegistrarServer = \"10.0.0.2\"
 notify [module 28] $p.SIP.X_CT-COM_Standby-RegistrarServerPort = \"5070\"
 notify [module 28] $p.Line.2.SIP.AuthUserName = \"alice\"
-notify [module 28] $p.Line.2.SIP.AuthPassword = \"s3cret\"" -- watch --emulate
+notify [module 28] $p.Line.2.SIP.AuthPassword = \"\" (hidden)" -- watch --emulate
 check "watch: totals" 0 "the agent received 5 notification(s) with 8 value(s)" -- watch --emulate
 check "watch under H.248: changes dropped" 0 "protocol type is 2" "the agent received 0 notification(s)" -- \
   --protocol H.248 watch --emulate
@@ -166,6 +166,56 @@ check "deferred set: applied by the timer" 0 "staged in slot 3 of the deferred b
   "slot 3 applied by its timer after" -- set Tr104SipProxyServerPort -- 5070
 check "deferred set read back" 0 "=5070" -- get Tr104SipProxyServerPort
 check "deferred set refused before staging" 1 "returned -2" -- set Tr104SipProxyServerPort -- 65536
+
+# Sets by path in pairs are one management message: the proxy's address and port reach the voice
+# module as one write, the line's user name and password as another, nothing waits for a timer;
+# a get right after reads them back (the password empty: the data model hides it), and the
+# voice module's request log shows the password only as stars.  A group left incomplete (a port
+# alone) is written at the end of the message, completed from the voice module's values.
+# requests CMD: how many requests of that command the emulator has seen.
+requests() {
+  console "requests $1 452" "requests cmd=$1:"
+  grep -F "requests cmd=$1:" "$work/vmemu.log" | tail -1 | awk '{print $3}'
+}
+served() {
+  console "log 0" "requests served"
+  grep -F "requests served" "$work/vmemu.log" | tail -1 | awk '{print $1}'
+}
+proxy_writes=$(requests 16392) auth_writes=$(requests 16585) registrar_writes=$(requests 16389)
+check "sets in pairs: one write per group" 0 "ProxyServerPort: set, completing slot 3: its group written at once" \
+  "Line.1.SIP.AuthPassword: set, completing slot 5" -- set $p.SIP.ProxyServer proxy.example.net \
+  $p.SIP.ProxyServerPort 5070 $p.Line.1.SIP.AuthUserName alice $p.Line.1.SIP.AuthPassword s3cret
+written="$(($(requests 16392) - proxy_writes)) $(($(requests 16585) - auth_writes))"
+[ "$written" = "1 1" ] || { echo "FAIL sets in pairs: proxy and authentication writes $written, not 1 1"; failures=$((failures + 1)); }
+check "sets in pairs: proxy read back" 0 "=proxy.example.net" -- get $p.SIP.ProxyServer
+check "sets in pairs: port read back" 0 "=5070" -- get $p.SIP.ProxyServerPort
+check "sets in pairs: user name read back" 0 "=alice" -- get $p.Line.1.SIP.AuthUserName
+check "sets in pairs: password hidden by path" 0 "=" -- get $p.Line.1.SIP.AuthPassword
+check "sets in pairs: password hidden by handler" 0 "=" -- get Tr104LineAuthPassword --line 1
+run dump $p.Line.1.SIP
+hidden=0
+grep -qxF "$p.Line.1.SIP.AuthPassword = " <<< "$out" && ! grep -qF s3cret <<< "$out" && hidden=1
+verdict "dump: password hidden" "$hidden" 0 "$p.Line.1.SIP.AuthPassword = (empty)"
+hidden=0
+grep -qF "2a 2a 2a 2a 2a 2a 2a 2a" "$work/vmemu.log" && ! grep -qF "73 33 63 72 65 74" "$work/vmemu.log" && hidden=1
+status=0 out=$(grep -F "request cmd=16585" "$work/vmemu.log" | tail -1)
+verdict "request log: password as stars" "$hidden" 0 "2a 2a ... and no 73 33 63 72 65 74"
+check "sets in pairs: a lone port written at the end" 0 "staged in slot 1" \
+  "slot 1: writing its staged values now" -- set $p.SIP.RegistrarServerPort 5071 $p.Line.1.Enable Enabled
+[ "$(($(requests 16389) - registrar_writes))" = 1 ] || { echo "FAIL sets in pairs: the lone port was not written once"; failures=$((failures + 1)); }
+check "sets in pairs: lone port read back" 0 "=5071" -- get $p.SIP.RegistrarServerPort
+before=$(served)
+check "sets in pairs: unknown path" 2 "no such parameter in the voice data model: '$p.SIP.ProxyServerPot'" -- \
+  set $p.SIP.ProxyServer proxy2.example.net $p.SIP.ProxyServerPot 5071
+check "sets in pairs: bad value" 2 "$p.SIP.ProxyServerPort: 'many' is not an unsignedInt" -- \
+  set $p.SIP.ProxyServer proxy2.example.net $p.SIP.ProxyServerPort many
+check "sets in pairs: text too long" 2 "AuthUserName: a text of at most 65 characters, not 66" -- \
+  set $p.SIP.ProxyServer proxy2.example.net $p.Line.1.SIP.AuthUserName "$(printf 'u%.0s' $(seq 66))"
+check "sets in pairs: a path without a value" 2 "'$p.Line.1.Enable' has no value" -- \
+  set $p.SIP.ProxyServer proxy2.example.net $p.Line.1.Enable
+check "sets in pairs: handler names are set alone" 2 "several values are set by data-model path only" -- \
+  set Tr104LineEnable --line 1 -- 1 2
+[ "$(served)" = "$before" ] || { echo "FAIL sets in pairs: a refused set sent requests"; failures=$((failures + 1)); }
 
 # A dump sees one refused command as one fault; a voice module that stops answering ends the
 # dump early, with the rest reported unread.

@@ -19,6 +19,7 @@ constexpr size_t kPasswordOffset = 290;
 constexpr uint32_t kSetTelNum = 16578, kGetTelNum = 16579;
 constexpr uint32_t kSetUri = 16588, kGetUri = 16589;
 constexpr uint32_t kSetAuth = 16585, kGetAuth = 16586;
+constexpr char kHiddenInLog[] = "********";  // a password as the voice module's request log shows it
 
 int failingApply(Tr104Msg *, void *) { return -1; }
 
@@ -47,6 +48,13 @@ protected:
         std::memset(r.data() + offset, 0, 66);
         std::strncpy(r.data() + offset, text, 65);
         emulator.put(family, r.data(), r.size());
+    }
+    // The password the voice module keeps for a line: its request log shows "********".
+    std::string storedPassword(int lineNo) {
+        Tr104SipLineIdentityRecord key{};
+        key.unLine = static_cast<uint32_t>(lineNo);
+        const auto stored = emulator.get("sip line auth", &key, sizeof(key));
+        return stored ? std::string(stored->data() + kPasswordOffset) : "(none)";
     }
     void storeAuth(int lineNo, const char *user, const char *password) {
         storeText("sip line auth", lineNo, kUserOffset, user);
@@ -113,7 +121,8 @@ TEST_F(Identity, TextsUpTo65CharactersAreAccepted) {
     EXPECT_EQ(sent[1].text_at(kNumberOffset, 70), longest);
     EXPECT_EQ(sent[2].cmd, kSetAuth);
     EXPECT_EQ(sent[2].text_at(kUserOffset, 66), longest);
-    EXPECT_EQ(sent[2].text_at(kPasswordOffset, 66), longest);
+    EXPECT_EQ(sent[2].text_at(kPasswordOffset, 66), kHiddenInLog);
+    EXPECT_EQ(storedPassword(1), longest);
 }
 
 TEST_F(Identity, ArgumentsAreChecked) {
@@ -148,7 +157,8 @@ TEST_F(Identity, UserNameAndPasswordGoInOneRequest) {
     EXPECT_EQ(sent[0].cmd, kSetAuth);
     EXPECT_EQ(sent[0].word<uint32_t>(0), 2u);
     EXPECT_EQ(sent[0].text_at(kUserOffset, 66), "alice");
-    EXPECT_EQ(sent[0].text_at(kPasswordOffset, 66), "secret");
+    EXPECT_EQ(sent[0].text_at(kPasswordOffset, 66), kHiddenInLog);
+    EXPECT_EQ(storedPassword(2), "secret");
 
     EXPECT_EQ(getText(Tr104LineAuthUserNameSip, line(2)), "alice");
     EXPECT_EQ(getText(Tr104LineAuthPasswordSip, line(2)), "secret");
@@ -168,7 +178,8 @@ TEST_F(Identity, AWriteForTheOtherLineMovesTheStagedValues) {
     EXPECT_EQ(sent[0].cmd, kSetAuth);
     EXPECT_EQ(sent[0].word<uint32_t>(0), 2u);  // the line of the latest write
     EXPECT_EQ(sent[0].text_at(kUserOffset, 66), "bob");
-    EXPECT_EQ(sent[0].text_at(kPasswordOffset, 66), "pw2");
+    EXPECT_EQ(sent[0].text_at(kPasswordOffset, 66), kHiddenInLog);
+    EXPECT_EQ(storedPassword(2), "pw2");
 }
 
 // The password alone is completed by the slot's timer with the line's current user name.
@@ -190,7 +201,8 @@ TEST_F(Identity, PasswordOnlyReadsTheCurrentUserNameAndSendsBoth) {
     EXPECT_EQ(sent[1].cmd, kSetAuth);
     EXPECT_EQ(sent[1].word<uint32_t>(0), 1u);
     EXPECT_EQ(sent[1].text_at(kUserOffset, 66), "carol");
-    EXPECT_EQ(sent[1].text_at(kPasswordOffset, 66), "new-password");
+    EXPECT_EQ(sent[1].text_at(kPasswordOffset, 66), kHiddenInLog);
+    EXPECT_EQ(storedPassword(1), "new-password");
 }
 
 // The management agent's user name write: the URI follows it while the line has no number.

@@ -14,8 +14,10 @@
 // `init` runs the library's full start-up (Tr104VoiceCfgInit) before the command, as the
 // management agent does; `watch` and `demo` always do.  A set of a parameter that the library
 // stages in its deferred buffer (server addresses and ports, user name and password) starts the
-// runtime and the buffer by itself and waits until the slot has been applied, because a value
-// still staged when the client ends never reaches the voice module.  It does not start the
+// runtime and the buffer by itself, because a value still staged when the client ends never
+// reaches the voice module: a set by handler name waits until the slot has been applied; sets by
+// path (`set PATH VALUE [PATH VALUE]...`) are one management message, whose waiting groups are
+// written when its last pair has been set.  Hidden values (passwords) are never printed.  It does not start the
 // inbound thread: that would read the inbound queue of the client's module kind and take the
 // messages meant for the management agent running as that kind.
 #include <sched.h>
@@ -36,6 +38,7 @@
 #include "ctl/demo.h"
 #include "ctl/invoke.h"
 #include "ctl/library.h"
+#include "ctl/path_set.h"
 #include "ctl/paths.h"
 #include "ctl/startup.h"
 #include "ctl/value_kinds.h"
@@ -62,6 +65,8 @@ enum class Emulate { Auto, Always, Never };
 struct Options {
     std::string command;  // get, set, init, watch, demo, list or an area command's name
     CallRequest call;
+    std::vector<std::string> setValues;  // set: the value, then further PATH VALUE pairs
+    std::vector<PathSet> pathSets;  // set by path: the checked pairs
     std::string library;
     Emulate emulate = Emulate::Auto;
     std::string protocolName;
@@ -83,14 +88,19 @@ const char kDescription[] =
     "gets or sets any handler by name (with its locator) or by data-model path.\n"
     "Without --emulate or --no-emulate the emulator plays the voice module when none answers (watch: only\n"
     "with --emulate).  init, watch and demo run the library's full start-up (Tr104VoiceCfgInit); a set of a\n"
-    "deferred parameter waits until its group is applied.  Values starting with '-' go after --.";
+    "deferred parameter by handler name waits until its group is applied; sets by path take several PATH\n"
+    "VALUE pairs, checked before anything is sent and applied as one message.  Hidden values (passwords)\n"
+    "read as empty.  Values starting with '-' go after --.";
 
 // get and set: the handler or path, the locator and the value kind.
 void defineCall(CLI::App &command, Options *opt, bool set) {
     command.add_option("NAME", opt->call.handler, "an exported handler (Tr104LineEnable) or a data-model path")
         ->required();
     if (set) {
-        command.add_option("VALUE", opt->call.value, "the value (the data model's form for a path)")->required();
+        command
+            .add_option("VALUE", opt->setValues,
+                        "the value (the data model's form for a path); after a path, more PATH VALUE pairs")
+            ->required();
     }
     command.add_option("--line", opt->call.locate[2], "nLocate[2] (1)")->check(numberIn(0, 65535));
     command.add_option("--profile", opt->call.locate[1], "nLocate[1] (1)")->check(numberIn(0, 65535));
@@ -107,13 +117,16 @@ void defineCall(CLI::App &command, Options *opt, bool set) {
     command.callback([opt, set] {
         opt->command = set ? "set" : "get";
         opt->call.set = set;
+        if (set) {
+            opt->call.value = opt->setValues.front();
+        }
     });
 }
 
 // The commands that may follow init: get, set, watch and demo.
 void defineStartedCommands(CLI::App &parent, Options *opt) {
     defineCall(*parent.add_subcommand("get", "the value of a handler or path"), opt, false);
-    defineCall(*parent.add_subcommand("set", "set a handler or path"), opt, true);
+    defineCall(*parent.add_subcommand("set", "set a handler, or paths in PATH VALUE pairs (one message)"), opt, true);
     CLI::App *watch = parent.add_subcommand("watch", "print the voice module's change notifications as they arrive");
     watch->add_option("--seconds", opt->watchSeconds, "how long to wait (60; 0: until Ctrl-C)")
         ->check(numberIn(0, 86400));
@@ -185,6 +198,17 @@ int parseOptions(int argc, char **argv, Options *opt) {
             return fail("unknown command '" + rest[0] + "' (" + known + ")");
         }
         return fail(std::string(e.what()) + " (tr104ctl --help)");
+    }
+    // Sets by path are checked before the voice module is asked anything.
+    if (opt->command == "set" && looksLikePath(opt->call.handler)) {
+        std::vector<std::string> words{opt->call.handler};
+        words.insert(words.end(), opt->setValues.begin(), opt->setValues.end());
+        if (std::string why; !checkPathSets(words, &opt->pathSets, &why)) {
+            return fail(why);
+        }
+    } else if (opt->command == "set" && opt->setValues.size() > 1) {
+        return fail("several values are set by data-model path only (PATH VALUE pairs), not with '" +
+                    opt->call.handler + "'");
     }
     // Module kinds 5 to 7 have no inbound queue.
     if (opt->command == "watch" && opt->moduleKind > 4) {
@@ -360,7 +384,10 @@ int runCall(const Library &lib, const CallRequest &requested) {
         return waitDeferred(lib, result.calledName, slot, start);
     }
     if (!call.set) {
-        std::printf("%s\n", entry != nullptr ? toModelValue(*entry, result.shown).c_str() : result.shown.c_str());
+        // A hidden value (a password) reads as empty, by path and by handler name alike.
+        const bool hidden = entry != nullptr ? entry->hidden != 0 : hiddenHandler(result.calledName);
+        const std::string shown = hidden ? "" : result.shown;
+        std::printf("%s\n", entry != nullptr ? toModelValue(*entry, shown).c_str() : shown.c_str());
     }
     return 0;
 }
@@ -411,6 +438,9 @@ static int run(int argc, char **argv) {
     if (opt.command == "watch") {
         return channel.emulator() != nullptr ? watchScripted(lib, *channel.emulator())
                                              : watchLive(lib, opt.watchSeconds, opt.watchCount);
+    }
+    if (!opt.pathSets.empty()) {
+        return runPathSets(lib, opt.pathSets);
     }
     return runCall(lib, opt.call);
 }

@@ -6,6 +6,8 @@
 #include <atomic>
 #include <cstdio>
 
+#include "tr104/map.h"
+
 namespace tr104ctl {
 
 struct AgentCounters {
@@ -18,13 +20,22 @@ inline AgentCounters &agentCounters() {
     return counters;
 }
 
+// A parameter whose value the data model hides (a password): the client never prints it.
+inline bool hiddenPath(const char *path) {
+    const Tr104MapEntry *entry = nullptr;
+    const int rc = tr104MapLookup(path, &entry, nullptr, nullptr, 0);
+    return (rc == TR104_MAP_SERVED || rc == TR104_MAP_NOT_SERVED) && entry->hidden != 0;
+}
+
 // One call of the agent's entry point, printed as it arrives.  An empty name (a directory
-// number of a line without a path) is shown as "".
+// number of a line without a path) is shown as ""; a hidden value as "" (hidden).
 inline int receiveNotification(int module, char **names, char **values, int count) {
     for (int i = 0; i < count; ++i) {
         const char *name = names != nullptr && names[i] != nullptr ? names[i] : "";
         const char *value = values != nullptr && values[i] != nullptr ? values[i] : "";
-        std::printf("notify [module %d] %s = \"%s\"\n", module, name[0] != '\0' ? name : "\"\"", value);
+        const bool hidden = hiddenPath(name);
+        std::printf("notify [module %d] %s = \"%s\"%s\n", module, name[0] != '\0' ? name : "\"\"", hidden ? "" : value,
+                    hidden ? " (hidden)" : "");
     }
     std::fflush(stdout);
     AgentCounters &c = agentCounters();

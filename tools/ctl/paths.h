@@ -33,6 +33,17 @@ inline ResolvedPath resolvePath(const std::string &path) {
     return r;
 }
 
+// A handler (or a protocol variant of one) that serves a hidden parameter.
+inline bool hiddenHandler(const std::string &name) {
+    for (unsigned i = 0; i < gTr104MapCount; ++i) {
+        const Tr104MapEntry &e = gTr104Map[i];
+        if (e.hidden != 0 && e.handler != nullptr && baseName(name) == baseName(e.handler)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // The data model's value of a set as the handler takes it; false (and why) when it does not fit
 // the parameter's type.  The conversions are libtr104map's, shared with the agent plug-ins.
 inline bool toHandlerValue(const Tr104MapEntry &e, const std::string &value, std::string *out, std::string *why) {

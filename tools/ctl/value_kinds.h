@@ -94,8 +94,7 @@ inline HandlerKind kindOfEntry(const Tr104MapEntry &e) {
     } else if (value == "float") {
         k.kind = ValueKind::Float;
     }
-    const char *slot = std::strstr(e.note, "deferred slot ");
-    k.deferredSlot = slot != nullptr ? std::atoi(slot + 14) : -1;
+    k.deferredSlot = e.deferredSlot;
     return k;
 }
 

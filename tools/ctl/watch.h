@@ -76,8 +76,8 @@ inline std::string describeChange(const ScriptedChange &c) {
             std::snprintf(line, sizeof(line), "line %u: directory number \"%s\"", c.lineOrFlag, c.first);
             break;
         case kInboundAuthentication:
-            std::snprintf(line, sizeof(line), "line %u: user name \"%s\", password \"%s\"", c.lineOrFlag, c.first,
-                          c.second);
+            // The password is pushed but never shown.
+            std::snprintf(line, sizeof(line), "line %u: user name \"%s\" and a password", c.lineOrFlag, c.first);
             break;
         default:
             std::snprintf(line, sizeof(line), "%s %s: \"%s\" port %u", c.lineOrFlag == 1 ? "primary" : "standby",

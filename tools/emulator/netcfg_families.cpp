@@ -296,6 +296,10 @@ void installNetFamilies(VoiceModuleEmulator &e) {
     for (const RecordFamily *f : {&kOption60, &kOption125, &kPppoe}) {
         e.addFamily(*f);
     }
+    // The PPPoE password is kept and answered, never logged.
+    for (const uint32_t cmd : {TR104_GET_PPPOE_PARAM_ID, TR104_SET_PPPOE_PARAM_ID}) {
+        e.hideInLog(cmd, {offsetof(Tr104PppoePayload, aPassword), sizeof(Tr104PppoePayload::aPassword)});
+    }
 }
 
 FamilyRegistrar registrar(&installNetFamilies);

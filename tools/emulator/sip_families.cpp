@@ -8,6 +8,7 @@
 
 #include "emulator/voice_module_emulator.h"
 #include "tr104/sip.h"
+#include "tr104/sip_identity.h"
 
 namespace vmemu {
 
@@ -20,6 +21,10 @@ constexpr uint32_t kDigitMapLen = TR104_DIGITMAP_MAX_LEN;
 constexpr uint32_t kWanNameLen = TR104_WAN_NAME_LEN;
 
 const Field kLineKey{0, 4, "line"};
+const Field kAuthUserField{offsetof(Tr104SipLineIdentityRecord, aAuthUserName),
+                           sizeof(Tr104SipLineIdentityRecord::aAuthUserName)};
+const Field kAuthPasswordField{offsetof(Tr104SipLineIdentityRecord, aAuthPassword),
+                               sizeof(Tr104SipLineIdentityRecord::aAuthPassword)};
 const Field kProfileKey{offsetof(Tr104SipProfileRecord, aName), sizeof(Tr104SipProfileRecord::aName), "profile"};
 
 // Key bytes as the emulator builds them: a word as it is, a name up to its terminator.
@@ -41,6 +46,8 @@ struct LineField {
     uint32_t length = kLineRecordLen;
 };
 
+// One row per family, kept as written.
+// clang-format off
 const std::vector<LineField> &lineFields() {
     static const std::vector<LineField> fields = {
         {"sip line enable", GET_LINE_ENABLE_ID, SET_LINE_ENABLE_ID, "GET_LINE_ENABLE_ID", "SET_LINE_ENABLE_ID",
@@ -59,7 +66,8 @@ const std::vector<LineField> &lineFields() {
         // Line identity: directory number and URI share an offset under their own commands.
         {"sip directory number", 16579, 16578, "GET_LINE_TEL_NUM_ID", "SET_LINE_TEL_NUM_ID", {{8, 66}}},
         {"sip line uri", 16589, 16588, "GET_LINE_URI_ID", "SET_LINE_URI_ID", {{8, 66}}},
-        {"sip line auth", 16586, 16585, "GET_USER_AUTHOR_ID", "SET_USER_AUTHOR_ID", {{224, 66}, {290, 66}}},
+        {"sip line auth", GET_USER_AUTHOR_ID, SET_USER_AUTHOR_ID, "GET_USER_AUTHOR_ID", "SET_USER_AUTHOR_ID",
+         {kAuthUserField, kAuthPasswordField}},
         {"sip fax t38 enable", GET_FAX_T38_ENABLE_ID, SET_FAX_T38_ENABLE_ID, "GET_FAX_T38_ENABLE_ID",
          "SET_FAX_T38_ENABLE_ID", {{4, 4}}},
         // Line features.
@@ -72,6 +80,7 @@ const std::vector<LineField> &lineFields() {
     };
     return fields;
 }
+// clang-format on
 
 // Profile-wide records kept whole: one instance, a set replaces it.
 struct WholeRecord {
@@ -317,6 +326,10 @@ void installSipFamilies(VoiceModuleEmulator &e) {
         e.addFamily(f);
         e.nameCommand(lf.getCmd, lf.getName);
         e.nameCommand(lf.setCmd, lf.setName);
+    }
+    // A line's password is kept and answered, never logged.
+    for (const uint32_t cmd : {GET_USER_AUTHOR_ID, SET_USER_AUTHOR_ID}) {
+        e.hideInLog(cmd, kAuthPasswordField);
     }
     for (const WholeRecord &w : kWholeRecords) {
         e.addFamily(keyedFamily(w.family, w.length, {}, {w.getCmd}, {w.setCmd}));

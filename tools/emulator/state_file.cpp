@@ -1,7 +1,13 @@
 // The emulator's state file (see state_file.h).
 #include "emulator/state_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <map>
@@ -113,6 +119,59 @@ std::vector<StatePart> &stateParts() {
     return parts;
 }
 
+// Writes all of `text` to fd; false on an error.
+bool writeAll(int fd, const std::string &text) {
+    size_t done = 0;
+    while (done < text.size()) {
+        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n <= 0) {
+            return false;
+        }
+        done += static_cast<size_t>(n);
+    }
+    return true;
+}
+
+// Replaces the file at `path` with `text` so that a crash at any point leaves either the old
+// file or the new one, never part of one: a temporary file of mode 0600 in the same folder
+// (the configuration holds the lines' passwords), written and synced, renamed over the old one,
+// and the folder synced so that the rename itself is on disk.
+bool replaceFile(const std::string &path, const std::string &text, std::string *error) {
+    const size_t slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+    std::string tmp = path + ".XXXXXX";
+    const int fd = ::mkstemp(tmp.data());  // mode 0600
+    if (fd < 0) {
+        *error = "cannot create a temporary file beside " + path + ": " + std::strerror(errno);
+        return false;
+    }
+    const bool written = writeAll(fd, text) && ::fsync(fd) == 0;
+    const int savedErrno = errno;
+    if (::close(fd) != 0 || !written) {
+        *error = "cannot write " + tmp + ": " + std::strerror(written ? errno : savedErrno);
+        ::unlink(tmp.c_str());
+        return false;
+    }
+    if (std::rename(tmp.c_str(), path.c_str()) != 0) {
+        *error = "cannot replace " + path + ": " + std::strerror(errno);
+        ::unlink(tmp.c_str());
+        return false;
+    }
+    const int dir = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool synced = dir >= 0 && ::fsync(dir) == 0;
+    if (dir >= 0) {
+        ::close(dir);
+    }
+    if (!synced) {
+        *error = "cannot sync the folder " + folder + ": " + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 StatePartRegistrar::StatePartRegistrar(const StatePart &part) { stateParts().push_back(part); }
@@ -160,30 +219,25 @@ bool saveState(VoiceModuleEmulator &emulator, const std::string &path, std::stri
                       {"protocol", protocolName(emulator)},
                       {"families", byFamily},
                       {"areas", areas}};
-    const std::string tmp = path + ".tmp";
-    {
-        std::ofstream out(tmp, std::ios::trunc);
-        out << doc.dump(2) << '\n';
-        if (!out) {
-            *error = "cannot write " + tmp;
-            return false;
-        }
-    }
-    if (std::rename(tmp.c_str(), path.c_str()) != 0) {
-        *error = "cannot replace " + path + ": " + std::strerror(errno);
-        return false;
-    }
-    return true;
+    return replaceFile(path, doc.dump(2) + '\n', error);
 }
 
 bool loadState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error) {
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0 && errno == ENOENT) {
+        return true;  // a first start
+    }
     std::ifstream in(path);
-    if (!in) {
-        return true;
+    if (!in || !S_ISREG(st.st_mode)) {
+        *error = path + ": cannot read the state file: " + (in ? "not a regular file" : std::strerror(errno)) +
+                 "; it is left as it is";
+        return false;
     }
     const json doc = json::parse(in, nullptr, false);
-    if (doc.is_discarded() || !doc.contains("families") || !doc["families"].is_object()) {
-        *error = path + ": not a state file of tr104-vmemu";
+    if (doc.is_discarded() || !doc.is_object() || !doc.contains("families") || !doc["families"].is_object()) {
+        *error = path + ": not a state file of tr104-vmemu (" +
+                 (doc.is_discarded() ? std::string("not JSON") : std::string("no \"families\" object")) +
+                 "); it is left as it is";
         return false;
     }
     if (doc.contains("protocol") && doc["protocol"].is_string()) {

@@ -21,7 +21,9 @@ namespace vmemu {
 // The command of a configuration save (Tr104VoiceCfgSave).
 constexpr uint32_t kSaveVoiceCfgCmd = 99;
 
-// Writes every stored record (atomically: a temporary file renamed over the old one).
+// Writes every stored record.  The file holds the lines' passwords: it is created with mode 0600
+// and replaced atomically (a temporary file in the same folder, synced, renamed over the old
+// one, the folder synced), so that a crash leaves the old file or the new one, never a part.
 bool saveState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error);
 // An area's own configuration in the state file: save() gives its member of "areas", load() puts
 // it back (false, and why, when a value cannot be taken).  A member missing from the file leaves
@@ -40,7 +42,8 @@ std::string stateHex(const void *bytes, size_t len);
 bool stateBytes(const nlohmann::json &hex, void *out, size_t len);
 
 // Puts back every record of the file over the emulator's defaults.  A missing file is not an
-// error (a first start); a file that cannot be read or parsed is.
+// error (a first start); a file that cannot be read or parsed is, and says so in one line (the
+// caller then stops without writing the file).
 bool loadState(VoiceModuleEmulator &emulator, const std::string &path, std::string *error);
 
 }  // namespace vmemu

@@ -393,6 +393,7 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
     int queue;
     std::function<void(const Request &)> callback;
     ReplyOverride override;
+    Request shown;  // as logged: hidden fields blanked
     {
         std::lock_guard lock(mutex_);
         fault = takeFault(request.cmd).value_or(FaultSpec{});
@@ -427,7 +428,8 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         default:
             break;
         }
-        log_.push_back(request);
+        shown = logged(request);
+        log_.push_back(shown);
         ++seenCount_;
         while (log_.size() > logLimit_) {
             log_.pop_front();
@@ -437,7 +439,7 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
     }
     seen_.notify_all();
     if (callback) {
-        callback(request);
+        callback(shown);
     }
     if (!send) {
         noteServiceTime(readAt);
@@ -574,6 +576,35 @@ void VoiceModuleEmulator::onRequest(std::function<void(const Request &)> callbac
 size_t VoiceModuleEmulator::droppedReplies() const {
     std::lock_guard lock(mutex_);
     return dropped_;
+}
+
+void VoiceModuleEmulator::hideInLog(uint32_t cmd, Field field) {
+    std::lock_guard lock(mutex_);
+    hidden_[cmd].push_back(field);
+}
+
+// The request as the log keeps it: each hidden field that holds anything becomes "********"
+// (as much of it as fits before a terminator), in the payload and in the whole text alike.
+Request VoiceModuleEmulator::logged(const Request &request) const {
+    Request out = request;
+    const auto hidden = hidden_.find(request.cmd);
+    if (hidden == hidden_.end()) {
+        return out;
+    }
+    constexpr size_t kPayloadAt = sizeof(uint32_t);  // the payload follows the command id in the text
+    for (const Field &f : hidden->second) {
+        if (f.width == 0 || f.offset + f.width > out.payload.size()) {
+            continue;
+        }
+        char *at = out.payload.data() + f.offset;
+        const bool set = std::any_of(at, at + f.width, [](char c) { return c != 0; });
+        std::memset(at, 0, f.width);
+        if (set) {
+            std::memset(at, '*', std::min<size_t>(8, f.width - 1));
+        }
+        std::memcpy(out.text.data() + kPayloadAt + f.offset, at, f.width);
+    }
+    return out;
 }
 
 std::string VoiceModuleEmulator::describe(const Request &request) const {

@@ -136,6 +136,11 @@ public:
     // zero-filled with `length` bytes when missing.
     std::vector<char> &heldRecord(const std::string &family, uint32_t length, const std::string &keyBytes);
 
+    // Fields of a command's payload that are never logged or shown (passwords): the request log
+    // and the request callback see them as "********" (or zeros when the field is empty); the
+    // stored records and the answers keep them.
+    void hideInLog(uint32_t cmd, Field field);
+
     // Faults: for one command, or for every command (cmd 0).
     void setFault(uint32_t cmd, FaultSpec fault);
     void clearFaults();
@@ -157,7 +162,7 @@ public:
     // Requests of one command.
     std::vector<Request> requestsFor(uint32_t cmd) const;
 
-    // Called for every request after it is served (the executable prints it).
+    // Called for every request after it is served (the executable prints it), as it is logged.
     void onRequest(std::function<void(const Request &)> callback);
     // One readable line: command id and name, module and key fields.
     std::string describe(const Request &request) const;
@@ -201,6 +206,7 @@ private:
     std::optional<FaultSpec> takeFault(uint32_t cmd);
     void waitReplyDelay(std::chrono::steady_clock::time_point readAt) const;
     void noteServiceTime(std::chrono::steady_clock::time_point readAt);
+    Request logged(const Request &request) const;
 
     mutable std::mutex mutex_;
     mutable std::condition_variable seen_;
@@ -212,6 +218,7 @@ private:
     std::map<uint32_t, CommandHandler> handlers_;
     std::map<std::string, std::vector<char>> records_;  // family name + key bytes -> record
     std::map<uint32_t, FaultSpec> faults_;
+    std::map<uint32_t, std::vector<Field>> hidden_;
     std::deque<Request> log_;
     size_t logLimit_ = kLogLimit;
     size_t seenCount_ = 0;

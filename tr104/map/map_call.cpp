@@ -251,7 +251,9 @@ extern "C" TR104_MAP_API int tr104MapGet(const char *path, char *value, unsigned
         say(error, errorLen, std::string(path) + ": " + why);
         return rc;
     }
-    tr104MapToModelValue(entry, shown, value, valueLen);
+    // The standard hides these values from whoever reads the data model; the handler itself
+    // still answers them to the management agent.
+    tr104MapToModelValue(entry, entry->hidden != 0 ? "" : shown, value, valueLen);
     return 0;
 }
 

@@ -11,23 +11,16 @@
 namespace tr104::sip {
 namespace {
 
-// The line record as the identity commands fill it: the line number and, by command, the
-// directory number or URI, or the authentication user name and password.
-struct LineIdentityRecord {
-    uint32_t unLine;                                 //   0 line number, 1 or 2
-    uint8_t aucReserved1[4];                         //   4
-    char aNumber[TR104_LINE_IDENTITY_LEN];           //   8 directory number or URI
-    uint8_t aucReserved2[150];                       //  74
-    char aAuthUserName[TR104_LINE_IDENTITY_LEN];     // 224
-    char aAuthPassword[TR104_LINE_IDENTITY_LEN];     // 290
-    uint8_t aucReserved3[96];                        // 356
-};
+using LineIdentityRecord = Tr104SipLineIdentityRecord;
 static_assert(sizeof(LineIdentityRecord) == 452);
 static_assert(sizeof(LineIdentityRecord) == sizeof(Tr104SipLineRecord));
 static_assert(offsetof(LineIdentityRecord, unLine) == 0);
 static_assert(offsetof(LineIdentityRecord, aNumber) == TR104_LINE_NUMBER_OFFSET);
 static_assert(offsetof(LineIdentityRecord, aAuthUserName) == TR104_LINE_AUTH_USER_OFFSET);
 static_assert(offsetof(LineIdentityRecord, aAuthPassword) == TR104_LINE_AUTH_PWD_OFFSET);
+static_assert(offsetof(LineIdentityRecord, aucReserved1) == 4);
+static_assert(offsetof(LineIdentityRecord, aucReserved2) == 74);
+static_assert(offsetof(LineIdentityRecord, aucReserved3) == 356);
 static_assert(alignof(LineIdentityRecord) == 4);
 
 constexpr size_t kTextMax = TR104_LINE_IDENTITY_LEN - 1;  // characters of an identity text

@@ -58,6 +58,9 @@ inline int runWhich(const AreaContext &) {
             if (std::string(e.arg) != "-") {
                 out["arg"] = e.arg;
             }
+            if (e.hidden != 0) {
+                out["hidden"] = true;
+            }
         }
         std::printf("%s\n", out.dump().c_str());
     } else if (r.rc == TR104_MAP_NOT_SERVED) {
@@ -69,6 +72,9 @@ inline int runWhich(const AreaContext &) {
                     r.locate[0], r.locate[1], r.locate[2], r.locate[3], e.type, e.access, e.value, e.convert);
         if (std::string(e.note) != "-") {
             std::printf("  note      %s\n", e.note);
+        }
+        if (e.hidden != 0) {
+            std::printf("  hidden    a get by path reads it as empty\n");
         }
     }
     return r.rc == TR104_MAP_SERVED ? 0 : kExitNotServed;
