@@ -4,6 +4,11 @@ add_compile_options(-Wall -Wextra -Werror)
 if(TR104_SANITIZE)
   add_compile_options(-fsanitize=${TR104_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TR104_SANITIZE})
+  # An undefined-behaviour finding ends the process, whatever UBSAN_OPTIONS says.
+  if(TR104_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+    add_link_options(-fno-sanitize-recover=undefined)
+  endif()
 endif()
 
 # The library itself: no exceptions, no RTTI, everything hidden unless marked TR104_API.

@@ -2,11 +2,14 @@
 // replies come from the fuzzer's bytes.  The voice module is the emulator, served in this thread
 // the moment a request is queued (no serving thread, no waiting): each reply is the emulator's
 // own answer, rewritten as the input says: a reply area with no terminator anywhere, a failure
-// marker cut short, a wrong command id or type, or a text of raw input bytes.
+// marker cut short, a wrong command id or type, a text of raw input bytes, or every word from
+// some offset on at an edge of its range (0, 1, -1, INT_MIN, INT_MAX and their neighbours).
 //
 // Input: protocol, handler index (16 bits), flag, nLocate[0..3], the value, then one rewrite per
 // reply.  Every call must leave the channel lock free; the value buffer is exactly as large as
-// the handler's value, so AddressSanitizer reports any byte written or read past it.
+// the handler's value (for a text read from a record field, the field's room) and ends at an
+// inaccessible page, so any byte written or read past it faults.  The build aborts on undefined
+// behaviour.
 #include <pthread.h>
 #include <sched.h>
 #include <sys/msg.h>
@@ -17,11 +20,14 @@
 #include <ctime>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "emulator/voice_module_emulator.h"
 #include "fuzz_support.h"
+#include "robust/guarded_buffer.h"
+#include "robust/text_rooms.h"
 #include "tr104.h"
 #include "tr104/map.h"
 #include "v2lin/v2lin.h"
@@ -32,11 +38,22 @@ vmemu::VoiceModuleEmulator *gEmulator = nullptr;
 tr104fuzz::Input *gInput = nullptr;
 bool gServing = false;
 
+constexpr uint32_t kEdgeWords[] = {0u,          1u,          0xFFFFFFFFu, 0x80000000u,
+                                   0x7FFFFFFFu, 0x80000001u, 0x7FFFFFFEu, 0x41414141u};
+
 // One rewrite of the emulator's reply, chosen by the input.
 bool rewriteReply(const vmemu::Request &, Tr104WireMsg &out) {
     tr104fuzz::Input &in = *gInput;
     char *rsp = out.text + TR104_TEXT_RSP_OFFSET;
-    switch (in.byte() % 8) {
+    const uint8_t how = in.byte();
+    if (how >= 0xF0) {  // one edge word over the reply area from a word offset on (the words before it kept)
+        const uint32_t word = kEdgeWords[in.byte() % std::size(kEdgeWords)];
+        for (size_t at = 4u * (in.byte() % 64u); at < TR104_RSP_BUFFER_LEN; at += sizeof(word)) {
+            std::memcpy(rsp + at, &word, sizeof(word));
+        }
+        return true;
+    }
+    switch (how % 8) {
     case 1: {  // the whole reply area without a terminator
         std::string s = in.text(64);
         if (s.empty()) {
@@ -93,9 +110,10 @@ std::vector<const Tr104MapEntry *> servedEntries() {
     return served;
 }
 
+// The map's value size; a text read from a record field gets its field's room when that is less.
 size_t valueSize(const Tr104MapEntry &e) {
     if (std::strncmp(e.value, "text:", 5) == 0) {
-        return std::strtoul(e.value + 5, nullptr, 10);
+        return robust::textRoom(e.handler, gTr104CurrProtocolType, std::strtoul(e.value + 5, nullptr, 10));
     }
     return std::strcmp(e.value, "byte") == 0 ? 1 : 4;
 }
@@ -162,15 +180,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         const uint8_t b = in.byte();
         l = b < 0xC0 ? b % 4 : static_cast<int8_t>(b);
     }
-    std::vector<char> value(valueSize(e));
+    const robust::GuardedBuffer value(valueSize(e));
+    std::memset(value.data(), 0, value.size());
     if (flag == 1) {
         const size_t n = in.bytes(value.data(), value.size());
         if (std::strncmp(e.value, "text:", 5) == 0) {
-            value[std::min(n, value.size() - 1)] = 0;
+            value.data()[std::min(n, value.size() - 1)] = 0;
         }
         // Restart (2) would reboot the machine: register and unregister only.
         if (std::strcmp(e.handler, "Tr104VoiceOperation") == 0) {
-            value[0] &= 1;
+            value.data()[0] &= 1;
             std::memset(value.data() + 1, 0, value.size() - 1);
         }
     }

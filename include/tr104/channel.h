@@ -8,6 +8,7 @@
 #ifndef TR104_CHANNEL_H
 #define TR104_CHANNEL_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include "tr104/export.h"
@@ -18,6 +19,12 @@ TR104_EXTERN_C_BEGIN
 #define TR104_RSP_BUFFER_LEN 2048
 /* Message text of every msgsnd/msgrcv on the channel: cmd, cfgBuffer, rspBuffer. */
 #define TR104_MSG_TEXT_LEN 4100
+
+/* The room of a text field of a record: its bytes up to the next field, or up to the record's
+ * end for the last one.  A text read from the field is at most room - 1 characters and its
+ * terminator, whatever the voice module left there. */
+#define TR104_FIELD_ROOM(type, field, next) (offsetof(type, next) - offsetof(type, field))
+#define TR104_LAST_FIELD_ROOM(type, field) (sizeof(type) - offsetof(type, field))
 
 /* Queue and semaphore keys. */
 #define TR104_SEM_KEY 36

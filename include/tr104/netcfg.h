@@ -139,11 +139,19 @@ typedef struct Tr104PppoePayload {  /* command 39 get, 38 set */
 } Tr104PppoePayload;
 
 /* ---- Time: commands 62..70, 75 ---- */
-#define TR104_TIME_PAYLOAD_LEN 620
-#define TR104_TIME_OFFSET_AT 52
-#define TR104_TIME_STATUS_AT 64
-#define TR104_TIME_NTP1_AT 96
-#define TR104_TIME_NTP2_AT 351
+typedef struct Tr104TimePayload { /* commands 64..70 */
+    uint8_t aucZero1[52];
+    int32_t nOffset; /*  52: time-zone offset in seconds, east positive */
+    uint8_t aucZero2[8]; /*  56 */
+    char aStatus[32]; /*  64: time status text */
+    char aNtpServer1[255]; /*  96 */
+    char aNtpServer2[269]; /* 351: the odd offset is the voice module's */
+} Tr104TimePayload;
+#define TR104_TIME_PAYLOAD_LEN sizeof(Tr104TimePayload)
+#define TR104_TIME_OFFSET_AT offsetof(Tr104TimePayload, nOffset)
+#define TR104_TIME_STATUS_AT offsetof(Tr104TimePayload, aStatus)
+#define TR104_TIME_NTP1_AT offsetof(Tr104TimePayload, aNtpServer1)
+#define TR104_TIME_NTP2_AT offsetof(Tr104TimePayload, aNtpServer2)
 
 /* ---- Number tables: POS 54 get, 52 add, 53 delete; IPT 57, 55, 56 ---- */
 #define TR104_NUMBER_ENTRIES 10

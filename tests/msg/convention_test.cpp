@@ -1,4 +1,5 @@
 // The handler convention: the common gets, the typed exchange and the debug switch.
+#include <algorithm>
 #include <cstring>
 
 #include "support/channel_fixture.h"
@@ -103,16 +104,23 @@ TEST_F(Convention, StringGetIsAStrncpyOfTheReply) {
     EXPECT_EQ(emulator.requestCount(), 2u);
 }
 
+// A reply area without a terminator holds a text of its first 2047 bytes: a caller with room for
+// more gets them and a terminator; a shorter buffer is filled as a text that fits fills it.
 TEST_F(Convention, StringGetOfAnUnterminatedReplyStaysInsideTheRecord) {
     emulator.setHandler(7, [](const vmemu::Request &, vmemu::Payload &reply) {
         reply.fill('z');
         return true;
     });
-    std::vector<char> dst(3000, '#');
-    Tr104Msg msg = request(0);
-    ASSERT_EQ(CfgPreHandleGetStringParam(&msg, dst.data(), static_cast<unsigned>(dst.size()), 7), 0);
-    EXPECT_EQ(std::count(dst.begin(), dst.begin() + 2048, 'z'), 2048);
-    EXPECT_EQ(std::count(dst.begin() + 2048, dst.end(), 0), 3000 - 2048);
+    for (const size_t len : {size_t{100}, size_t{TR104_RSP_BUFFER_LEN}, size_t{3000}}) {
+        SCOPED_TRACE(len);
+        std::vector<char> dst(3100, '#');
+        Tr104Msg msg = request(0);
+        ASSERT_EQ(CfgPreHandleGetStringParam(&msg, dst.data(), static_cast<unsigned>(len), 7), 0);
+        const size_t text = std::min(len, size_t{TR104_RSP_BUFFER_LEN - 1});
+        EXPECT_EQ(std::count(dst.begin(), dst.begin() + text, 'z'), static_cast<long>(text));
+        EXPECT_EQ(std::count(dst.begin() + text, dst.begin() + len, 0), static_cast<long>(len - text));
+        EXPECT_EQ(std::count(dst.begin() + len, dst.end(), '#'), static_cast<long>(dst.size() - len));
+    }
 }
 
 TEST_F(Convention, TypedExchangeLimits) {

@@ -175,10 +175,17 @@ TEST_F(Settings, TimeAndTheZone) {
     EXPECT_EQ(getText(Tr104TimeNtpServer2), "ntp2.example.net");
     EXPECT_EQ(getText(Tr104TimeStatus), "Synchronized");
     EXPECT_EQ(setText(Tr104TimeStatus, "x"), -2);
-    // A server name runs on over the fields after it, as far as the block's end and no further.
+    // A server name is sent running on over the fields after it, as far as the block's end; read
+    // back, it ends within its own field.
     const std::string longName(600, 'n');
+    served();
     ASSERT_EQ(setText(Tr104TimeNtpServer1, longName), 0);
-    EXPECT_EQ(getText(Tr104TimeNtpServer1), longName.substr(0, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP1_AT - 1));
+    const auto sentLong = served();
+    ASSERT_EQ(sentLong.size(), 1u);
+    EXPECT_EQ(sentLong[0].text_at(TR104_TIME_NTP1_AT, TR104_TIME_PAYLOAD_LEN),
+              longName.substr(0, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP1_AT - 1));
+    EXPECT_EQ(getText(Tr104TimeNtpServer1),
+              longName.substr(0, TR104_FIELD_ROOM(Tr104TimePayload, aNtpServer1, aNtpServer2) - 1));
     enable = 0;
     ASSERT_EQ(Tr104TimeEnable(0, &enable), 0);
     EXPECT_EQ(enable, 1);

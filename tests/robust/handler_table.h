@@ -7,8 +7,6 @@
 #pragma once
 
 #include <dlfcn.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -18,6 +16,7 @@
 #include <vector>
 
 #include "ctl/value_kinds.h"
+#include "robust/guarded_buffer.h"
 #include "tr104/map.h"
 
 namespace robust {
@@ -123,35 +122,5 @@ inline std::vector<Target> exportedHandlers(const char *exportsFile) {
     }
     return out;
 }
-
-// A value buffer that ends where an inaccessible page begins: a write or a read past its end
-// faults at once, in every build.
-class GuardedBuffer {
-public:
-    explicit GuardedBuffer(size_t size) : size_(size) {
-        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        length_ = 2 * page;
-        base_ = static_cast<char *>(mmap(nullptr, length_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        if (base_ != MAP_FAILED) {
-            mprotect(base_ + page, page, PROT_NONE);
-            data_ = base_ + page - size;
-        }
-    }
-    ~GuardedBuffer() {
-        if (base_ != MAP_FAILED) {
-            munmap(base_, length_);
-        }
-    }
-    GuardedBuffer(const GuardedBuffer &) = delete;
-    GuardedBuffer &operator=(const GuardedBuffer &) = delete;
-    char *data() const { return data_; }
-    size_t size() const { return size_; }
-
-private:
-    size_t size_;
-    size_t length_ = 0;
-    char *base_ = static_cast<char *>(MAP_FAILED);
-    char *data_ = nullptr;
-};
 
 }  // namespace robust

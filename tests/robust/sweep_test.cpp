@@ -1,7 +1,9 @@
 // Every exported handler, called under SIP, H.248 and no protocol with refused arguments and
 // against a voice module that answers wrongly or not at all.  Each call must return 0, -1 or -2,
-// send nothing when it refuses its arguments, leave the channel lock free, stay inside the value
-// buffer it was given (the buffer ends at an inaccessible page) and return terminated text.
+// send nothing when it refuses its arguments, leave the channel lock free and stay inside the value
+// buffer it was given (the buffer ends at an inaccessible page; a text's buffer is no larger than
+// the record field it comes from).  Replies that fill every text and word of a record with
+// extreme bytes must leave every arithmetic defined (the sanitizer build aborts on any fault).
 #include <gtest/gtest.h>
 
 #include <setjmp.h>
@@ -15,6 +17,7 @@
 #include <vector>
 
 #include "handler_table.h"
+#include "text_rooms.h"
 #include "protocol/private_root.h"
 #include "support/channel_fixture.h"
 #include "tr104.h"
@@ -54,6 +57,15 @@ struct Protocol {
 };
 constexpr Protocol kProtocols[] = {{"SIP", TR104_PROTOCOL_SIP}, {"H.248", TR104_PROTOCOL_H248}, {"none", 0}};
 
+// A protocol variant does not read the protocol: it is called under its own only.
+bool calledUnder(const Target &t, int protocol) {
+    const std::string base = tr104ctl::baseName(t.name);
+    if (base == t.name) {
+        return true;
+    }
+    return t.name.size() - base.size() == 3 ? protocol == TR104_PROTOCOL_SIP : protocol == TR104_PROTOCOL_H248;
+}
+
 class Sweep : public tr104test::ChannelTest {
 protected:
     // Module 9: the short reply wait, so that a silent voice module costs 0.2 s a get.
@@ -80,7 +92,8 @@ protected:
             rc = callUnguarded(t, flag, value, locate);
             guardArmed = 0;
         } else {
-            ADD_FAILURE() << t.name << " (flag " << flag << ") stepped past its " << t.size << "-byte value buffer or nLocate";
+            ADD_FAILURE() << t.name << " (flag " << flag << ") stepped past its "
+                          << (value != nullptr ? value->size() : 0) << "-byte value buffer or nLocate";
             semctl(gTr104RcvMsgQueueSemId, 0, SETVAL, 1);
         }
         sigaction(SIGSEGV, &old, nullptr);
@@ -111,7 +124,7 @@ protected:
     }
 
     // A valid value for a set: an empty text or 0.
-    static void fillValid(const Target &t, robust::GuardedBuffer &value) { std::memset(value.data(), 0, t.size); }
+    static void fillValid(robust::GuardedBuffer &value) { std::memset(value.data(), 0, value.size()); }
 
     // Nothing reached the voice module since `before`: nothing queued, nothing served.
     void expectNothingSent(size_t before, const std::string &what) {
@@ -163,7 +176,7 @@ protected:
             if (c.index >= 0) {
                 locate[c.index] = c.bad;
             }
-            fillValid(t, value);
+            fillValid(value);
             if (c.index < 0) {
                 settle();
             }
@@ -190,9 +203,11 @@ protected:
         if (blocksCaller(t.name)) {
             return;
         }
+        // A text's buffer holds what its record field holds, where that is less than the map's.
+        const size_t size = t.text ? robust::textRoom(t.name, gTr104CurrProtocolType, t.size) : t.size;
         for (int flag : {0, 1}) {
-            robust::GuardedBuffer value(t.size);
-            fillValid(t, value);
+            robust::GuardedBuffer value(size);
+            fillValid(value);
             const int rc = call(t, flag, &value, t.locate.data());
             ++*calls;
             const std::string what = who + (flag == 0 ? " get" : " set");
@@ -308,11 +323,7 @@ TEST_F(Sweep, WrongRepliesAreSurvived) {
         for (const Protocol &p : kProtocols) {
             gTr104CurrProtocolType = p.value;
             for (const Target &t : handlers) {
-                // A protocol variant does not read the protocol: it is called under its own.
-                const std::string base = tr104ctl::baseName(t.name);
-                const bool variant = base != t.name;
-                const bool own = t.name.size() - base.size() == 3 ? p.value == TR104_PROTOCOL_SIP : p.value == TR104_PROTOCOL_H248;
-                if (variant && !own) {
+                if (!calledUnder(t, p.value)) {
                     continue;
                 }
                 sweepValid(t, t.name + " under " + p.name + " against " + vmemu::faultName(fault), &calls);
@@ -320,6 +331,52 @@ TEST_F(Sweep, WrongRepliesAreSurvived) {
         }
     }
     std::printf("[sweep] %zu handlers, %d calls against wrong replies\n", handlers.size(), calls);
+}
+
+// Every handler under its own protocol, against replies whose record is filled with one pattern:
+// texts without a terminator anywhere and words at the edges of their range.  The pattern covers
+// the whole reply, or leaves the first two words (the line or entry a reply names) as the voice
+// module answered them, so that handlers that check them go on to convert the rest.
+TEST_F(Sweep, HostileRepliesStayInTheirFields) {
+    struct Pattern {
+        const char *name;
+        uint32_t word;
+    };
+    const Pattern patterns[] = {{"text 'A'", 0x41414141u},
+                                {"word 0", 0u},
+                                {"word 1", 1u},
+                                {"word -1", 0xFFFFFFFFu},
+                                {"INT_MIN", 0x80000000u},
+                                {"INT_MAX", 0x7FFFFFFFu},
+                                {"INT_MIN+1", 0x80000001u},
+                                {"INT_MAX-1", 0x7FFFFFFEu},
+                                {"bytes 0x80", 0x80808080u}};
+    int calls = 0;
+    for (const Pattern &pattern : patterns) {
+        for (size_t keep : {size_t{0}, 2 * sizeof(uint32_t)}) {
+            emulator.setReplyOverride([pattern, keep](const vmemu::Request &, Tr104WireMsg &out) {
+                char *rsp = out.text + TR104_TEXT_RSP_OFFSET;
+                for (size_t at = keep; at < TR104_RSP_BUFFER_LEN; at += sizeof(pattern.word)) {
+                    std::memcpy(rsp + at, &pattern.word, sizeof(pattern.word));
+                }
+                return true;
+            });
+            for (const Protocol &p : kProtocols) {
+                gTr104CurrProtocolType = p.value;
+                for (const Target &t : handlers) {
+                    // get_act_led returns the LED state itself, not a status.
+                    if (p.value == 0 || !calledUnder(t, p.value) || t.shape == Shape::None) {
+                        continue;
+                    }
+                    sweepValid(
+                        t, t.name + " under " + p.name + " against " + pattern.name + (keep ? " after two words" : ""),
+                        &calls);
+                }
+            }
+        }
+    }
+    emulator.setReplyOverride(nullptr);
+    std::printf("[sweep] %zu handlers, %d calls against hostile replies\n", handlers.size(), calls);
 }
 
 // A voice module that reads and never answers.  The handler's path after a give-up is the path

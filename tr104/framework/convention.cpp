@@ -6,6 +6,7 @@
 #include "tr104/framework.h"
 #include "tr104/framework/debug.h"
 #include "tr104/msg/record_layout.h"
+#include "tr104/sip/sip_internal.h"
 
 static_assert(sizeof(Tr104SimpleDataBlock) == TR104_CFG_BUFFER_LEN);
 static_assert(offsetof(Tr104SimpleDataBlock, unValueSize) == 20);
@@ -98,10 +99,10 @@ extern "C" TR104_API int CfgPreHandleGetStringParam(Tr104Msg *pIoMsgParam, char 
     if (msgSndAndRcvSem(pIoMsgParam, 0) == -1 || !replyAnswers(pIoMsgParam, cmdId)) {
         return -1;
     }
-    // strncpy never reads past the reply's terminator, but a reply without one inside the
-    // payload area must not be followed beyond it.
-    const unsigned int bounded = len < TR104_RSP_BUFFER_LEN ? len : TR104_RSP_BUFFER_LEN;
-    const size_t textLen = strnlen(pIoMsgParam->rspBuffer, bounded);
+    // The text fills the caller's len bytes as strncpy leaves it (no terminator when it is len
+    // characters or more); a reply area without a terminator holds a text of its first 2047 bytes.
+    const size_t inReply = tr104::sip::fieldTextLength(pIoMsgParam->rspBuffer, sizeof(pIoMsgParam->rspBuffer));
+    const size_t textLen = inReply < len ? inReply : len;
     std::memcpy(dst, pIoMsgParam->rspBuffer, textLen);
     if (textLen < len) {
         std::memset(dst + textLen, 0, len - textLen);

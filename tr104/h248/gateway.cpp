@@ -240,7 +240,7 @@ int maskedRule(const NameRule &r, int nFlag, char *pPrefix, uint32_t *pLength, u
             say(r.name, "get param failed\n");
             return TR104_ERR_EXCHANGE;
         }
-        sip::copyBounded(pPrefix, data + r.prefix, TR104_H248_PREFIX_LEN - 1);
+        sip::copyFieldText(pPrefix, data + r.prefix, TR104_H248_PREFIX_LEN);
         *pLength = wordAt(data, r.length);
         *pStart = wordAt(data, r.start);
         *pFillFlag = wordAt(data, r.fill) != 1 ? 1u : 0u;
@@ -402,7 +402,7 @@ TR104_API int Tr104EphNameRuleH248(int nFlag, char *pFirstPart, uint32_t *pStart
             say(kEphRule, "get param failed\n");
             return TR104_ERR_EXCHANGE;
         }
-        sip::copyBounded(pFirstPart, block.aPrefix, sizeof(block.aPrefix) - 1);
+        sip::copyFieldText(pFirstPart, block.aPrefix, TR104_FIELD_ROOM(Tr104H248EphNameBlock, aPrefix, unStart));
         *pStart = block.unStart;
         *pEnd = block.unEnd;
         *pStep = block.unStep;

@@ -70,7 +70,7 @@ const TextMap kRegStates[] = {
 
 const TextMap *regState(const char *data, uint16_t offset, uint8_t width) {
     char state[64];
-    sip::copyBounded(state, data + offset, width < sizeof(state) ? width : sizeof(state) - 1);
+    sip::copyFieldText(state, data + offset, width < sizeof(state) ? width : sizeof(state));
     for (const TextMap &row : kRegStates) {
         if (std::strcmp(row.from, state) == 0) {
             return &row;
@@ -143,22 +143,15 @@ int getValue(const BlockValue &v, int nFlag, void *pValue, int line) {
         case Conv::Byte:
             putInt(pValue, static_cast<int>(raw));
             break;
-        case Conv::AddWord:
-            putInt(pValue, intValue(pValue) + static_cast<int>(raw));
-            break;
+        case Conv::AddWord: putInt(pValue, static_cast<int>(static_cast<uint32_t>(intValue(pValue)) + raw)); break;
         case Conv::Inverted:
             putInt(pValue, raw != 1 ? 1 : 0);
             break;
-        case Conv::PlusOne:
-            putInt(pValue, static_cast<int>(raw) + 1);
-            break;
+        case Conv::PlusOne: putInt(pValue, static_cast<int>(raw + 1u)); break;
         case Conv::MgcStatus:
             putInt(pValue, mgcStatus(raw));
             break;
-        case Conv::Text:
-            // A field without its terminator gives the caller no more than the field's bytes.
-            sip::copyBounded(text, data + offset, v.width - 1u);
-            break;
+        case Conv::Text: sip::copyFieldText(text, data + offset, v.width); break;
         case Conv::Codes: {
             const TextCode *row = sip::findCode(v.codes, v.codeCount, static_cast<int>(raw));
             std::strcpy(text, (row != nullptr ? row : &v.codes[v.codeCount - 1])->text);
@@ -204,9 +197,7 @@ bool encode(const BlockValue &v, const void *pValue, uint32_t *raw) {
         case Conv::Inverted:
             *raw = value == 0 ? 1u : 0u;
             break;
-        case Conv::PlusOne:
-            *raw = static_cast<uint32_t>(value - 1);
-            break;
+        case Conv::PlusOne: *raw = static_cast<uint32_t>(value) - 1u; break;
         default:
             *raw = static_cast<uint32_t>(value) * v.scale;
             break;

@@ -41,6 +41,16 @@ struct FieldValue {
     const char *sendError;
 };
 
+// The text fields: where each starts and its room.
+constexpr uint16_t kOption60At = offsetof(Tr104Option60Payload, aValue);
+constexpr uint16_t kOption60Room = TR104_LAST_FIELD_ROOM(Tr104Option60Payload, aValue);
+constexpr uint16_t kOption125At = offsetof(Tr104Option125Payload, aValue);
+constexpr uint16_t kOption125Room = TR104_LAST_FIELD_ROOM(Tr104Option125Payload, aValue);
+constexpr uint16_t kAccountAt = offsetof(Tr104PppoePayload, aAccount);
+constexpr uint16_t kAccountRoom = TR104_FIELD_ROOM(Tr104PppoePayload, aAccount, aPassword);
+constexpr uint16_t kPasswordAt = offsetof(Tr104PppoePayload, aPassword);
+constexpr uint16_t kPasswordRoom = TR104_FIELD_ROOM(Tr104PppoePayload, aPassword, aucZero);
+
 constexpr char kOption60Send[] = "SET_DHCP_OPTION60 msg snd failed.\n";
 constexpr char kOption125Send[] = "SET_DHCP_OPTION125 msg snd failed.\n";
 constexpr char kPppoeSend[] = "SET_PPPOE_PARAM msg snd failed.\n";
@@ -58,30 +68,80 @@ const FieldValue kOption60ValueMode{"Tr104DHCPOption60ValueMode", "pOptionValueM
                                     TR104_SET_DHCP_OPTION60_ID, sizeof(Tr104Option60Payload), 12, Width::Word, 0, 0,
                                     0x8, Accept::NonNegative, "param error, *pOptionValueMode[%d]\n",
                                     "get Option60 mode  error\n", "get Option60 mode[%d]\n", kOption60Send};
-const FieldValue kOption60Value{"Tr104DHCPOption60Value", "pOptionValue", "\n", "nFlag[%d], *pOptionValue[%s]\n",
-                                TR104_GET_DHCP_OPTION60_ID, TR104_SET_DHCP_OPTION60_ID, sizeof(Tr104Option60Payload),
-                                16, Width::RawText, 132, 130, 0x2, Accept::Any,
-                                "param error, option60  value len too long\n", "get Option60 value error\n",
-                                "get Option60 value[%s]\n", kOption60Send};
+const FieldValue kOption60Value{"Tr104DHCPOption60Value",
+                                "pOptionValue",
+                                "\n",
+                                "nFlag[%d], *pOptionValue[%s]\n",
+                                TR104_GET_DHCP_OPTION60_ID,
+                                TR104_SET_DHCP_OPTION60_ID,
+                                sizeof(Tr104Option60Payload),
+                                kOption60At,
+                                Width::RawText,
+                                kOption60Room,
+                                130,
+                                0x2,
+                                Accept::Any,
+                                "param error, option60  value len too long\n",
+                                "get Option60 value error\n",
+                                "get Option60 value[%s]\n",
+                                kOption60Send};
 const FieldValue kOption125Enable{"Tr104DHCPOption125Enable", "pOptionEnable", "\n", "nFlag[%d], *pOptionEnable[%d]\n",
                                   TR104_GET_DHCP_OPTION125_ID, TR104_SET_DHCP_OPTION125_ID,
                                   sizeof(Tr104Option125Payload), 4, Width::Byte, 0, 0, 0x1, Accept::Any, nullptr,
                                   "get Option125 Enable flag  error\n", "get Option125  Enable[%d]\n",
                                   kOption125Send};
-const FieldValue kOption125Value{"Tr104DHCPOption125Value", "pOptionValue", "\n", "nFlag[%d], *pOptionValue[%s]\n",
-                                 TR104_GET_DHCP_OPTION125_ID, TR104_SET_DHCP_OPTION125_ID,
-                                 sizeof(Tr104Option125Payload), 5, Width::Text, 131, 130, 0x2, Accept::Any,
-                                 "param error, option125 value len too long\n", "get Option125 value flag  error\n",
-                                 "get Option125  value[%s]\n", kOption125Send};
-const FieldValue kPppoeAccount{"Tr104PPPoEAccount", "pPPPoEAccount", "!\n", "nFlag[%d],pPPPoEAccount[%s]\n",
-                               TR104_GET_PPPOE_PARAM_ID, TR104_SET_PPPOE_PARAM_ID, sizeof(Tr104PppoePayload), 8,
-                               Width::Text, 64, 63, 0x2, Accept::Any, "param error, pPPPoEAccount is too long!",
-                               "get pppoe account error!\n", "get pPPPoEAccount[%s]\n", kPppoeSend};
+const FieldValue kOption125Value{"Tr104DHCPOption125Value",
+                                 "pOptionValue",
+                                 "\n",
+                                 "nFlag[%d], *pOptionValue[%s]\n",
+                                 TR104_GET_DHCP_OPTION125_ID,
+                                 TR104_SET_DHCP_OPTION125_ID,
+                                 sizeof(Tr104Option125Payload),
+                                 kOption125At,
+                                 Width::Text,
+                                 kOption125Room,
+                                 130,
+                                 0x2,
+                                 Accept::Any,
+                                 "param error, option125 value len too long\n",
+                                 "get Option125 value flag  error\n",
+                                 "get Option125  value[%s]\n",
+                                 kOption125Send};
+const FieldValue kPppoeAccount{"Tr104PPPoEAccount",
+                               "pPPPoEAccount",
+                               "!\n",
+                               "nFlag[%d],pPPPoEAccount[%s]\n",
+                               TR104_GET_PPPOE_PARAM_ID,
+                               TR104_SET_PPPOE_PARAM_ID,
+                               sizeof(Tr104PppoePayload),
+                               kAccountAt,
+                               Width::Text,
+                               kAccountRoom,
+                               63,
+                               0x2,
+                               Accept::Any,
+                               "param error, pPPPoEAccount is too long!",
+                               "get pppoe account error!\n",
+                               "get pPPPoEAccount[%s]\n",
+                               kPppoeSend};
 // The password passes through the debug output in clear, as the voice module's tools expect.
-const FieldValue kPppoePassword{"Tr104PPPoEPassword", "pPPPoEPassword", "!\n", "nFlag[%d],pPPPoEPassword[%s]\n",
-                                TR104_GET_PPPOE_PARAM_ID, TR104_SET_PPPOE_PARAM_ID, sizeof(Tr104PppoePayload), 72,
-                                Width::Text, 64, 63, 0x4, Accept::Any, "param error, pPPPoEPassword is too long!",
-                                "get pppoe password error!\n", "get pPPPoEPassword[%s]\n", kPppoeSend};
+const FieldValue kPppoePassword{"Tr104PPPoEPassword",
+                                "pPPPoEPassword",
+                                "!\n",
+                                "nFlag[%d],pPPPoEPassword[%s]\n",
+                                TR104_GET_PPPOE_PARAM_ID,
+                                TR104_SET_PPPOE_PARAM_ID,
+                                sizeof(Tr104PppoePayload),
+                                kPasswordAt,
+                                Width::Text,
+                                kPasswordRoom,
+                                63,
+                                0x4,
+                                Accept::Any,
+                                "param error, pPPPoEPassword is too long!",
+                                "get pppoe password error!\n",
+                                "get pPPPoEPassword[%s]\n",
+                                kPppoeSend};
 const FieldValue kPppoeEnable{"Tr104PPPoEEnable", "pPPPoEEnableFlag", "!\n", "nFlag[%d], *pPPPoEEnableFlag[%d]\n",
                               TR104_GET_PPPOE_PARAM_ID, TR104_SET_PPPOE_PARAM_ID, sizeof(Tr104PppoePayload), 4,
                               Width::Word, 0, 0, 0x1, Accept::Flag, "param error, pPPPoEEnableFlag[%d]\n",
@@ -119,11 +179,12 @@ int fieldValue(const FieldValue &f, int nFlag, void *pValue) {
             return TR104_ERR_EXCHANGE;
         }
         if (text) {
-            const size_t n = strnlen(reinterpret_cast<const char *>(field), f.textWidth - 1u);
+            const size_t n = sip::fieldTextLength(reinterpret_cast<const char *>(field), f.textWidth);
             std::memcpy(textValue, field, n);
             if (f.width == Width::Text) {
                 textValue[n] = '\0';
             }
+            field[n] = '\0';  // the debug line shows the text as the caller got it
             TR104_DEBUG_AS(f.name, f.getDone, reinterpret_cast<const char *>(field));
         } else {
             const int v = f.width == Width::Byte ? *field : intValue(field);

@@ -54,6 +54,13 @@ static_assert(offsetof(Tr104PppoePayload, aAccount) == 8);
 static_assert(offsetof(Tr104PppoePayload, aPassword) == 72);
 static_assert(offsetof(Tr104PppoePayload, aucZero) == 136);
 
+static_assert(sizeof(Tr104TimePayload) == 620);
+static_assert(offsetof(Tr104TimePayload, nOffset) == 52);
+static_assert(offsetof(Tr104TimePayload, aucZero2) == 56);
+static_assert(offsetof(Tr104TimePayload, aStatus) == 64);
+static_assert(offsetof(Tr104TimePayload, aNtpServer1) == 96);
+static_assert(offsetof(Tr104TimePayload, aNtpServer2) == 351);
+
 static_assert(sizeof(Tr104NumberTable) == 292);
 static_assert(offsetof(Tr104NumberTable, ucLength) == 4);
 static_assert(offsetof(Tr104NumberTable, ucEntry) == 5);

@@ -83,7 +83,7 @@ int numberTable(const NumberTable &t, int nFlag, char *pNum, char *pType, int *n
         } else {
             // Copied without its terminator, as callers have always had it: they clear the buffer.
             const char *number = table.aNumbers[entry - 1];
-            std::memcpy(pNum, number, strnlen(number, TR104_NUMBER_MAX_LEN));
+            std::memcpy(pNum, number, sip::fieldTextLength(number, sizeof(table.aNumbers[0])));
             *pType = table.aTypes[entry - 1];
         }
         TR104_DEBUG_AS(t.name, "\n get the [%d] %s num [%.20s] %s type[%c]\n", entry, t.what, pNum, t.what, *pType);

@@ -17,33 +17,65 @@ const SmallValue kTimeEnable{"Tr104TimeEnable", "param error, pTimeEnable is nul
                              TR104_GET_NTP_ENABLE_ID, TR104_SET_NTP_ENABLE_ID, 4, "get TimeEnable error \n",
                              "get TimeEnable [%d] \n", "SET_NTP_ENABLE_ID msg snd failed.\n"};
 
-// A text of the time block (or, for the local time, the whole answer).  A text runs to its
-// terminator as the voice module's own tools copy it, so a server name may run on over the
-// fields after it; it is bounded at the block's end, never past it.
+// A text of the time block (or, for the local time, the whole answer).  A set copies the text
+// as it stands, so a long server name runs on over the fields after it (bounded at the block's
+// end); a get reads the text within its own field, whatever runs on after it.
 struct TimeText {
     const char *name;
     const char *valueName;
     const char *entry;  // "%d" nFlag, "%s" the text (sets only); null: none
     uint16_t getCmd, setCmd;  // setCmd 0: read only
-    uint16_t offset;          // in the time block; 0: the answer is the text itself (256 bytes)
-    uint16_t width;           // bytes from the text to the block's end (a longer text is cut there)
+    uint16_t offset;  // in the time block; 0: the answer is the text itself
+    uint16_t room;  // bytes a get hands the caller at most: the field's room
     const char *getError;
     const char *getDone;
     const char *sendError;
 };
 
-const TimeText kStatus{"Tr104TimeStatus", "pTimeStatus", nullptr, TR104_GET_TIME_STATUS_ID, 0, TR104_TIME_STATUS_AT,
-                       TR104_TIME_PAYLOAD_LEN - TR104_TIME_STATUS_AT, "get TimeStatus error.\n", "get TimeStatus [%s].\n",
+using Block = Tr104TimePayload;
+constexpr uint16_t kLocalTimeLen = 256;
+
+const TimeText kStatus{"Tr104TimeStatus",
+                       "pTimeStatus",
+                       nullptr,
+                       TR104_GET_TIME_STATUS_ID,
+                       0,
+                       offsetof(Block, aStatus),
+                       TR104_FIELD_ROOM(Block, aStatus, aNtpServer1),
+                       "get TimeStatus error.\n",
+                       "get TimeStatus [%s].\n",
                        nullptr};
-const TimeText kNtp1{"Tr104TimeNtpServer1", "pNtpServer1", "nFlag[%d], pNtpServer1[%s]\n", TR104_GET_NTP_SERVER1_ID,
-                     TR104_SET_NTP_SERVER1_ID, TR104_TIME_NTP1_AT, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP1_AT,
-                     "get NTP Server 1 failed.\n", "get NTP Server 1 [%s].\n", "SET_NTP_SERVER1_ID msg snd failed.\n"};
+const TimeText kNtp1{"Tr104TimeNtpServer1",
+                     "pNtpServer1",
+                     "nFlag[%d], pNtpServer1[%s]\n",
+                     TR104_GET_NTP_SERVER1_ID,
+                     TR104_SET_NTP_SERVER1_ID,
+                     offsetof(Block, aNtpServer1),
+                     TR104_FIELD_ROOM(Block, aNtpServer1, aNtpServer2),
+                     "get NTP Server 1 failed.\n",
+                     "get NTP Server 1 [%s].\n",
+                     "SET_NTP_SERVER1_ID msg snd failed.\n"};
 // Its read failure names server 1: the voice module's tools match that text.
-const TimeText kNtp2{"Tr104TimeNtpServer2", "pNtpServer2", "nFlag[%d], pNtpServer2[%s]\n", TR104_GET_NTP_SERVER2_ID,
-                     TR104_SET_NTP_SERVER2_ID, TR104_TIME_NTP2_AT, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP2_AT,
-                     "get NTP Server 1 failed.\n", "get NTP Server 2 [%s].\n", "SET_NTP_SERVER2_ID msg snd failed.\n"};
-const TimeText kLocalTime{"Tr104TimeCurrentLocalTime", "pCurrentLocalTime", nullptr, TR104_GET_LOCAL_TIME_ID, 0, 0,
-                          256, "get Current Local Time error.\n", "get Current Local Time [%s].\n", nullptr};
+const TimeText kNtp2{"Tr104TimeNtpServer2",
+                     "pNtpServer2",
+                     "nFlag[%d], pNtpServer2[%s]\n",
+                     TR104_GET_NTP_SERVER2_ID,
+                     TR104_SET_NTP_SERVER2_ID,
+                     offsetof(Block, aNtpServer2),
+                     TR104_LAST_FIELD_ROOM(Block, aNtpServer2),
+                     "get NTP Server 1 failed.\n",
+                     "get NTP Server 2 [%s].\n",
+                     "SET_NTP_SERVER2_ID msg snd failed.\n"};
+const TimeText kLocalTime{"Tr104TimeCurrentLocalTime",
+                          "pCurrentLocalTime",
+                          nullptr,
+                          TR104_GET_LOCAL_TIME_ID,
+                          0,
+                          0,
+                          kLocalTimeLen,
+                          "get Current Local Time error.\n",
+                          "get Current Local Time [%s].\n",
+                          nullptr};
 
 int timeText(const TimeText &t, int nFlag, void *pValue) {
     if (pValue == nullptr) {
@@ -56,19 +88,19 @@ int timeText(const TimeText &t, int nFlag, void *pValue) {
     }
     if (nFlag == 0) {
         if (t.offset == 0) {
-            if (getText(text, t.width, t.getCmd) != TR104_OK) {
+            if (getText(text, t.room, t.getCmd) != TR104_OK) {
                 say(t.name, t.getError);
                 return TR104_ERR_EXCHANGE;
             }
             TR104_DEBUG_AS(t.name, t.getDone, text);
             return TR104_OK;
         }
-        char block[TR104_TIME_PAYLOAD_LEN] = {};
+        char block[sizeof(Block)] = {};
         if (getPayload(block, sizeof(block), t.getCmd) != TR104_OK) {
             say(t.name, t.getError);
             return TR104_ERR_EXCHANGE;
         }
-        tr104::sip::copyBounded(text, block + t.offset, t.width - 1u);
+        tr104::sip::copyFieldText(text, block + t.offset, t.room);
         TR104_DEBUG_AS(t.name, t.getDone, text);
         return TR104_OK;
     }
@@ -76,8 +108,8 @@ int timeText(const TimeText &t, int nFlag, void *pValue) {
         TR104_DEBUG_AS(t.name, kFlagError, nFlag);
         return TR104_ERR_PARAM;
     }
-    char block[TR104_TIME_PAYLOAD_LEN] = {};
-    tr104::sip::copyBounded(block + t.offset, text, t.width - 1u);
+    char block[sizeof(Block)] = {};
+    tr104::sip::copyBounded(block + t.offset, text, sizeof(block) - t.offset - 1u);
     if (sendPayload(block, sizeof(block), t.setCmd) != TR104_OK) {
         say(t.name, t.sendError);
         return TR104_ERR_EXCHANGE;

@@ -24,6 +24,10 @@ static_assert(offsetof(LineIdentityRecord, aucReserved3) == 356);
 static_assert(alignof(LineIdentityRecord) == 4);
 
 constexpr size_t kTextMax = TR104_LINE_IDENTITY_LEN - 1;  // characters of an identity text
+// Every identity text has the same room in the record.
+constexpr size_t kTextRoom = TR104_FIELD_ROOM(LineIdentityRecord, aNumber, aucReserved2);
+static_assert(kTextRoom == TR104_FIELD_ROOM(LineIdentityRecord, aAuthUserName, aAuthPassword));
+static_assert(kTextRoom == TR104_FIELD_ROOM(LineIdentityRecord, aAuthPassword, aucReserved3));
 constexpr int kAuthSlot = 5;
 constexpr uint16_t kUserBit = 0x1;
 constexpr uint16_t kPasswordBit = 0x2;
@@ -80,7 +84,7 @@ int directValue(const DirectField &f, int nFlag, void *pValue, int *nLocate) {
             TR104_DEBUG_AS(f.sig.name, f.getFailed, line);
             return TR104_ERR_EXCHANGE;
         }
-        copyBounded(static_cast<char *>(pValue), record.aNumber, kTextMax);
+        copyFieldText(static_cast<char *>(pValue), record.aNumber, kTextRoom);
         return TR104_OK;
     }
     if (tooLong(pValue)) {
@@ -134,7 +138,7 @@ int stagedValue(const StagedField &f, int nFlag, void *pValue, int *nLocate) {
             TR104_DEBUG_AS(f.sig.name, f.getFailed, line);
             return TR104_ERR_EXCHANGE;
         }
-        copyBounded(static_cast<char *>(pValue), fieldOf(record, f.bit), kTextMax);
+        copyFieldText(static_cast<char *>(pValue), fieldOf(record, f.bit), kTextRoom);
         return TR104_OK;
     }
     if (tooLong(pValue)) {

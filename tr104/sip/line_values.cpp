@@ -15,6 +15,9 @@ constexpr uint16_t kHotlineDelay = offsetof(Tr104SipLineRecord, unHotlineDelay);
 constexpr uint16_t kMinJitter = offsetof(Tr104SipLineRecord, unMinJitter);
 constexpr uint16_t kMaxJitter = offsetof(Tr104SipLineRecord, unMaxJitter);
 constexpr uint16_t kJitterMode = offsetof(Tr104SipLineRecord, aJitterMode);
+constexpr uint16_t kHotlineNumRoom = TR104_FIELD_ROOM(Tr104SipLineRecord, aHotlineNum, aDisplayName);
+constexpr uint16_t kDisplayNameRoom = TR104_FIELD_ROOM(Tr104SipLineRecord, aDisplayName, aucReserved1);
+constexpr uint16_t kJitterModeRoom = TR104_FIELD_ROOM(Tr104SipLineRecord, aJitterMode, aucReserved3);
 
 constexpr const char *kStatusError = "get port[%d] status error\n";
 
@@ -26,23 +29,42 @@ const LineValue kLineRegister{{"Tr104LineRegisterSip", "pLineRegister", Locate::
                               0, REGISTER_LINE_ID, 0, 0, Conv::Register, nullptr,
                               "register or unregister msg snd failed.\n", nullptr};
 const LineValue kLineDisplayName{{"Tr104LineDisplayNameSip", "pLineDisplayName", Locate::Line, Access::GetSet},
-                                 GET_PORT_DISPLAY_NAME_ID, SET_PORT_DISPLAY_NAME_ID, kDisplayName, 65, Conv::Text,
-                                 "get line[%d] display name error.\n", "SET_PORT_DISPLAY_NAME_ID msg snd failed.\n",
-                                 nullptr, TooLong::RunOn};
+                                 GET_PORT_DISPLAY_NAME_ID,
+                                 SET_PORT_DISPLAY_NAME_ID,
+                                 kDisplayName,
+                                 kDisplayNameRoom,
+                                 Conv::Text,
+                                 "get line[%d] display name error.\n",
+                                 "SET_PORT_DISPLAY_NAME_ID msg snd failed.\n",
+                                 nullptr,
+                                 TooLong::RunOn};
 const LineValue kLineHotlineNum{{"Tr104LineHotlineNumSip", "pLineHotlineNum", Locate::Line, Access::GetSet},
-                                GET_HOTLINE_NUM_ID, SET_HOTLINE_NUM_ID, kHotlineNum, 66, Conv::Text,
-                                "get line[%d] hotline num error.\n", "SET_HOTLINE_NUM_ID msg snd failed.\n",
-                                "param error, line HotlineNum len too long\n", TooLong::Refuse, 65};
+                                GET_HOTLINE_NUM_ID,
+                                SET_HOTLINE_NUM_ID,
+                                kHotlineNum,
+                                kHotlineNumRoom,
+                                Conv::Text,
+                                "get line[%d] hotline num error.\n",
+                                "SET_HOTLINE_NUM_ID msg snd failed.\n",
+                                "param error, line HotlineNum len too long\n",
+                                TooLong::Refuse,
+                                65};
 const LineValue kLineHotlineDelay{{"Tr104LineHotlineDelaySip", "pLineHotlineDelay", Locate::Line, Access::GetSet},
                                   GET_HOTLINE_DELAY_ID, SET_HOTLINE_DELAY_ID, kHotlineDelay, 4, Conv::Integer,
                                   "get line[%d] hotline delay error.\n", "SET_HOTLINE_DELAY_ID msg snd failed.\n",
                                   nullptr};
 // Its send failure names the display name's command: that is the text operators know.
-const LineValue kLineJitterMode{{"Tr104LineJitterBufferModeSip", "pLineJitterBufferMode", Locate::Line,
-                                 Access::GetSet},
-                                GET_JIT_MODE_ID, SET_JIT_MODE_ID, kJitterMode, 10, Conv::Text,
+const LineValue kLineJitterMode{{"Tr104LineJitterBufferModeSip", "pLineJitterBufferMode", Locate::Line, Access::GetSet},
+                                GET_JIT_MODE_ID,
+                                SET_JIT_MODE_ID,
+                                kJitterMode,
+                                kJitterModeRoom,
+                                Conv::Text,
                                 "get line[%d] jitter buffer mode error.\n",
-                                "SET_PORT_DISPLAY_NAME_ID msg snd failed.\n", nullptr, TooLong::Cut, 9};
+                                "SET_PORT_DISPLAY_NAME_ID msg snd failed.\n",
+                                nullptr,
+                                TooLong::Cut,
+                                9};
 const LineValue kLineMaxJitter{{"Tr104LineMaxJitterBufferValueSip", "pLineMaxJitterBufferValue", Locate::Line,
                                 Access::GetSet},
                                GET_MAX_JIT_VALUE_ID, SET_MAX_JIT_VALUE_ID, kMaxJitter, 4, Conv::Integer,
@@ -144,14 +166,10 @@ void convertGet(const LineValue &v, const Tr104SipLineRecord &rec, void *pValue)
     case Conv::Integer:
         putInt(pValue, static_cast<int>(wordAt(rec, v.offset)));
         break;
-    case Conv::Text:
-        // Texts of the record end with a terminator inside their field; a field that lacks one
-        // gives the caller no more than the field's characters.
-        copyBounded(text, textAt(rec, v.offset), v.width - 1u);
-        break;
+    case Conv::Text: copyFieldText(text, textAt(rec, v.offset), v.width); break;
     case Conv::RegStatus: {
-        char state[sizeof(rec.aRegState) + 1];
-        copyBounded(state, rec.aRegState, sizeof(rec.aRegState));
+        char state[sizeof(rec.aRegState)];
+        copyFieldText(state, rec.aRegState, TR104_FIELD_ROOM(Tr104SipLineRecord, aRegState, aHookState));
         if (const char *mapped = mapText(kRegStates, state)) {
             std::strcpy(text, mapped);
         }
@@ -166,17 +184,17 @@ void convertGet(const LineValue &v, const Tr104SipLineRecord &rec, void *pValue)
         putInt(pValue, static_cast<int>(rec.unPortState & 0xFFu));
         break;
     case Conv::HookText:
-        copyBounded(text, rec.aHookState, sizeof(rec.aHookState) - 1);
+        copyFieldText(text, rec.aHookState, TR104_FIELD_ROOM(Tr104SipLineRecord, aHookState, aCallState));
         break;
     case Conv::CallStatus:
-        copyBounded(text, rec.aCallState, sizeof(rec.aCallState) - 1);
+        copyFieldText(text, rec.aCallState, TR104_FIELD_ROOM(Tr104SipLineRecord, aCallState, unProfileId));
         if (const char *mapped = mapText(kCallStates, text)) {
             std::strcpy(text, mapped);
         }
         break;
     case Conv::SessionType: {
-        char state[sizeof(rec.aCallState) + 1];
-        copyBounded(state, rec.aCallState, sizeof(rec.aCallState));
+        char state[sizeof(rec.aCallState)];
+        copyFieldText(state, rec.aCallState, TR104_FIELD_ROOM(Tr104SipLineRecord, aCallState, unProfileId));
         const TextCode *row = findText(kSessionTypes, state);
         putInt(pValue, row != nullptr ? row->code : 0);
         break;

@@ -150,7 +150,8 @@ int serverHandler(ServerId id, ServerValue which, int nFlag, void *pValue) {
         return TR104_ERR_EXCHANGE;
     }
     if (address) {
-        copyBounded(static_cast<char *>(pValue), record.aHostAddr, kAddrMax);
+        copyFieldText(static_cast<char *>(pValue), record.aHostAddr,
+                      TR104_FIELD_ROOM(ServerRecord, aHostAddr, aucReserved2));
     } else {
         putInt(pValue, record.usPort);
     }
@@ -226,7 +227,9 @@ int activeProxy(int nFlag, void *pValue) {
         say(kActiveProxyName, "GetProxyServerIp error \n");
         return TR104_ERR_EXCHANGE;
     }
-    copyBounded(static_cast<char *>(pValue), record.aActiveProxy, kAddrMax);
+    // The address in use is handed over as any server address: at most kAddrMax characters, though
+    // its field has room for more.
+    copyFieldText(static_cast<char *>(pValue), record.aActiveProxy, TR104_SERVER_ADDR_LEN);
     return TR104_OK;
 }
 

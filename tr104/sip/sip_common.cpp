@@ -105,4 +105,10 @@ void copyBounded(char *dst, const char *src, size_t max) {
     dst[n] = '\0';
 }
 
+void copyFieldText(char *dst, const char *field, size_t room) {
+    if (room > 0) {
+        copyBounded(dst, field, fieldTextLength(field, room));
+    }
+}
+
 }  // namespace tr104::sip

@@ -171,4 +171,11 @@ int resetLineStatistics(const LineReset &r, int nFlag, void *pValue, int *nLocat
 // Copies at most max characters of src (stopping at its terminator) and a terminator.
 void copyBounded(char *dst, const char *src, size_t max);
 
+// A text read from a field of a record ends within the field, whatever the voice module left
+// there: its characters up to the terminator, at most room - 1 of them (room: the field's bytes
+// up to the next field, TR104_FIELD_ROOM).  fieldTextLength counts them; copyFieldText copies
+// them and a terminator, room bytes at most, as a text that fits its field has always been.
+inline size_t fieldTextLength(const char *field, size_t room) { return room > 0 ? strnlen(field, room - 1) : 0; }
+void copyFieldText(char *dst, const char *field, size_t room);
+
 }  // namespace tr104::sip
