@@ -5,11 +5,11 @@
 // marker cut short, a wrong command id or type, a text of raw input bytes, or every word from
 // some offset on at an edge of its range (0, 1, -1, INT_MIN, INT_MAX and their neighbours).
 //
-// Input: protocol, handler index (16 bits), flag, nLocate[0..3], the value, then one rewrite per
-// reply.  Every call must leave the channel lock free; the value buffer is exactly as large as
-// the handler's value (for a text read from a record field, the field's room) and ends at an
-// inaccessible page, so any byte written or read past it faults.  The build aborts on undefined
-// behaviour.
+// Input: protocol, handler index (16 bits; a regression input names the parameter instead, see
+// below), flag, nLocate[0..3], the value, then one rewrite per reply.  Every call must leave the
+// channel lock free; the value buffer is exactly as large as the handler's value (for a text
+// read from a record field, the field's room) and ends at an inaccessible page, so any byte
+// written or read past it faults.  The build aborts on undefined behaviour.
 #include <pthread.h>
 #include <sched.h>
 #include <sys/msg.h>
@@ -17,6 +17,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <ctime>
 #include <cstdlib>
 #include <cstring>
@@ -170,9 +171,30 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         resetTr104CfgParamInfo(slot);
     }
     static const int kProtocols[] = {TR104_PROTOCOL_NONE, TR104_PROTOCOL_H248, TR104_PROTOCOL_SIP};
+    // A regression input names its parameter ("@" PATH NUL, then the protocol and the rest), so
+    // that it keeps calling the same handler whatever the map gains; other inputs pick one by
+    // index.
+    const Tr104MapEntry *named = nullptr;
+    if (size > 1 && data[0] == '@') {
+        const void *end = std::memchr(data + 1, 0, size - 1);
+        if (end == nullptr) {
+            return 0;
+        }
+        const std::string path(reinterpret_cast<const char *>(data + 1), static_cast<const uint8_t *>(end) - data - 1);
+        for (const Tr104MapEntry *candidate : entries) {
+            if (path == candidate->path) {
+                named = candidate;
+            }
+        }
+        if (named == nullptr) {
+            std::fprintf(stderr, "fuzz_replies: no served parameter %s\n", path.c_str());
+            std::abort();
+        }
+        in.skip(path.size() + 2);
+    }
     gTr104CurrProtocolType = kProtocols[in.byte() % 3];
 
-    const Tr104MapEntry &e = *entries[in.word<uint16_t>() % entries.size()];
+    const Tr104MapEntry &e = named != nullptr ? *named : *entries[in.word<uint16_t>() % entries.size()];
     const uint8_t flagByte = in.byte();
     const int flag = flagByte < 0xF0 ? flagByte & 1 : static_cast<int8_t>(flagByte);
     int locate[4];

@@ -19,6 +19,7 @@ public:
     Input(const uint8_t *data, size_t size) : data_(data), size_(size) {}
 
     size_t left() const { return size_ - at_; }
+    void skip(size_t n) { at_ += n < left() ? n : left(); }
     uint8_t byte() { return at_ < size_ ? data_[at_++] : 0; }
     template <typename T>
     T word() {
