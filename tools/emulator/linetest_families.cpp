@@ -160,19 +160,21 @@ CallView viewOf(const State &s, const Port &p) {
         steps = std::min(steps, kFailingSteps);
     }
     const auto elapsed = std::chrono::duration_cast<milliseconds>(Clock::now() - p.callStart);
-    const size_t n = s.step.count() > 0 ? static_cast<size_t>(elapsed / s.step) : steps;
+    // The call ends when its walk does, or at the test's timeout when the walk would take longer:
+    // the voice module then gives up unanswered.  How late the end is observed changes nothing.
+    const milliseconds walkEnd = s.step * static_cast<int64_t>(steps);
+    const bool timesOut = p.timeout != 0 && walkEnd > std::chrono::seconds(p.timeout);
+    const milliseconds end = timesOut ? milliseconds(std::chrono::seconds(p.timeout)) : walkEnd;
     uint32_t &status = caller ? v.callerStatus : v.calledStatus;
-    // The voice module gives up on a call that has not ended within the test's timeout.
-    const bool timedOut = p.timeout != 0 && elapsed >= std::chrono::seconds(p.timeout);
-    if (!p.callStopped && n < steps && !timedOut) {
-        status = walk[n];
+    if (!p.callStopped && elapsed < end) {
+        status = walk[static_cast<size_t>(elapsed / s.step)];
         return v;
     }
     v.ended = true;
     status = caller ? kCallerEnd : kCalledEnd;
     if (p.callStopped) {
         v.conclusion = 2;  // stopped before its end: failed, with no reason
-    } else if (p.failCode != 0 || n < steps) {
+    } else if (p.failCode != 0 || timesOut) {
         v.conclusion = 2;  // its own fail code, or no answer before the timeout
         (caller ? v.callerFail : v.calledFail) = p.failCode != 0 ? p.failCode : caller ? kCallerNoAnswer : kCalledNoAnswer;
     } else {
