@@ -37,6 +37,14 @@ for t in "${targets[@]}"; do
   dirs=("$corpus" "fuzz/corpus/$t")
   [ -d "fuzz/regressions/$t" ] && dirs+=("fuzz/regressions/$t")
   log=$out/$t.log
+  # The regression inputs first, each run once as it stands: every one must still reach what it
+  # was kept for.
+  if [ -d "fuzz/regressions/$t" ] && ! TR104_FUZZ_REGRESSION=1 "$out/fuzz/$t" fuzz/regressions/"$t"/* >"$log" 2>&1; then
+    failed=1
+    summary+=("$t FAILED on a regression input (log: $log)")
+    tail -30 "$log"
+    continue
+  fi
   echo "=== fuzz $t: ${seconds} s"
   # One worker, in this process; -timeout: an input that runs longer than 10 s is a hang.
   if nice -n "$nice" "$out/fuzz/$t" -max_total_time="$seconds" -max_len=4100 -timeout=10 -rss_limit_mb=2048 \
