@@ -72,12 +72,22 @@ CallAction SimulatedCall::onEvent(const Event &event, Clock::time_point now) {
             return CallAction::None;
         }
         callId_ = event.id;
+        aor_ = event.aor;
         if (!caller_) {
             phase_ = Phase::Ringing;
         }
     }
     if (event.id != callId_) {
         return CallAction::None;
+    }
+    parties_.insert(event.aor);
+    if (event.type == "CALL_RTCP" && event.rtcp && (event.rtcp->txSent != 0 || event.rtcp->rxSent != 0)) {
+        reported_.insert(event.aor);
+        statsSeen_ = reported_.size() == parties_.size();
+        return poll(now);
+    }
+    if (event.aor != aor_) {
+        return CallAction::None;  // the other end, when it is one of our lines: only its statistics matter
     }
     if (event.type == "CALL_RINGING" || event.type == "CALL_INCOMING") {
         if (phase_ == Phase::Waiting) {
@@ -88,9 +98,6 @@ CallAction SimulatedCall::onEvent(const Event &event, Clock::time_point now) {
             phase_ = Phase::Connected;
             connected_ = now;
         }
-    } else if (event.type == "CALL_RTCP" && event.rtcp && (event.rtcp->txSent != 0 || event.rtcp->rxSent != 0)) {
-        statsSeen_ = true;
-        return poll(now);
     } else if (event.type == "CALL_CLOSED") {
         switch (phase_) {
         case Phase::HangingUp:

@@ -1,7 +1,8 @@
 // The simulated call test of a port, made with real calls: a caller test dials the number and
 // follows the call through ringing to connected; a called test waits for a call to the line.
-// A connected call is held until its first RTP statistics arrive (at least minHold, at most
-// maxHold), then hung up and the test ends in success.  Failures end with the fail codes the
+// A connected call is held until every party of it on this voice module has reported RTP
+// statistics (at least CallHold::min, at most CallHold::max), then hung up and the test ends in
+// success.  Failures end with the fail codes the
 // library reads: caller 2 no dial tone (the line is not registered), 4 released after dialling
 // (refused: not found, busy, ...), 5 no answer (it rang), 6 not reachable (408/480 without
 // ringing), 7 no answer from the network before the timeout; called 1 no incoming call, 3 no
@@ -10,6 +11,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <set>
 #include <string>
 
 #include "tr104/linetest.h"
@@ -34,7 +36,8 @@ public:
     // A start request (its test type 1..4): 1 and 2 start a test, 3 and 4 stop the one under way.
     CallAction start(uint32_t type, const std::string &number, uint32_t timeoutSeconds, bool registered,
                      Clock::time_point now);
-    // An event of the line's account.
+    // An event of any of the user agent's accounts: the test follows its own call (by its id),
+    // and the other end's statistics when both ends are ours.
     CallAction onEvent(const Event &event, Clock::time_point now);
     // The passing of time: the timeout, the end of the hold, a hang-up that is not confirmed.
     CallAction poll(Clock::time_point now);
@@ -57,6 +60,9 @@ private:
     bool caller_ = false;
     std::string number_;
     std::string callId_;
+    std::string aor_;                  // our end of the call
+    std::set<std::string> parties_;    // the ends of the call on this voice module
+    std::set<std::string> reported_;   // those that have reported RTP statistics
     std::chrono::seconds timeout_{60};
     Clock::time_point started_{};
     Clock::time_point connected_{};

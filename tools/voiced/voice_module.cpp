@@ -262,18 +262,20 @@ int VoiceModule::lineOf(const std::string &aor) const {
 }
 
 void VoiceModule::onEvent(const Event &event) {
-    CallAction action;
-    int line;
+    CallAction actions[kLines] = {};
     {
         std::lock_guard lock(mutex_);
-        line = lineOf(event.aor);
+        const int line = lineOf(event.aor);
         if (line < 0) {
             return;
+        }
+        // Each test follows its own call, whichever of our lines the event is for.
+        for (int i = 0; i < kLines; ++i) {
+            actions[i] = lines_[i].test.onEvent(event, Clock::now());
         }
         Line &l = lines_[line];
         const bool wasRegistered = l.activity.registered();
         l.activity.onEvent(event, Clock::now());
-        action = l.test.onEvent(event, Clock::now());
         const std::string head = "line " + std::to_string(line + 1);
         if (event.type == "REGISTER_OK" && !wasRegistered) {
             say("%s: registered (%s)", head, event.param);
@@ -288,7 +290,9 @@ void VoiceModule::onEvent(const Event &event) {
             say("%s: simulated call test: %s", head, l.test.describe());
         }
     }
-    act(line + 1, action);
+    for (int i = 0; i < kLines; ++i) {
+        act(i + 1, actions[i]);
+    }
 }
 
 void VoiceModule::act(int line, CallAction action) {
