@@ -40,7 +40,8 @@ std::string notRegisteringBecause(const ProfileSettings &profile, const LineSett
         return "no registrar or proxy address";
     }
     if (!carriable(line.number) || !carriable(line.authUser) || !carriable(line.password) ||
-        !carriable(profile.registrar.host) || !carriable(profile.proxy.host) || !carriable(profile.outboundProxy.host)) {
+        !carriable(profile.registrar.host) || !carriable(profile.proxy.host) ||
+        !carriable(profile.outboundProxy.host)) {
         return "a number, name, password or address holds a blank, a control character or one of ;\"<>\\";
     }
     return "";

@@ -61,12 +61,12 @@ std::string toneWav() {
     putLittle(&wav, 36 + samples * 2, 4);
     wav += "WAVEfmt ";
     putLittle(&wav, 16, 4);
-    putLittle(&wav, 1, 2);              // PCM
-    putLittle(&wav, 1, 2);              // mono
+    putLittle(&wav, 1, 2);  // PCM
+    putLittle(&wav, 1, 2);  // mono
     putLittle(&wav, kToneRate, 4);
     putLittle(&wav, kToneRate * 2, 4);  // bytes a second
-    putLittle(&wav, 2, 2);              // bytes a frame
-    putLittle(&wav, 16, 2);             // bits a sample
+    putLittle(&wav, 2, 2);  // bytes a frame
+    putLittle(&wav, 16, 2);  // bits a sample
     wav += "data";
     putLittle(&wav, samples * 2, 4);
     wav.reserve(wav.size() + samples * 2);
@@ -198,7 +198,7 @@ std::string findProgram(const std::string &program) {
     size_t start = 0;
     while (start <= dirs.size()) {
         const size_t end = std::min(dirs.find(':', start), dirs.size());
-        const std::string candidate = dirs.substr(start, end - start) + "/" + program;
+        std::string candidate = dirs.substr(start, end - start) + "/" + program;
         if (end > start && ::access(candidate.c_str(), X_OK) == 0) {
             return candidate;
         }
@@ -207,7 +207,14 @@ std::string findProgram(const std::string &program) {
     return "";
 }
 
-Baresip::~Baresip() { stop(); }
+Baresip::~Baresip() {
+    // Ending baresip builds a command; a destructor must not let an allocation failure out.
+    try {
+        stop();
+    } catch (...) {
+        std::fputs("[voiced] could not end baresip cleanly\n", stderr);
+    }
+}
 
 bool Baresip::writeConfig(const BaresipOptions &options, uint16_t controlPort, std::string *error) {
     const char *tmp = std::getenv("TMPDIR");
@@ -220,20 +227,30 @@ bool Baresip::writeConfig(const BaresipOptions &options, uint16_t controlPort, s
     }
     folder_ = name.data();
     const std::string sip = options.sipAddress + ":" + std::to_string(options.sipPort);
-    const std::string config = "poll_method\t\tepoll\n"
-                               "sip_listen\t\t" + sip + "\n"
-                               "net_interface\t\t" + options.sipAddress + "\n"
-                               "audio_source\t\taufile," + folder_ + "/tone.wav\n"
-                               "audio_player\t\taubridge,line\n"
-                               "audio_alert\t\taubridge,line\n"
-                               "module_path\t\t" + options.modules + "\n"
-                               "module\t\t\tg711.so\n"
-                               "module\t\t\taufile.so\n"
-                               "module\t\t\taubridge.so\n"
-                               "module_app\t\taccount.so\n"
-                               "module_app\t\tmenu.so\n"
-                               "module_app\t\tctrl_tcp.so\n"
-                               "ctrl_tcp_listen\t\t127.0.0.1:" + std::to_string(controlPort) + "\n";
+    const std::string config =
+        "poll_method\t\tepoll\n"
+        "sip_listen\t\t" +
+        sip +
+        "\n"
+        "net_interface\t\t" +
+        options.sipAddress +
+        "\n"
+        "audio_source\t\taufile," +
+        folder_ +
+        "/tone.wav\n"
+        "audio_player\t\taubridge,line\n"
+        "audio_alert\t\taubridge,line\n"
+        "module_path\t\t" +
+        options.modules +
+        "\n"
+        "module\t\t\tg711.so\n"
+        "module\t\t\taufile.so\n"
+        "module\t\t\taubridge.so\n"
+        "module_app\t\taccount.so\n"
+        "module_app\t\tmenu.so\n"
+        "module_app\t\tctrl_tcp.so\n"
+        "ctrl_tcp_listen\t\t127.0.0.1:" +
+        std::to_string(controlPort) + "\n";
     return writeFile(folder_ + "/config", config, error) && writeFile(folder_ + "/accounts", "", error) &&
            writeFile(folder_ + "/tone.wav", toneWav(), error);
 }
@@ -241,7 +258,8 @@ bool Baresip::writeConfig(const BaresipOptions &options, uint16_t controlPort, s
 bool Baresip::start(const BaresipOptions &options, EventHandler events, std::string *error) {
     const std::string program = findProgram(options.program);
     if (program.empty()) {
-        *error = "baresip not found (" + options.program + "): install the Debian package baresip-core, or give --baresip PATH";
+        *error = "baresip not found (" + options.program +
+                 "): install the Debian package baresip-core, or give --baresip PATH";
         return false;
     }
     if (::access((options.modules + "/ctrl_tcp.so").c_str(), R_OK) != 0) {

@@ -21,11 +21,11 @@
 namespace voiced {
 
 struct BaresipOptions {
-    std::string program = "baresip";                     // a path, or a name looked up on PATH
-    std::string modules = "/usr/lib/baresip/modules";     // its module folder
+    std::string program = "baresip";  // a path, or a name looked up on PATH
+    std::string modules = "/usr/lib/baresip/modules";  // its module folder
     std::string sipAddress = "127.0.0.1";
-    uint16_t sipPort = 5080;                              // baresip also binds the next port
-    bool verbose = false;                                 // print baresip's own output
+    uint16_t sipPort = 5080;  // baresip also binds the next port
+    bool verbose = false;  // print baresip's own output
 };
 
 // Netstring framing: "LEN:PAYLOAD,".

@@ -24,7 +24,9 @@ void putText(char (&field)[N], const std::string &text) {
 
 uint32_t lost(int32_t reported) { return reported > 0 ? static_cast<uint32_t>(reported) : 0; }
 
-uint32_t percent(uint32_t part, uint32_t whole) { return whole == 0 ? 0 : static_cast<uint32_t>(100ull * part / whole); }
+uint32_t percent(uint32_t part, uint32_t whole) {
+    return whole == 0 ? 0 : static_cast<uint32_t>(100ull * part / whole);
+}
 
 // Adds one call's RTP statistics to a sum: packets and losses add up, jitter and round trip are
 // those of the latest call that had any.
@@ -173,7 +175,9 @@ void LineActivity::onEvent(const Event &event, Clock::time_point now) {
 void LineActivity::fillStatus(Tr104SipLineRecord *status) const {
     putText(status->aRegState, registration_);
     std::string callState = "Idle";
-    uint32_t code = registered() ? kPortIdle : registration_ == "reg-fail" ? kPortRegisterFailed : kPortIdleUnregistered;
+    uint32_t code = registered()                  ? kPortIdle
+                    : registration_ == "reg-fail" ? kPortRegisterFailed
+                                                  : kPortIdleUnregistered;
     if (!calls_.empty()) {
         const Call &call = calls_.begin()->second;
         if (call.established) {
@@ -188,9 +192,9 @@ void LineActivity::fillStatus(Tr104SipLineRecord *status) const {
         }
     }
     status->unPortState = code;
-    putText(status->aHookState, calls_.empty() || (!calls_.begin()->second.outgoing && !calls_.begin()->second.established)
-                                    ? "on-hook"
-                                    : "off-hook");
+    putText(status->aHookState,
+            calls_.empty() || (!calls_.begin()->second.outgoing && !calls_.begin()->second.established) ? "on-hook"
+                                                                                                        : "off-hook");
     putText(status->aCallState, callState);
 }
 

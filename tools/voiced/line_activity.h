@@ -32,11 +32,11 @@ struct RtcpStats {
 // One event of the user agent (REGISTER_OK, CALL_ESTABLISHED, ...) for one of its accounts.
 struct Event {
     std::string type;
-    std::string aor;        // the account's address of record
+    std::string aor;  // the account's address of record
     std::string direction;  // "incoming" or "outgoing" for call events
     std::string peer;
-    std::string id;         // call id; empty on events before the call has one
-    std::string param;      // SIP reason ("401 Unauthorized", "404 Not Found"), peer URI ...
+    std::string id;  // call id; empty on events before the call has one
+    std::string param;  // SIP reason ("401 Unauthorized", "404 Not Found"), peer URI ...
     std::optional<RtcpStats> rtcp;
 };
 

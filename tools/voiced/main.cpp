@@ -69,9 +69,10 @@ bool sipCommand(vmemu::VoiceModuleEmulator &, const std::string &verb, std::istr
     return true;
 }
 
-vmemu::ConsoleRegistrar sipConsole("sip lines | sip dial LINE NUMBER | sip hangup LINE   the SIP lines: registration, "
-                                   "calls, counters; a call placed or ended by hand",
-                                   &sipCommand);
+vmemu::ConsoleRegistrar sipConsole(
+    "sip lines | sip dial LINE NUMBER | sip hangup LINE   the SIP lines: registration, "
+    "calls, counters; a call placed or ended by hand",
+    &sipCommand);
 
 void commandLoop(vmemu::VoiceModuleEmulator *emulator) {
     for (std::string line; std::getline(std::cin, line);) {

@@ -100,9 +100,7 @@ CallAction SimulatedCall::onEvent(const Event &event, Clock::time_point now) {
         }
     } else if (event.type == "CALL_CLOSED") {
         switch (phase_) {
-        case Phase::HangingUp:
-            end(pendingFail_ == 0 ? kSuccess : kFailed, pendingFail_);
-            break;
+        case Phase::HangingUp: end(pendingFail_ == 0 ? kSuccess : kFailed, pendingFail_); break;
         case Phase::Connected:
             end(kSuccess, 0);  // the far end hung up: the call was made
             break;
@@ -129,8 +127,8 @@ CallAction SimulatedCall::poll(Clock::time_point now) {
     case Phase::Ringing:
         if (now - started_ >= timeout_) {
             const bool rang = phase_ == Phase::Ringing;
-            return hangUpAndEnd(caller_ ? (rang ? kNoAnswer : kNoNetworkAnswer) : (rang ? kCalledNoAnswer : kNoIncomingCall),
-                                now);
+            return hangUpAndEnd(
+                caller_ ? (rang ? kNoAnswer : kNoNetworkAnswer) : (rang ? kCalledNoAnswer : kNoIncomingCall), now);
         }
         return CallAction::None;
     case Phase::Connected: {
@@ -145,8 +143,7 @@ CallAction SimulatedCall::poll(Clock::time_point now) {
             end(pendingFail_ == 0 ? kSuccess : kFailed, pendingFail_);
         }
         return CallAction::None;
-    default:
-        return CallAction::None;
+    default: return CallAction::None;
     }
 }
 

@@ -60,9 +60,9 @@ private:
     bool caller_ = false;
     std::string number_;
     std::string callId_;
-    std::string aor_;                  // our end of the call
-    std::set<std::string> parties_;    // the ends of the call on this voice module
-    std::set<std::string> reported_;   // those that have reported RTP statistics
+    std::string aor_;  // our end of the call
+    std::set<std::string> parties_;  // the ends of the call on this voice module
+    std::set<std::string> reported_;  // those that have reported RTP statistics
     std::chrono::seconds timeout_{60};
     Clock::time_point started_{};
     Clock::time_point connected_{};

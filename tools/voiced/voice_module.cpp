@@ -39,7 +39,7 @@ constexpr const char *kOutboundFamily = "sip outbound proxy";
 constexpr const char *kEnableFamily = "sip line enable";
 constexpr const char *kNumberFamily = "sip directory number";
 constexpr const char *kAuthFamily = "sip line auth";
-constexpr const char *kSettingFamilies[] = {kRegistrarFamily, kProxyFamily, kOutboundFamily,
+constexpr const char *kSettingFamilies[] = {kRegistrarFamily, kProxyFamily,  kOutboundFamily,
                                             kEnableFamily,    kNumberFamily, kAuthFamily};
 
 constexpr auto kPollEvery = std::chrono::milliseconds(200);
@@ -123,7 +123,8 @@ VoiceModule::VoiceModule(vmemu::VoiceModuleEmulator &emulator, Options options)
 VoiceModule::~VoiceModule() { stop(); }
 
 bool VoiceModule::start(std::string *error) {
-    if (!agent_.start(options_.baresip, [this](const Event &event) { onEvent(event); }, error)) {
+    if (!agent_.start(
+            options_.baresip, [this](const Event &event) { onEvent(event); }, error)) {
         return false;
     }
     say("baresip %s on %s (its configuration in a private folder)", std::to_string(agent_.pid()),
@@ -142,15 +143,15 @@ bool VoiceModule::start(std::string *error) {
         }
         std::memcpy(reply.data(), &status, sizeof(status));
     });
-    emulator_.setLiveAnswer(TR104_SIP_LINE_STATS_CMD, [this, lineOfRequest](const vmemu::Request &r,
-                                                                           vmemu::Payload &reply) {
-        const uint32_t line = lineOfRequest(r);
-        if (line >= 1 && line <= kLines) {
-            std::lock_guard lock(mutex_);
-            const Tr104SipLineStatsRecord counters = lines_[line - 1].activity.counters(line, Clock::now());
-            std::memcpy(reply.data(), &counters, sizeof(counters));
-        }
-    });
+    emulator_.setLiveAnswer(
+        TR104_SIP_LINE_STATS_CMD, [this, lineOfRequest](const vmemu::Request &r, vmemu::Payload &reply) {
+            const uint32_t line = lineOfRequest(r);
+            if (line >= 1 && line <= kLines) {
+                std::lock_guard lock(mutex_);
+                const Tr104SipLineStatsRecord counters = lines_[line - 1].activity.counters(line, Clock::now());
+                std::memcpy(reply.data(), &counters, sizeof(counters));
+            }
+        });
     emulator_.setLiveAnswer(TR104_RTP_STATS_CMD, [this, lineOfRequest](const vmemu::Request &r, vmemu::Payload &reply) {
         const uint32_t line = lineOfRequest(r);
         if (line >= 1 && line <= kLines) {
@@ -240,15 +241,14 @@ void VoiceModule::onRequest(const vmemu::Request &request) {
         {
             std::lock_guard lock(mutex_);
             Line &l = lines_[line - 1];
-            action = l.test.start(block.unTestType, textOf(block.aCalledNum), block.unTimeout, l.activity.registered(),
-                                  now);
+            action =
+                l.test.start(block.unTestType, textOf(block.aCalledNum), block.unTimeout, l.activity.registered(), now);
             say("line %s: simulated call test: %s", std::to_string(line), l.test.describe());
         }
         act(line, action);
         break;
     }
-    default:
-        break;
+    default: break;
     }
 }
 
@@ -283,8 +283,9 @@ void VoiceModule::onEvent(const Event &event) {
             say("%s: registration failed: %s", head, event.param);
         } else if (event.type == "CALL_INCOMING" || event.type == "CALL_RINGING" || event.type == "CALL_ESTABLISHED" ||
                    event.type == "CALL_CLOSED") {
-            say("%s: %s", head, event.type + " " + event.direction + " " + event.peer +
-                                    (event.param.empty() || event.param == event.peer ? "" : " (" + event.param + ")"));
+            say("%s: %s", head,
+                event.type + " " + event.direction + " " + event.peer +
+                    (event.param.empty() || event.param == event.peer ? "" : " (" + event.param + ")"));
         }
         if (event.type == "CALL_CLOSED" || event.type == "CALL_ESTABLISHED") {
             say("%s: simulated call test: %s", head, l.test.describe());
@@ -397,8 +398,7 @@ std::string VoiceModule::describe() {
     std::ostringstream out;
     for (int i = 0; i < kLines; ++i) {
         const Line &l = lines_[i];
-        out << "line " << i + 1 << ": " << (l.aor.empty() ? "no account" : l.aor) << ", "
-            << l.activity.registration();
+        out << "line " << i + 1 << ": " << (l.aor.empty() ? "no account" : l.aor) << ", " << l.activity.registration();
         if (!l.activity.failureReason().empty()) {
             out << " (" << l.activity.failureReason() << ")";
         }

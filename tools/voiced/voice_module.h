@@ -25,8 +25,8 @@ inline constexpr int kLines = 2;
 
 struct Options {
     BaresipOptions baresip;
-    uint32_t registrationPeriod = 3600;       // seconds
-    bool autoAnswer[kLines] = {true, true};   // the line's phone goes off hook when called
+    uint32_t registrationPeriod = 3600;  // seconds
+    bool autoAnswer[kLines] = {true, true};  // the line's phone goes off hook when called
     CallHold hold;
 };
 
