@@ -34,19 +34,14 @@ if [ "${1:-}" != "--inside" ]; then
   exec unshare --net --ipc bash "${BASH_SOURCE[0]}" --inside "$BUILD"
 fi
 BUILD=$2
-VOICED=$BUILD/tools/voiced/tr104-voiced
-CTL=$BUILD/tools/tr104ctl
 OBUSPA=$BUILD/obuspa/prefix/bin/obuspa
 PLUGIN=$BUILD/agents/libtr104-usp.so
-SIP_PORT=5060      # the registrar
-UA_PORT=5080       # tr104-voiced's user agent
-
 ip link set lo up
 WORK=$(mktemp -d)
 chmod 755 "$WORK"
-mkdir -p "$WORK/run" "$WORK/tmp"
+. "$ROOT/scripts/voiced-common.sh"
 passed=0 failed=0
-KAM="" VOICE="" AGENT=""
+AGENT=""
 cleanup() {
   for pid in $AGENT $VOICE $KAM; do kill "$pid" 2>/dev/null; done
   wait 2>/dev/null
@@ -61,31 +56,9 @@ check() {  # NAME RESULT(0 = pass) [DETAIL]
     failed=$((failed + 1)); echo "FAIL $1${3:+: $3}"
   fi
 }
-now() { date +%s.%N; }
-since() { printf '%.1f' "$(echo "$(now) - $1" | bc)"; }
-# Waits until the command succeeds, at most S seconds: waitFor S CMD...
-waitFor() {
-  local end=$(($(date +%s) + $1)); shift
-  until "$@"; do
-    [ "$(date +%s)" -ge "$end" ] && return 1
-    sleep 0.2
-  done
-}
-ctl() { timeout 60 "$CTL" --no-emulate "$@" 2>&1; }
-registered() { kamcmd -s "unix:$WORK/run/kamailio_ctl" ul.dump 2>/dev/null | sed -n 's/^[[:space:]]*AoR: //p' | sort | tr '\n' ' '; }
-registeredAre() { [ "$(registered)" = "$1" ]; }
-statusIs() { [ "$(ctl get Tr104LineRegStatus --line "$1")" = "$2" ]; }
 
-# The registrar, as the kamailio user when there is one.
-modules=$(dirname "$(dpkg -L kamailio 2>/dev/null | grep '/modules/tm.so$' | head -1)")
-sed -e "s|@PORT@|$SIP_PORT|" -e "s|@RUNDIR@|$WORK/run|" -e "s|@MODULES@|$modules|" \
-  "$ROOT/tests/voiced/kamailio.cfg" >"$WORK/kamailio.cfg"
-user=(); id kamailio >/dev/null 2>&1 && { chown kamailio "$WORK/run"; user=(-u kamailio -g kamailio); }
-kamailio -DD -E -f "$WORK/kamailio.cfg" -Y "$WORK/run" -m 32 -M 4 "${user[@]}" >"$WORK/kamailio.log" 2>&1 &
-KAM=$!
-waitFor 10 test -S "$WORK/run/kamailio_ctl"
-check "the registrar runs (Kamailio on 127.0.0.1:$SIP_PORT)" "$(kill -0 "$KAM" 2>/dev/null && test -S "$WORK/run/kamailio_ctl"; echo $?)" \
-  "$(tail -3 "$WORK/kamailio.log")"
+startRegistrar; rc=$?
+check "the registrar runs (Kamailio on 127.0.0.1:$SIP_PORT)" "$rc" "$(tail -3 "$WORK/kamailio.log")"
 
 # A user agent that cannot be found is a clear error.
 out=$("$VOICED" --baresip "$WORK/no-such-baresip" 2>&1); rc=$?
@@ -93,34 +66,17 @@ check "without baresip: exit 1 and the package to install" "$([ $rc -eq 1 ] && g
 
 # The voice module.
 t0=$(now)
-TMPDIR=$WORK/tmp "$VOICED" --sip-port "$UA_PORT" --auto-answer 2 --ready-file "$WORK/voiced.ready" \
-  --control "$WORK/voiced.sock" </dev/null >"$WORK/voiced.log" 2>&1 &
-VOICE=$!
-waitFor 15 test -f "$WORK/voiced.ready"
-check "tr104-voiced serves the channel with its user agent (ready in $(since "$t0") s)" \
-  "$(test -f "$WORK/voiced.ready"; echo $?)" "$(tail -3 "$WORK/voiced.log")"
-folder=$(ls -d "$WORK"/tmp/tr104-voiced.* 2>/dev/null | head -1)
+startVoiced; rc=$?
+check "tr104-voiced serves the channel with its user agent (ready in $(since "$t0") s)" "$rc" \
+  "$(tail -3 "$WORK/voiced.log")"
+folder=$(find "$WORK/tmp" -maxdepth 1 -name 'tr104-voiced.*' | head -1)
 check "the user agent's folder is private (0700), its account file 0600 and empty" \
   "$([ -n "$folder" ] && [ "$(stat -c %a "$folder")" = 700 ] && [ "$(stat -c %a "$folder/accounts")" = 600 ] &&
      [ ! -s "$folder/accounts" ]; echo $?)" "$(ls -la "$folder" 2>&1 | head -5)"
 
-# Servers, numbers and credentials by path.  Values the library stages (server, user name,
-# password) are applied 5 s after they are written; the server and each line's credentials go
-# through clients of their own, in parallel, each as another module kind (clients of one kind
-# share a reply queue and would take each other's answers).
-P=InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1
+# Servers, numbers and credentials by path.
 t0=$(now)
-ctl set $P.Line.1.DirectoryNumber 1001 >/dev/null
-ctl set $P.Line.2.DirectoryNumber 1002 >/dev/null
-ctl set $P.Line.1.Enable Enabled >/dev/null
-ctl set $P.Line.2.Enable Enabled >/dev/null
-{ ctl --kind 2 set $P.SIP.RegistrarServer 127.0.0.1; ctl --kind 2 set $P.SIP.RegistrarServerPort $SIP_PORT; } >"$WORK/set-server.log" &
-s1=$!
-{ ctl --kind 3 set $P.Line.1.SIP.AuthUserName 1001; ctl --kind 3 set $P.Line.1.SIP.AuthPassword secret1; } >"$WORK/set-line1.log" &
-s2=$!
-{ ctl --kind 4 set $P.Line.2.SIP.AuthUserName 1002; ctl --kind 4 set $P.Line.2.SIP.AuthPassword secret2; } >"$WORK/set-line2.log" &
-s3=$!
-wait $s1 $s2 $s3
+configureLines >/dev/null
 written=$(since "$t0")
 t1=$(now)
 waitFor 10 registeredAre "1001 1002 "
@@ -182,7 +138,8 @@ if [ -x "$OBUSPA" ] && [ -f "$PLUGIN" ]; then
     "$out; location table: $(registered)"
   out=$(cli get $LINE.1.Status)
   check "line 1's status reads Disabled" "$(grep -q '=> Disabled$' <<<"$out"; echo $?)" "$out"
-  kill "$AGENT"; wait "$AGENT" 2>/dev/null; AGENT=""
+  stopProcess "$AGENT" 10
+  AGENT=""
 else
   check "the USP agent is built (scripts/usp-agent-check.sh builds it)" 1 "no $OBUSPA"
 fi
@@ -191,15 +148,13 @@ fi
 check "no password in tr104-voiced's log" "$(! grep -q -e secret1 -e secret2 -e wrong-password "$WORK/voiced.log"; echo $?)"
 baresip=$(sed -n 's/^\[voiced\] baresip \([0-9]*\) .*/\1/p' "$WORK/voiced.log")
 t0=$(now)
-kill -TERM "$VOICE"
-waitFor 15 bash -c "! kill -0 $VOICE 2>/dev/null"
+stopProcess "$VOICE" 15
 check "tr104-voiced stops on SIGTERM ($(since "$t0") s), baresip with it, its folder removed" \
   "$(! kill -0 "$VOICE" 2>/dev/null && ! kill -0 "${baresip:-0}" 2>/dev/null && [ ! -e "$folder" ]; echo $?)"
-wait "$VOICE" 2>/dev/null; VOICE=""
-kill -TERM "$KAM"
-waitFor 10 bash -c "! kill -0 $KAM 2>/dev/null"
+VOICE=""
+stopProcess "$KAM" 10
 check "the registrar stops on SIGTERM" "$(! kill -0 "$KAM" 2>/dev/null; echo $?)"
-wait "$KAM" 2>/dev/null; KAM=""
+KAM=""
 [ -n "${VOICED_CHECK_LOG:-}" ] && cp "$WORK/voiced.log" "$VOICED_CHECK_LOG"
 
 echo "$passed passed, $failed failed"

@@ -45,6 +45,7 @@ public:
     void fill(Tr104SmultParam *block) const;
 
     bool underWay() const { return phase_ != Phase::None && phase_ != Phase::Ended; }
+    bool started() const { return phase_ != Phase::None; }
     bool caller() const { return caller_; }
     const std::string &number() const { return number_; }
     // One readable line: type, phase, call, result.

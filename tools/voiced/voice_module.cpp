@@ -287,7 +287,7 @@ void VoiceModule::onEvent(const Event &event) {
                 event.type + " " + event.direction + " " + event.peer +
                     (event.param.empty() || event.param == event.peer ? "" : " (" + event.param + ")"));
         }
-        if (event.type == "CALL_CLOSED" || event.type == "CALL_ESTABLISHED") {
+        if ((event.type == "CALL_CLOSED" || event.type == "CALL_ESTABLISHED") && l.test.started()) {
             say("%s: simulated call test: %s", head, l.test.describe());
         }
     }
