@@ -84,6 +84,8 @@ check "both lines in the registrar's location table ($written s to write, regist
   "$(registeredAre "1001 1002 "; echo $?)" "location table: $(registered)"
 check "each line's status reads Up" "$(statusIs 1 Up && statusIs 2 Up; echo $?)" \
   "$(ctl get Tr104LineRegStatus --line 1) / $(ctl get Tr104LineRegStatus --line 2)"
+out=$(ctl get Tr104ActiveSipProxyServer)
+check "the proxy in use reads as the registrar the lines use" "$([ "$out" = 127.0.0.1 ]; echo $?)" "$out"
 check "the user agent registers the records' values (registrar, number, user name)" \
   "$(grep -q 'line 1: registering <sip:1001@127.0.0.1:5060>;auth_user=1001;auth_pass=\*\*\*' "$WORK/voiced.log"; echo $?)" \
   "$(grep 'registering' "$WORK/voiced.log" | tail -2)"

@@ -47,6 +47,13 @@ std::string notRegisteringBecause(const ProfileSettings &profile, const LineSett
     return "";
 }
 
+const Server &routeOf(const ProfileSettings &profile) {
+    if (!profile.outboundProxy.empty()) {
+        return profile.outboundProxy;
+    }
+    return profile.proxy.empty() ? registrarOf(profile) : profile.proxy;
+}
+
 std::optional<std::string> accountLine(const ProfileSettings &profile, const LineSettings &line, bool autoAnswer) {
     if (!notRegisteringBecause(profile, line).empty()) {
         return std::nullopt;
@@ -56,8 +63,8 @@ std::optional<std::string> accountLine(const ProfileSettings &profile, const Lin
     if (!line.password.empty()) {
         account += ";auth_pass=" + line.password;
     }
-    const Server &route = profile.outboundProxy.empty() ? profile.proxy : profile.outboundProxy;
-    if (!route.empty()) {
+    const Server &route = routeOf(profile);
+    if (&route != &registrarOf(profile)) {  // a route other than the registrar itself
         account += ";outbound=\"sip:" + route.hostPort() + ";lr\"";
     }
     account += ";regint=" + std::to_string(profile.registrationPeriod);

@@ -37,6 +37,9 @@ struct LineSettings {
 // The address of record the user agent names the line by in its events: sip:NUMBER@REGISTRAR.
 std::string addressOfRecord(const ProfileSettings &profile, const LineSettings &line);
 
+// The server a line's requests go to: the outbound proxy, else the proxy, else the registrar.
+const Server &routeOf(const ProfileSettings &profile);
+
 // The account line of a line that can register, nullopt when it cannot (disabled, no number,
 // no registrar).  The outbound proxy routes every request when it is set, else the proxy does;
 // the user name defaults to the directory number.  autoAnswer: the line's phone goes off hook

@@ -171,6 +171,27 @@ bool VoiceModule::start(std::string *error) {
         }
         std::memcpy(reply.data(), &block, sizeof(block));
     });
+    // The proxy in use (a proxy read with flag 0): the server a registered line's requests go to.
+    emulator_.setLiveAnswer(GET_PROXY_CFG_ID, [this](const vmemu::Request &r, vmemu::Payload &reply) {
+        auto record = requestRecord<ServerRecord>(r);
+        if (record.nServerFlag != TR104_SERVER_IN_USE) {
+            return;
+        }
+        std::memcpy(&record, reply.data(), sizeof(record));
+        bool anyRegistered = false;
+        {
+            std::lock_guard lock(mutex_);
+            for (const Line &l : lines_) {
+                anyRegistered = anyRegistered || l.activity.registered();
+            }
+        }
+        if (anyRegistered) {
+            const std::string host = routeOf(storedProfile(emulator_, options_.registrationPeriod)).host;
+            std::memset(record.aActiveProxy, 0, sizeof(record.aActiveProxy));
+            std::memcpy(record.aActiveProxy, host.data(), std::min(host.size(), sizeof(record.aActiveProxy) - 1));
+            std::memcpy(reply.data(), &record, sizeof(record));
+        }
+    });
     emulator_.onStored([this](const vmemu::RecordFamily &family, const vmemu::Request &) { onStored(family); });
     worker_ = std::thread([this] { work(); });
     post([this] { apply(); });
@@ -189,7 +210,8 @@ void VoiceModule::stop() {
     worker_.join();
     emulator_.onStored(nullptr);
     for (uint32_t cmd : {static_cast<uint32_t>(GET_PORT_STATUS_ID), static_cast<uint32_t>(TR104_SIP_LINE_STATS_CMD),
-                         static_cast<uint32_t>(TR104_RTP_STATS_CMD), static_cast<uint32_t>(GET_SMULT_TEST_ID)}) {
+                         static_cast<uint32_t>(TR104_RTP_STATS_CMD), static_cast<uint32_t>(GET_SMULT_TEST_ID),
+                         static_cast<uint32_t>(GET_PROXY_CFG_ID)}) {
         emulator_.setLiveAnswer(cmd, nullptr);
     }
     agent_.stop();
