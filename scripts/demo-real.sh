@@ -49,7 +49,7 @@ t0=$(now)
 configureLines | sed 's/^/  /'
 echo "  written in $(since "$t0") s (the deferred buffer applies a staged value 5 s after it is written)"
 t1=$(now)
-waitFor 15 registeredAre "1001 1002 " || fail "the lines did not register: [$(registered)]"
+waitFor 15 bothRegistered || fail "the lines did not register: [$(registered)]"
 echo "  location table: [$(registered)], $(since "$t1") s after the last write"
 show get $P.Line.1.Status
 show get $P.Line.2.Status

@@ -6,7 +6,8 @@
 #     registrar's location table lists them and each line's status reads Up;
 #   - a simulated call from line 1 to line 2's number succeeds and moves both lines' counters
 #     and RTP statistics; one to a number that does not exist fails after dialling;
-#   - a wrong password: that line's status reads Error and the registrar lists only the other;
+#   - a wrong password: that line's status reads Error, the registrar lists only the other, and
+#     the line's simulated call test fails for want of a dial tone;
 #   - a line disabled through the USP agent disappears from the location table;
 #   - passwords stay out of the log, the user agent's folder is private and removed at exit;
 #     the registrar and tr104-voiced stop by process id.
@@ -79,7 +80,7 @@ t0=$(now)
 configureLines >/dev/null
 written=$(since "$t0")
 t1=$(now)
-waitFor 10 registeredAre "1001 1002 "
+waitFor 15 bothRegistered
 check "both lines in the registrar's location table ($written s to write, registered $(since "$t1") s later)" \
   "$(registeredAre "1001 1002 "; echo $?)" "location table: $(registered)"
 check "each line's status reads Up" "$(statusIs 1 Up && statusIs 2 Up; echo $?)" \
@@ -123,6 +124,9 @@ check "a wrong password: line 2 reads Error" "$(statusIs 2 Error; echo $?)" "$(c
 check "the reason is in the log" "$(grep -q 'line 2: registration failed: 401 Unauthorized' "$WORK/voiced.log"; echo $?)"
 waitFor 5 registeredAre "1001 "
 check "the registrar lists only line 1" "$(registeredAre "1001 "; echo $?)" "location table: $(registered)"
+out=$(ctl simcall --port 2 --caller 1001 --timeout 10)
+check "a simulated call from the unregistered line: Fail, NoDailTone, nothing dialled" \
+  "$(grep -q 'fail reason *NoDailTone' <<<"$out" && ! grep -q 'line 2: dialling' "$WORK/voiced.log"; echo $?)" "$out"
 
 # A line disabled through the USP agent leaves the location table.
 if [ -x "$OBUSPA" ] && [ -f "$PLUGIN" ]; then
@@ -138,6 +142,7 @@ if [ -x "$OBUSPA" ] && [ -f "$PLUGIN" ]; then
   waitFor 10 registeredAre ""
   check "line 1 disabled through the USP agent leaves the location table" "$(registeredAre ""; echo $?)" \
     "$out; location table: $(registered)"
+  waitFor 5 bash -c "timeout 10 '$OBUSPA' -s '$SOCK' -c get $LINE.1.Status | grep -q '=> Disabled$'"
   out=$(cli get $LINE.1.Status)
   check "line 1's status reads Disabled" "$(grep -q '=> Disabled$' <<<"$out"; echo $?)" "$out"
   stopProcess "$AGENT" 10

@@ -20,11 +20,25 @@ waitFor() {
     sleep 0.2
   done
 }
-ctl() { timeout 60 "$CTL" --no-emulate "$@" 2>&1; }
+# tr104ctl refuses to start while the request queue is full, as it is for a moment when clients
+# run in parallel: it sent nothing then, and is started again (at most 50 times, 0.1 s apart).
+ctl() {
+  local out rc
+  for _ in $(seq 50); do
+    out=$(timeout 60 "$CTL" --no-emulate "$@" 2>&1)
+    rc=$?
+    grep -q "request queue is full" <<<"$out" || break
+    sleep 0.1
+  done
+  printf '%s\n' "$out"
+  return $rc
+}
 # The addresses of record in the registrar's location table, sorted, each followed by a blank.
 registered() { kamcmd -s "unix:$WORK/run/kamailio_ctl" ul.dump 2>/dev/null | sed -n 's/^[[:space:]]*AoR: //p' | sort | tr '\n' ' '; }
 registeredAre() { [ "$(registered)" = "$1" ]; }
 statusIs() { [ "$(ctl get Tr104LineRegStatus --line "$1")" = "$2" ]; }
+# Both lines registered: in the registrar's table, and Up as the library reads them.
+bothRegistered() { registeredAre "1001 1002 " && statusIs 1 Up && statusIs 2 Up; }
 
 # Starts the registrar (as the kamailio user when there is one); true once its control socket is up.
 startRegistrar() {
@@ -42,12 +56,12 @@ startRegistrar() {
   waitFor 10 test -S "$WORK/run/kamailio_ctl" && kill -0 "$KAM" 2>/dev/null
 }
 
-# Starts tr104-voiced (its private folder under $WORK/tmp, its console on $WORK/voiced.sock);
-# true once it serves the channel.
+# Starts tr104-voiced (its private folder under $WORK/tmp, its console on $WORK/voiced.sock,
+# more options in $VOICED_OPTIONS, e.g. --verbose); true once it serves the channel.
 startVoiced() {
   mkdir -p "$WORK/tmp"
   TMPDIR=$WORK/tmp "$VOICED" --sip-port "$UA_PORT" --auto-answer 2 --ready-file "$WORK/voiced.ready" \
-    --control "$WORK/voiced.sock" "$@" </dev/null >"$WORK/voiced.log" 2>&1 &
+    --control "$WORK/voiced.sock" ${VOICED_OPTIONS:-} </dev/null >"$WORK/voiced.log" 2>&1 &
   VOICE=$!
   waitFor 15 test -f "$WORK/voiced.ready"
 }

@@ -84,6 +84,10 @@ TEST(VoicedControl, NetstringsAndEvents) {
     EXPECT_EQ(event->rtcp->rxLost, -1);
     EXPECT_EQ(event->rtcp->rtt, 245u);
     EXPECT_FALSE(parseEvent(R"({"response":true,"ok":true,"data":"","token":"1"})"));
+    EXPECT_EQ(parseAnswer(R"({"response":true,"ok":true,"data":"ua","token":"7"})", "7")->data, "ua");
+    EXPECT_FALSE(parseAnswer(R"({"response":true,"ok":true,"data":"ua","token":"7"})", "8")) << "another command's";
+    EXPECT_TRUE(parseAnswer("{\"response\":true,\"ok\":true,\"data\":\"\x01\",\"token\":\"7\"}", "7")->ok)
+        << "data that is not valid JSON";
     EXPECT_FALSE(parseEvent("{not json"));
     EXPECT_FALSE(parseEvent(R"({"event":true,"type":3,"rtcp_stats":[1]})")->rtcp);
 }

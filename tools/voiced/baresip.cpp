@@ -189,6 +189,24 @@ std::optional<Event> parseEvent(const std::string &text) {
     return event;
 }
 
+std::optional<Baresip::Answer> parseAnswer(const std::string &text, const std::string &token) {
+    if (token.empty()) {
+        return std::nullopt;
+    }
+    const json object = json::parse(text, nullptr, false);
+    if (!object.is_discarded() && object.is_object()) {
+        if (stringField(object, "token") != token) {
+            return std::nullopt;
+        }
+        return Baresip::Answer{object.value("ok", false), stringField(object, "data")};
+    }
+    // An answer whose data baresip did not escape as JSON wants: still the answer of its token.
+    if (text.find("\"token\":\"" + token + "\"") == std::string::npos) {
+        return std::nullopt;
+    }
+    return Baresip::Answer{text.find("\"ok\":true") != std::string::npos, ""};
+}
+
 std::string findProgram(const std::string &program) {
     if (program.find('/') != std::string::npos) {
         return ::access(program.c_str(), X_OK) == 0 ? program : std::string();
@@ -362,13 +380,9 @@ void Baresip::readControl() {
                 events_(*event);
                 continue;
             }
-            const json object = json::parse(payload, nullptr, false);
-            if (object.is_discarded() || !object.is_object()) {
-                continue;
-            }
             std::lock_guard lock(mutex_);
-            if (stringField(object, "token") == waitingToken_ && !waitingToken_.empty()) {
-                answer_ = Answer{object.value("ok", false), stringField(object, "data")};
+            if (auto answer = parseAnswer(payload, waitingToken_)) {
+                answer_ = std::move(answer);
                 answered_.notify_all();
             }
         }
@@ -378,6 +392,9 @@ void Baresip::readControl() {
         }
     }
     std::lock_guard lock(mutex_);
+    if (connected_ && !stopping_) {
+        std::fprintf(stderr, "[voiced] baresip closed its control connection: the SIP lines no longer work\n");
+    }
     connected_ = false;
     answered_.notify_all();
 }
@@ -446,6 +463,10 @@ Baresip::Answer Baresip::command(const std::string &name, const std::string &par
 }
 
 void Baresip::stop() {
+    {
+        std::lock_guard lock(mutex_);
+        stopping_ = true;
+    }
     if (pid_ > 0) {
         command("quit");
         // baresip takes long to end after a call; a second SIGTERM ends it at once.

@@ -80,8 +80,13 @@ private:
     std::string waitingToken_;
     std::optional<Answer> answer_;
     bool connected_ = false;
+    bool stopping_ = false;
     std::deque<std::string> outputTail_;
 };
+
+// The answer to the command of `token` in a frame of the control connection; nullopt when the
+// frame is something else.
+std::optional<Baresip::Answer> parseAnswer(const std::string &json, const std::string &token);
 
 // The program's path: as given when it holds a '/', else the first match on PATH ("" if none).
 std::string findProgram(const std::string &program);

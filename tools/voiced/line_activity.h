@@ -60,8 +60,10 @@ inline constexpr uint32_t kG711Kbps = 64;
 
 class LineActivity {
 public:
-    // The line's account was added (registering starts) or removed (unregistered).
+    // The line's account was added (registering starts), is being removed (unregistering) or
+    // was removed (unregistered).
     void accountAdded();
+    void accountRemoving() { registration_ = "unreg-ing"; }
     void accountRemoved();
     void onEvent(const Event &event, Clock::time_point now);
 

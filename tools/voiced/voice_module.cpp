@@ -367,14 +367,30 @@ void VoiceModule::work() {
     }
 }
 
+bool VoiceModule::removeAccount(const std::string &aor, const std::string &keep) {
+    // baresip 1.0.0's menu keeps its own pointer to the selected account and follows it when the
+    // selected account is removed: a pointer left to an account removed earlier crashes it.
+    // Selecting an account that stays (or the one removed) first keeps that pointer valid.  What
+    // baresip lists afterwards decides whether the account is gone.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        agent_.command("uafind", keep.empty() ? aor : keep);
+        agent_.command("uadel", aor);
+        const Baresip::Answer listed = agent_.command("reginfo");
+        if (listed.ok && listed.data.find(aor + " ") == std::string::npos) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    }
+    return false;
+}
+
 void VoiceModule::apply() {
     const ProfileSettings profile = storedProfile(emulator_, options_.registrationPeriod);
-    std::string added[kLines];
     for (int i = 0; i < kLines; ++i) {
         const LineSettings settings = storedLine(emulator_, static_cast<uint32_t>(i + 1));
         std::string account = accountLine(profile, settings, options_.autoAnswer[i]).value_or("");
-        std::string oldAor;
         const std::string head = "line " + std::to_string(i + 1);
+        std::string oldAor, keep;
         {
             std::lock_guard lock(mutex_);
             Line &l = lines_[i];
@@ -386,30 +402,36 @@ void VoiceModule::apply() {
             }
             l.reregister = false;
             oldAor = l.aor;
+            keep = lines_[kLines - 1 - i].aor;
             l.aor.clear();
             l.account.clear();
+            if (!oldAor.empty()) {
+                l.activity.accountRemoving();
+            }
         }
         if (!oldAor.empty()) {
             say("%s: unregistering %s", head, oldAor);
-            agent_.command("uadel", oldAor);
+            if (!removeAccount(oldAor, keep)) {
+                say("%s: the user agent still lists %s", head, oldAor);
+            }
         }
-        std::lock_guard lock(mutex_);
-        Line &l = lines_[i];
         if (account.empty()) {
-            l.activity.accountRemoved();
+            std::lock_guard lock(mutex_);
+            lines_[i].activity.accountRemoved();
             say("%s: not registering: %s", head,
-                l.unregistered ? std::string("unregistered on request") : notRegisteringBecause(profile, settings));
+                lines_[i].unregistered ? std::string("unregistered on request")
+                                       : notRegisteringBecause(profile, settings));
             continue;
         }
-        l.account = account;
-        l.aor = addressOfRecord(profile, settings);
-        l.activity.accountAdded();
-        added[i] = account;
+        {
+            // The address of record first: the account's events come back while it is added.
+            std::lock_guard lock(mutex_);
+            lines_[i].account = account;
+            lines_[i].aor = addressOfRecord(profile, settings);
+            lines_[i].activity.accountAdded();
+        }
         say("%s: registering %s", head, redacted(account));
-    }
-    // Accounts are added outside the lock: their events come back while the command runs.
-    for (const std::string &account : added) {
-        if (!account.empty() && !agent_.command("uanew", account).ok) {
+        if (!agent_.command("uanew", account).ok) {
             say("the user agent refused the account %s", redacted(account));
         }
     }

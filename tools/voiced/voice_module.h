@@ -71,6 +71,9 @@ private:
     void act(int line, CallAction action);
     void work();
     void apply();
+    // Removes an account, selecting `keep` (another account, or none) first; false while the user
+    // agent still lists it.
+    bool removeAccount(const std::string &aor, const std::string &keep);
     int lineOf(const std::string &aor) const;  // -1 when no line has it
 
     vmemu::VoiceModuleEmulator &emulator_;
