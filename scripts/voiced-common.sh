@@ -30,7 +30,7 @@ ctl() {
     grep -q "request queue is full" <<<"$out" || break
     sleep 0.1
   done
-  printf '%s\n' "$out"
+  [ -z "$out" ] || printf '%s\n' "$out"
   return $rc
 }
 # The addresses of record in the registrar's location table, sorted, each followed by a blank.
