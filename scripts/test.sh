@@ -2,8 +2,9 @@
 # The whole test suite: installs what is missing, then builds and runs every configuration:
 # the host build, the host build under AddressSanitizer+UBSan and under ThreadSanitizer, and the
 # device build (32-bit big-endian MIPS: library, emulator and tests cross-built, every test run
-# under qemu-mips).  Every suite runs even when an earlier one fails, so that one run shows all
-# failures; the command succeeds only when every suite passes.
+# under qemu-mips).  After the host build: the USP agent check, tr104-voiced against a real
+# registrar, and the house rules.  Every suite runs even when an earlier one fails, so that one
+# run shows all failures; the command succeeds only when every suite passes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 start=$SECONDS
