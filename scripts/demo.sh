@@ -9,8 +9,14 @@
 # change notification coming through the inbound thread and a protocol change; and prints what
 # the voice module received.  It exits non-zero when the deferred buffer or the inbound thread
 # did not behave as shown.
+#
+# With --real: the same chain on a real SIP network instead (scripts/demo-real.sh): a registrar,
+# tr104-voiced with its SIP user agent, registration and a call with its counters.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+if [ "${1:-}" = "--real" ]; then
+  exec bash scripts/demo-real.sh
+fi
 bash scripts/install-deps.sh
 cmake --preset host >/dev/null
 cmake --build --preset host -j "$(nproc 2>/dev/null || echo 2)" --target tr104 tr104ctl

@@ -10,6 +10,7 @@ needed=(cmake g++ make binutils googletest libgtest-dev libgmock-dev libbenchmar
 needed+=(pkgconf clang-format clang-tidy)
 needed+=(valgrind)  # the memcheck label
 needed+=(clang libclang-rt-14-dev)  # the fuzz targets (libFuzzer)
+needed+=(baresip-core kamailio iproute2 bc)  # tr104-voiced's SIP user agent and the registrar of its check
 missing=()
 for p in "${needed[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -2,8 +2,9 @@
 # The whole test suite: installs what is missing, then builds and runs every configuration:
 # the host build, the host build under AddressSanitizer+UBSan and under ThreadSanitizer, and the
 # device build (32-bit big-endian MIPS: library, emulator and tests cross-built, every test run
-# under qemu-mips).  Every suite runs even when an earlier one fails, so that one run shows all
-# failures; the command succeeds only when every suite passes.
+# under qemu-mips).  After the host build: the USP agent check, tr104-voiced against a real
+# registrar, and the house rules.  Every suite runs even when an earlier one fails, so that one
+# run shows all failures; the command succeeds only when every suite passes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 start=$SECONDS
@@ -24,22 +25,22 @@ run_preset() {
 }
 
 run_preset host
+# A check script on the host build: run_check NAME SCRIPT.
+run_check() {
+  local t0=$SECONDS
+  if bash "$2" build/host; then
+    results+=("$1 passed in $((SECONDS - t0)) s")
+  else
+    results+=("$1 FAILED in $((SECONDS - t0)) s")
+    failed=1
+  fi
+}
 # The voice data model served through a USP agent (the agent is built once into build/host).
-t0=$SECONDS
-if bash scripts/usp-agent-check.sh build/host; then
-  results+=("usp-agent passed in $((SECONDS - t0)) s")
-else
-  results+=("usp-agent FAILED in $((SECONDS - t0)) s")
-  failed=1
-fi
+run_check usp-agent scripts/usp-agent-check.sh
+# tr104-voiced against a real registrar (Kamailio), in a private network and IPC namespace.
+run_check voiced scripts/voiced-check.sh
 # House rules (scripts/check-style.sh) on the host build's compile commands.
-t0=$SECONDS
-if bash scripts/check-style.sh build/host; then
-  results+=("style passed in $((SECONDS - t0)) s")
-else
-  results+=("style FAILED in $((SECONDS - t0)) s")
-  failed=1
-fi
+run_check style scripts/check-style.sh
 run_preset asan
 run_preset tsan
 run_preset mips

@@ -112,6 +112,20 @@ void VoiceModuleEmulator::stop() {
     thread_.join();
 }
 
+void VoiceModuleEmulator::onStored(StoredHook hook) {
+    std::lock_guard lock(mutex_);
+    stored_ = std::move(hook);
+}
+
+void VoiceModuleEmulator::setLiveAnswer(uint32_t cmd, LiveAnswer answer) {
+    std::lock_guard lock(mutex_);
+    if (answer) {
+        live_[cmd] = std::move(answer);
+    } else {
+        live_.erase(cmd);
+    }
+}
+
 void VoiceModuleEmulator::setReplyOverride(ReplyOverride hook) {
     std::lock_guard lock(mutex_);
     replyOverride_ = std::move(hook);
@@ -314,7 +328,7 @@ void VoiceModuleEmulator::storeSet(const RecordFamily &family, const Request &re
     }
 }
 
-bool VoiceModuleEmulator::answer(const Request &request, Payload &reply) {
+bool VoiceModuleEmulator::answer(const Request &request, Payload &reply, const RecordFamily **stored) {
     auto h = handlers_.find(request.cmd);
     if (h != handlers_.end()) {
         return h->second(request, reply);
@@ -328,6 +342,7 @@ bool VoiceModuleEmulator::answer(const Request &request, Payload &reply) {
     }
     if (isSet) {
         storeSet(*family, request);
+        *stored = family;
         return false;
     }
     auto it = records_.find(keyOf(*family, request.payload.data()));
@@ -394,10 +409,21 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
     std::function<void(const Request &)> callback;
     ReplyOverride override;
     Request shown;  // as logged: hidden fields blanked
+    std::optional<RecordFamily> storedIn;
+    StoredHook storedHook;
+    LiveAnswer live;
     {
         std::lock_guard lock(mutex_);
         fault = takeFault(request.cmd).value_or(FaultSpec{});
-        send = answer(request, reply);
+        const RecordFamily *stored = nullptr;
+        send = answer(request, reply, &stored);
+        if (stored != nullptr && stored_) {
+            storedIn = *stored;
+            storedHook = stored_;
+        }
+        if (auto it = live_.find(request.cmd); it != live_.end() && fault.kind == Fault::None) {
+            live = it->second;
+        }
         queue = replyQueue(request.module);
         switch (fault.kind) {
         case Fault::Silent:
@@ -438,6 +464,12 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         override = replyOverride_;
     }
     seen_.notify_all();
+    if (storedIn) {
+        storedHook(*storedIn, request);
+    }
+    if (live && send) {
+        live(request, reply);
+    }
     if (callback) {
         callback(shown);
     }

@@ -185,6 +185,16 @@ public:
     using ReplyOverride = std::function<bool(const Request &, Tr104WireMsg &out)>;
     void setReplyOverride(ReplyOverride hook);
 
+    // A voice module that applies what it is sent: `stored` is called after a set has stored its
+    // record in a family, with the family and the request; `live` answers a get of one command
+    // from live values instead of the stored record (it gets the stored answer to change, and
+    // is not called when a fault takes the request).  Both run outside the emulator's lock, in
+    // the serving thread: keep them short.
+    using StoredHook = std::function<void(const RecordFamily &, const Request &)>;
+    using LiveAnswer = std::function<void(const Request &, Payload &reply)>;
+    void onStored(StoredHook hook);
+    void setLiveAnswer(uint32_t cmd, LiveAnswer answer);
+
     // Serves, in the caller's thread, every request waiting on the send queue now; returns how
     // many.  For a voice module driven step by step (no serving thread, no waiting): call it
     // right after a request is queued.  Opens the send queue on first use.
@@ -198,7 +208,7 @@ private:
     struct Stored;
     void serve();
     void handle(const Tr104WireMsg &msg, size_t length);
-    bool answer(const Request &request, Payload &reply);
+    bool answer(const Request &request, Payload &reply, const RecordFamily **stored);
     const RecordFamily *familyOf(uint32_t cmd, bool *isSet) const;
     std::string keyOf(const RecordFamily &family, const char *record) const;
     void storeSet(const RecordFamily &family, const Request &request);
@@ -224,6 +234,8 @@ private:
     size_t seenCount_ = 0;
     std::function<void(const Request &)> onRequest_;
     ReplyOverride replyOverride_;
+    StoredHook stored_;
+    std::map<uint32_t, LiveAnswer> live_;
     size_t dropped_ = 0;
     uint32_t garbageSeed_ = 0x1234567u;
     std::atomic<int64_t> replyDelayUs_{0};
