@@ -42,8 +42,7 @@ inline bool checkPathSets(const std::vector<std::string> &words, std::vector<Pat
         }
         // The agent's buffer holds the text and its terminator: a longer text is refused before
         // anything is sent rather than by its handler after the pairs before it.
-        const std::string kind = set.entry->value;
-        const size_t size = kind.rfind("text:", 0) == 0 ? std::strtoul(kind.c_str() + 5, nullptr, 10) : 0;
+        const size_t size = set.entry->valueKind == TR104_MAP_VALUE_TEXT ? set.entry->valueSize : 0;
         if (size != 0 && request.value.size() >= size) {
             *why = set.path + ": a text of at most " + std::to_string(size - 1) + " characters, not " +
                    std::to_string(request.value.size());

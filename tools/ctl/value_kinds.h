@@ -21,11 +21,11 @@
 namespace tr104ctl {
 
 enum class ValueKind {
-    Integer,    // pValue points to a 32-bit integer
-    Text,       // pValue points to a character buffer
-    Float,      // pValue points to a single-precision float
-    Directed,   // Tr104LineGainSip: an integer direction before pValue (non-zero receive)
-    Custom,     // its own arguments: the row's `custom` calls it
+    Integer,  // pValue points to a 32-bit integer
+    Text,  // pValue points to a character buffer
+    Float,  // pValue points to a single-precision float
+    Directed,  // Tr104LineGainSip: an integer direction before pValue (non-zero receive)
+    Custom,  // its own arguments: the row's `custom` calls it
 };
 
 // What a handler with its own calling convention (several value pointers, say) did.
@@ -33,7 +33,7 @@ struct CustomResult {
     bool called = false;  // false: the request was wrong, message says why
     std::string message;
     int rc = 0;
-    std::string shown;    // a get's value, rendered
+    std::string shown;  // a get's value, rendered
 };
 // Calls `handler` (the exported function, resolved by name) with the value text of a set, and
 // renders what a get returned.
@@ -83,15 +83,17 @@ inline std::string baseName(const std::string &name) {
 // The kind of a map entry's handler.
 inline HandlerKind kindOfEntry(const Tr104MapEntry &e) {
     HandlerKind k{e.handler, ValueKind::Integer, 0};
-    const std::string value = e.value;
-    const bool text = value.rfind("text:", 0) == 0;
+    const bool text = e.valueKind == TR104_MAP_VALUE_TEXT;
     if (e.arity == 2) {
         k.kind = ValueKind::Custom;
-        k.custom = text ? device::text : value == "addr" ? net::address : value == "byte" ? net::byte : device::integer;
+        k.custom = text                                  ? device::text
+                   : e.valueKind == TR104_MAP_VALUE_ADDR ? net::address
+                   : e.valueKind == TR104_MAP_VALUE_BYTE ? net::byte
+                                                         : device::integer;
     } else if (text) {
         k.kind = ValueKind::Text;
-        k.textSize = std::strtoul(value.c_str() + 5, nullptr, 10);
-    } else if (value == "float") {
+        k.textSize = e.valueSize;
+    } else if (e.valueKind == TR104_MAP_VALUE_FLOAT) {
         k.kind = ValueKind::Float;
     }
     k.deferredSlot = e.deferredSlot;
@@ -134,16 +136,11 @@ inline const HandlerKind *findKind(const std::string &name) {
 
 inline const char *kindName(ValueKind kind) {
     switch (kind) {
-        case ValueKind::Integer:
-            return "integer";
-        case ValueKind::Text:
-            return "text";
-        case ValueKind::Float:
-            return "float";
-        case ValueKind::Directed:
-            return "integer with a direction (--direction 0 transmit, 1 receive)";
-        case ValueKind::Custom:
-            return "several values";
+    case ValueKind::Integer: return "integer";
+    case ValueKind::Text: return "text";
+    case ValueKind::Float: return "float";
+    case ValueKind::Directed: return "integer with a direction (--direction 0 transmit, 1 receive)";
+    case ValueKind::Custom: return "several values";
     }
     return "?";
 }

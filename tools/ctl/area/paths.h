@@ -35,6 +35,12 @@ inline void defineDump(CLI::App &command) {
     command.add_flag("--json", gArgs.json, "a JSON array of {path, value} or {path, fault}");
 }
 
+// The handler's value as the map's source names it: "int", "text:66".
+inline std::string valueName(const Tr104MapEntry &e) {
+    const std::string kind = tr104MapValueKindName(e.valueKind);
+    return e.valueKind == TR104_MAP_VALUE_TEXT ? kind + ":" + std::to_string(e.valueSize) : kind;
+}
+
 inline int runWhich(const AreaContext &) {
     const std::string &path = gArgs.path;
     const bool json = gArgs.json;
@@ -66,10 +72,11 @@ inline int runWhich(const AreaContext &) {
     } else if (r.rc == TR104_MAP_NOT_SERVED) {
         std::printf("%s\n  not served: %s\n", path.c_str(), e.note);
     } else {
-        std::printf("%s\n  pattern   %s\n  handler   %s (%s)\n  nLocate   [%d, %d, %d, %d]\n"
-                    "  type      %s, access %s\n  value     %s, conversion %s\n",
-                    path.c_str(), e.path, e.handler, e.arity == 2 ? "nFlag, pValue" : "nFlag, pValue, nLocate",
-                    r.locate[0], r.locate[1], r.locate[2], r.locate[3], e.type, e.access, e.value, e.convert);
+        std::printf(
+            "%s\n  pattern   %s\n  handler   %s (%s)\n  nLocate   [%d, %d, %d, %d]\n"
+            "  type      %s, access %s\n  value     %s, conversion %s\n",
+            path.c_str(), e.path, e.handler, e.arity == 2 ? "nFlag, pValue" : "nFlag, pValue, nLocate", r.locate[0],
+            r.locate[1], r.locate[2], r.locate[3], e.type, e.access, valueName(e).c_str(), e.convert);
         if (std::string(e.note) != "-") {
             std::printf("  note      %s\n", e.note);
         }
@@ -92,9 +99,7 @@ inline std::vector<std::string> instancesOf(const std::string &pattern) {
         const std::string sep = dot == std::string::npos ? "" : ".";
         std::vector<std::string> next;
         if (name == "{i}") {
-            const int high = previous == "Line" || previous == "PhyInterface" || previous == "Session" ? 2
-                             : previous == "Codecs" || previous == "List"                              ? 5
-                                                                                                         : 1;
+            const int high = tr104MapInstanceCount(previous.c_str());
             for (const std::string &o : out) {
                 for (int i = 1; i <= high; ++i) {
                     next.push_back(o + std::to_string(i) + sep);
@@ -114,14 +119,7 @@ inline std::vector<std::string> instancesOf(const std::string &pattern) {
 
 // Entries of the other protocol are left out: their handlers answer only under it.
 inline bool forProtocol(const Tr104MapEntry &e, int protocol) {
-    const std::string note = e.note;
-    if (protocol == 4) {
-        return note.rfind("H.248", 0) != 0;
-    }
-    if (protocol == 2) {
-        return note.rfind("SIP", 0) != 0 || note.rfind("SIP variant", 0) == 0;
-    }
-    return true;
+    return e.protocol == 0 || e.protocol == protocol || (protocol != 2 && protocol != 4);
 }
 
 inline int runDump(const AreaContext &context) {
@@ -136,8 +134,7 @@ inline int runDump(const AreaContext &context) {
     for (unsigned i = 0; i < gTr104MapCount; ++i) {
         const Tr104MapEntry &e = gTr104Map[i];
         // Parameters whose get blocks the caller (the end of a line test) are left out.
-        if (e.handler == nullptr || std::string(e.access).find('R') == std::string::npos ||
-            std::string(e.note).rfind("blocks", 0) == 0 ||
+        if (e.handler == nullptr || std::string(e.access).find('R') == std::string::npos || e.blocksCaller != 0 ||
             !forProtocol(e, protocol != nullptr ? *protocol : 0)) {
             continue;
         }
