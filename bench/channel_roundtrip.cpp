@@ -409,7 +409,7 @@ void BM_ThroughputTwoProcesses(benchmark::State &state) {
 
 // The concrete paths of a pattern on a two-port device: one service and profile, lines and
 // physical interfaces 1..2, codec entries 1..5, sessions 1..2.
-void expand(const std::string &pattern, size_t from, std::string done, std::vector<std::string> *out) {
+void expand(const std::string &pattern, size_t from, const std::string &done, std::vector<std::string> *out) {
     const size_t at = pattern.find("{i}", from);
     if (at == std::string::npos) {
         out->push_back(done + pattern.substr(from));

@@ -1,8 +1,8 @@
 // The data model by path: `tr104ctl which [--json] PATH` (the map's entry of a path) and
 // `tr104ctl dump [PREFIX] [--json]` (every readable parameter, as a GetParameterValues would).
-#pragma once
 
 #include <chrono>
+#include <memory>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "ctl/area.h"
+#include "ctl/areas.h"
 #include "ctl/invoke.h"
 #include "ctl/paths.h"
 
@@ -23,30 +23,38 @@ struct PathArgs {
     std::string path;  // which: the path; dump: the prefix (empty: everything)
     bool json = false;
 };
-inline PathArgs gArgs;
 
-inline void defineWhich(CLI::App &command) {
+void defineWhich(CLI::App &command, PathArgs &gArgs) {
     command.add_option("PATH", gArgs.path, "a concrete data-model path")->required();
     command.add_flag("--json", gArgs.json, "one JSON object on one line");
 }
 
-inline void defineDump(CLI::App &command) {
+void defineDump(CLI::App &command, PathArgs &gArgs) {
     command.add_option("PREFIX", gArgs.path, "only the parameters whose path starts with it");
     command.add_flag("--json", gArgs.json, "a JSON array of {path, value} or {path, fault}");
 }
 
+// A path's entry and nLocate.
+struct Resolved {
+    int rc = TR104_MAP_UNKNOWN;
+    const Tr104MapEntry *entry = nullptr;
+    int locate[4] = {0, 0, 0, 0};
+};
+
 // The handler's value as the map's source names it: "int", "text:66".
-inline std::string valueName(const Tr104MapEntry &e) {
+std::string valueName(const Tr104MapEntry &e) {
     const std::string kind = tr104MapValueKindName(e.valueKind);
     return e.valueKind == TR104_MAP_VALUE_TEXT ? kind + ":" + std::to_string(e.valueSize) : kind;
 }
 
-inline int runWhich(const AreaContext &) {
+int runWhich(const PathArgs &gArgs) {
     const std::string &path = gArgs.path;
     const bool json = gArgs.json;
-    const ResolvedPath r = resolvePath(path);
+    Resolved r;
+    char error[256] = "";
+    r.rc = tr104MapLookup(path.c_str(), &r.entry, r.locate, error, sizeof(error));
     if (r.rc == TR104_MAP_UNKNOWN || r.rc == TR104_MAP_MALFORMED) {
-        std::fprintf(stderr, "tr104ctl: %s\n", r.error.c_str());
+        std::fprintf(stderr, "tr104ctl: %s\n", error);
         return 2;
     }
     const Tr104MapEntry &e = *r.entry;
@@ -89,7 +97,7 @@ inline int runWhich(const AreaContext &) {
 
 // The concrete paths of a pattern for the instances a two-port device has: profile 1, lines and
 // physical interfaces 1 and 2, codec entries 1 to 5, sessions 1 and 2.
-inline std::vector<std::string> instancesOf(const std::string &pattern) {
+std::vector<std::string> instancesOf(const std::string &pattern) {
     std::vector<std::string> out{""};
     std::string previous;
     size_t at = 0;
@@ -118,11 +126,11 @@ inline std::vector<std::string> instancesOf(const std::string &pattern) {
 }
 
 // Entries of the other protocol are left out: their handlers answer only under it.
-inline bool forProtocol(const Tr104MapEntry &e, int protocol) {
+bool forProtocol(const Tr104MapEntry &e, int protocol) {
     return e.protocol == 0 || e.protocol == protocol || (protocol != 2 && protocol != 4);
 }
 
-inline int runDump(const AreaContext &context) {
+int runDump(const Context &context, const PathArgs &gArgs) {
     const bool json = gArgs.json;
     const std::string &prefix = gArgs.path;
     const int *protocol = context.lib.variable<int>("gTr104CurrProtocolType");
@@ -187,11 +195,17 @@ inline int runDump(const AreaContext &context) {
 
 }  // namespace paths
 
-inline constexpr AreaCommand kPathCommandRows[] = {
-    {"which", "the handler, nLocate, type and access of a data-model path", &paths::defineWhich, &paths::runWhich},
-    {"dump", "every readable parameter under PREFIX, as a GetParameterValues would", &paths::defineDump,
-     &paths::runDump},
-};
-inline constexpr std::span<const AreaCommand> kPathCommands{kPathCommandRows};
+std::vector<AreaCommand> pathCommands() {
+    auto which = std::make_shared<paths::PathArgs>();
+    auto dump = std::make_shared<paths::PathArgs>();
+    return {
+        {"which", "the handler, nLocate, type and access of a data-model path",
+         [which](CLI::App &command) { paths::defineWhich(command, *which); },
+         [which](Context &) { return paths::runWhich(*which); }},
+        {"dump", "every readable parameter under PREFIX, as a GetParameterValues would",
+         [dump](CLI::App &command) { paths::defineDump(command, *dump); },
+         [dump](Context &context) { return paths::runDump(context, *dump); }},
+    };
+}
 
 }  // namespace tr104ctl
