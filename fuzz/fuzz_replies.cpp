@@ -206,7 +206,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::memset(value.data(), 0, value.size());
     if (flag == 1) {
         const size_t n = in.bytes(value.data(), value.size());
-        if (std::strncmp(e.value, "text:", 5) == 0) {
+        if (e.valueKind == TR104_MAP_VALUE_TEXT) {
             value.data()[std::min(n, value.size() - 1)] = 0;
         }
         // Restart (2) would reboot the machine: register and unregister only.
