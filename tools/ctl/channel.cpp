@@ -30,6 +30,45 @@ bool voiceModuleQueueFull() {
 
 }  // namespace
 
+bool Channel::emulate(const std::string &protocolName) {
+    if (unshare(CLONE_NEWIPC) != 0) {
+        std::fprintf(stderr, "tr104ctl: cannot enter a private IPC namespace for the emulator: %s (run as root)\n",
+                     std::strerror(errno));
+        return false;
+    }
+    emulator_ = std::make_unique<vmemu::VoiceModuleEmulator>();
+    if (!protocolName.empty()) {
+        vmemu::setProtocolName(*emulator_, protocolName);
+    }
+    return emulator_->start();
+}
+
+bool Channel::open(int moduleKind, bool *answered) {
+    auto init = lib_.function<int (*)(int)>("tr104VoiceMsgQueuesInit");
+    auto refresh = lib_.function<int (*)()>("Tr104RefreshCurrProtocolType");
+    if (init == nullptr || init(moduleKind) != 0) {
+        std::fprintf(stderr, "tr104ctl: cannot open the channel to the voice module\n");
+        return false;
+    }
+    // Kinds without a reply queue (5 to 7) cannot read anything: there is nothing to learn.
+    const int32_t *replyQueue = lib_.variable<int32_t>("gTr104RcvOutMsgQueueId");
+    if (replyQueue != nullptr && *replyQueue == -1) {
+        *answered = true;
+        return true;
+    }
+    *answered = refresh != nullptr && refresh() == 0;
+    return true;
+}
+
+void Channel::forget() {
+    for (const char *name :
+         {"gTr104RcvMsgQueueSemId", "gTr104SndMsgQueueId", "gTr104RcvOutMsgQueueId", "gTr104RcvInMsgQueueId"}) {
+        if (int32_t *id = lib_.variable<int32_t>(name)) {
+            *id = -1;
+        }
+    }
+}
+
 int connect(Channel &channel, const ConnectRequest &opt) {
     bool answered = false;
     Emulate mode = opt.command == "demo" ? Emulate::Always : opt.emulate;

@@ -13,7 +13,7 @@
 
 namespace tr104ctl {
 
-namespace device {
+namespace {
 
 // The capability parameters, in the order `caps` prints them.
 constexpr const char *kCapabilities[] = {
@@ -82,10 +82,10 @@ int runCaps(Context &context) {
     return 0;
 }
 
-}  // namespace device
+}  // namespace
 
 std::vector<AreaCommand> deviceCommands() {
-    return {{"caps", "print the voice service's capability parameters", [](CLI::App &) {}, &device::runCaps}};
+    return {{"caps", "print the voice service's capability parameters", [](CLI::App &) {}, &runCaps}};
 }
 
 // The demo's device section, run against the emulator after the library's full start-up.  Returns
@@ -94,7 +94,7 @@ int runDeviceDemo(Context &context) {
     const Library &lib = context.lib;
     vmemu::VoiceModuleEmulator &emulator = *context.emulator;
     std::printf("\n== capabilities (protocol SIP: several come from the voice module)\n");
-    int problems = device::printCapabilities(lib);
+    int problems = printCapabilities(lib);
     static const DemoStep kProfile[] = {
         {"Tr104ProfileEnable", true, "enabled", 0, "exact words only"},
         {"Tr104ProfileName", false, nullptr, 0, "kept in the library"},

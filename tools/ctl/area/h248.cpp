@@ -16,7 +16,7 @@
 
 namespace tr104ctl {
 
-namespace h248area {
+namespace {
 
 // The gateway's controllers and registration, and each line's registration and counters, read
 // through the H.248 variants whatever the library's current protocol.
@@ -68,7 +68,7 @@ bool switchTo(const Library &lib, vmemu::VoiceModuleEmulator &emulator, bool h24
     return *protocol == wanted;
 }
 
-}  // namespace h248area
+}  // namespace
 
 std::vector<AreaCommand> h248Commands() {
     auto request = std::make_shared<std::string>("status");
@@ -76,7 +76,7 @@ std::vector<AreaCommand> h248Commands() {
              [request](CLI::App &command) {
                  command.add_option("REQUEST", *request, "what to show (status)")->check(CLI::IsMember({"status"}));
              },
-             &h248area::status}};
+             &status}};
 }
 
 // The demo's h248 section, run against the emulator after the library's full start-up.  Returns
@@ -85,7 +85,7 @@ int runH248Demo(Context &context) {
     const Library &lib = context.lib;
     vmemu::VoiceModuleEmulator &emulator = *context.emulator;
     std::printf("\n== H.248: the voice module switches protocol\n");
-    if (!h248area::switchTo(lib, emulator, true)) {
+    if (!switchTo(lib, emulator, true)) {
         return 1;
     }
     int problems = 0;
@@ -151,7 +151,7 @@ int runH248Demo(Context &context) {
     }
 
     std::printf("\n== H.248: back to SIP for what follows\n");
-    if (!h248area::switchTo(lib, emulator, false)) {
+    if (!switchTo(lib, emulator, false)) {
         ++problems;
     }
     return problems;

@@ -19,7 +19,7 @@
 
 namespace tr104ctl {
 
-namespace linetest {
+namespace {
 
 // One handler call on a port (nLocate[1]); prints a one-line error when it fails.
 struct PortCall {
@@ -293,18 +293,18 @@ int runSimulatedCall(const Context &ctx, const TestArgs &gTest) {
     return conclusion == "Success" ? 0 : 1;
 }
 
-}  // namespace linetest
+}  // namespace
 
 std::vector<AreaCommand> linetestCommands() {
-    auto test = std::make_shared<linetest::TestArgs>();
-    auto call = std::make_shared<linetest::TestArgs>();
+    auto test = std::make_shared<TestArgs>();
+    auto call = std::make_shared<TestArgs>();
     return {
         {"linetest", "run a line test on a port and print its measurements and conclusion",
-         [test](CLI::App &command) { linetest::defineLineTest(command, *test); },
-         [test](Context &context) { return linetest::runLineTest(context, *test); }},
+         [test](CLI::App &command) { defineLineTest(command, *test); },
+         [test](Context &context) { return runLineTest(context, *test); }},
         {"simcall", "run a simulated call on a port (--caller NUMBER or --called)",
-         [call](CLI::App &command) { linetest::defineSimulatedCall(command, *call); },
-         [call](Context &context) { return linetest::runSimulatedCall(context, *call); }},
+         [call](CLI::App &command) { defineSimulatedCall(command, *call); },
+         [call](Context &context) { return runSimulatedCall(context, *call); }},
     };
 }
 

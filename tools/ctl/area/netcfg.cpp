@@ -17,7 +17,7 @@
 
 namespace tr104ctl {
 
-namespace netcfg {
+namespace {
 
 struct Row {
     const char *handler;
@@ -69,16 +69,17 @@ int runNet(Context &context) {
     return printSettings(context.lib) == 0 ? 0 : 1;
 }
 
-}  // namespace netcfg
+}  // namespace
 
 std::vector<AreaCommand> netcfgCommands() {
-    return {
-        {"net", "the voice interface's address, VLANs, DNS, DHCP, PPPoE and time", [](CLI::App &) {}, &netcfg::runNet}};
+    return {{"net", "the voice interface's address, VLANs, DNS, DHCP, PPPoE and time", [](CLI::App &) {}, &runNet}};
 }
+
+namespace {
 
 // A VLAN id written alone waits in slot 7 until the slot's timer reads the current VLAN
 // configuration and writes it back with the new id.
-static int runLoneVlanId(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+int runLoneVlanId(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
     std::printf("\n== network: the RTP VLAN id alone -> merged by slot 7's timer after %d ms\n",
                 deferredTimeoutMs(lib));
     const size_t reads = emulator.requestsFor(TR104_GET_VLAN_ID).size();
@@ -111,6 +112,8 @@ static int runLoneVlanId(const Library &lib, vmemu::VoiceModuleEmulator &emulato
     problems += runSteps(lib, kAfter, std::size(kAfter));
     return problems;
 }
+
+}  // namespace
 
 // The demo's network section: an address given in three writes reaches the voice module as one
 // configuration, and so do the six VLAN values of the signalling traffic; then the address
@@ -155,7 +158,7 @@ int runNetcfgDemo(Context &context) {
     };
     problems += runSection(lib, "network: address mode, time zone, numbers", kSettings);
     std::printf("\n== network: the voice interface (tr104ctl net)\n");
-    problems += netcfg::printSettings(lib);
+    problems += printSettings(lib);
     return problems;
 }
 

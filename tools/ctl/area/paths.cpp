@@ -16,7 +16,7 @@
 
 namespace tr104ctl {
 
-namespace paths {
+namespace {
 
 // The arguments of `which` and `dump`.
 struct PathArgs {
@@ -193,18 +193,17 @@ int runDump(const Context &context, const PathArgs &gArgs) {
     return dead || read == 0 ? 1 : 0;
 }
 
-}  // namespace paths
+}  // namespace
 
 std::vector<AreaCommand> pathCommands() {
-    auto which = std::make_shared<paths::PathArgs>();
-    auto dump = std::make_shared<paths::PathArgs>();
+    auto which = std::make_shared<PathArgs>();
+    auto dump = std::make_shared<PathArgs>();
     return {
         {"which", "the handler, nLocate, type and access of a data-model path",
-         [which](CLI::App &command) { paths::defineWhich(command, *which); },
-         [which](Context &) { return paths::runWhich(*which); }},
+         [which](CLI::App &command) { defineWhich(command, *which); }, [which](Context &) { return runWhich(*which); }},
         {"dump", "every readable parameter under PREFIX, as a GetParameterValues would",
-         [dump](CLI::App &command) { paths::defineDump(command, *dump); },
-         [dump](Context &context) { return paths::runDump(context, *dump); }},
+         [dump](CLI::App &command) { defineDump(command, *dump); },
+         [dump](Context &context) { return runDump(context, *dump); }},
     };
 }
 

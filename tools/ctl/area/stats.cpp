@@ -13,7 +13,7 @@
 
 namespace tr104ctl {
 
-namespace stats {
+namespace {
 
 struct Row {
     const char *handler;
@@ -82,7 +82,7 @@ int printLine(const Library &lib, int line) {
     return failed;
 }
 
-}  // namespace stats
+}  // namespace
 
 std::vector<AreaCommand> statsCommands() {
     auto line = std::make_shared<int>(1);
@@ -90,7 +90,7 @@ std::vector<AreaCommand> statsCommands() {
              [line](CLI::App &command) {
                  command.add_option("--line", *line, "the line (1 or 2; 1)")->check(numberIn(1, 2));
              },
-             [line](Context &context) { return stats::printLine(context.lib, *line) == 0 ? 0 : 1; }}};
+             [line](Context &context) { return printLine(context.lib, *line) == 0 ? 0 : 1; }}};
 }
 
 // The demo's statistics section: a call of 30 s on line 1, seen in the counters.
