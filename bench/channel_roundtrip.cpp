@@ -52,13 +52,14 @@ struct Stats {
     double p50 = 0, p90 = 0, p99 = 0, max = 0;
     size_t n = 0;
 };
-std::map<std::string, Stats> gLatency;             // by case name, in microseconds
+std::map<std::string, Stats> gLatency;  // by case name, in microseconds
 std::vector<std::string> gLatencyOrder;
-std::map<std::string, double> gFigures;            // other named figures
+std::map<std::string, double> gFigures;  // other named figures
 
 Stats percentiles(std::vector<double> us) {
     Stats s;
-    if (us.empty()) return s;
+    if (us.empty())
+        return s;
     std::sort(us.begin(), us.end());
     auto at = [&](double q) { return us[std::min(us.size() - 1, static_cast<size_t>(q * us.size()))]; };
     s = {at(0.50), at(0.90), at(0.99), us.back(), us.size()};
@@ -67,7 +68,8 @@ Stats percentiles(std::vector<double> us) {
 
 void keep(benchmark::State &state, const std::string &name, const std::vector<double> &us) {
     const Stats s = percentiles(us);
-    if (!gLatency.count(name)) gLatencyOrder.push_back(name);
+    if (!gLatency.count(name))
+        gLatencyOrder.push_back(name);
     gLatency[name] = s;
     state.counters["p50_us"] = s.p50;
     state.counters["p99_us"] = s.p99;
@@ -127,7 +129,8 @@ struct Child {
 template <typename Body>
 Child forkChild(Body body) {
     int down[2], up[2];
-    if (pipe(down) != 0 || pipe(up) != 0) return {};
+    if (pipe(down) != 0 || pipe(up) != 0)
+        return {};
     Child c;
     c.pid = fork();
     if (c.pid == 0) {
@@ -192,13 +195,15 @@ int lineGet() {
 
 // The second caller: the same get for the time asked, then the number of calls.
 void callInLoop(int in, int out) {
-    if (tr104VoiceMsgQueuesInit(1) != 0) return;
+    if (tr104VoiceMsgQueuesInit(1) != 0)
+        return;
     gTr104CurrProtocolType = 4;
     Command c;
     while (read(in, &c, sizeof c) == sizeof c && c.op == 'r') {
         const auto until = Clock::now() + std::chrono::milliseconds(c.arg);
         int64_t calls = 0;
-        while (Clock::now() < until) calls += lineGet() == 0;
+        while (Clock::now() < until)
+            calls += lineGet() == 0;
         (void)!write(out, &calls, sizeof calls);
     }
 }
@@ -209,9 +214,11 @@ long statusField(const char *name) {
     char line[256];
     long v = -1;
     while (f != nullptr && std::fgets(line, sizeof line, f) != nullptr) {
-        if (std::strncmp(line, name, std::strlen(name)) == 0) v = std::atol(line + std::strlen(name));
+        if (std::strncmp(line, name, std::strlen(name)) == 0)
+            v = std::atol(line + std::strlen(name));
     }
-    if (f != nullptr) std::fclose(f);
+    if (f != nullptr)
+        std::fclose(f);
     return v;
 }
 
@@ -228,8 +235,12 @@ void measureStartup() {
         const double us = usSince(t0);
         std::fflush(stdout);
         dup2(saved, 1);
-        const double r[6] = {rc == 0 ? us : -1, before[0], before[1], static_cast<double>(statusField("VmRSS:")),
-                             static_cast<double>(statusField("Threads:")), static_cast<double>(rc)};
+        const double r[6] = {rc == 0 ? us : -1,
+                             before[0],
+                             before[1],
+                             static_cast<double>(statusField("VmRSS:")),
+                             static_cast<double>(statusField("Threads:")),
+                             static_cast<double>(rc)};
         (void)!write(out, r, sizeof r);
     });
     double r[6] = {-1, 0, 0, 0, 0, -1};
@@ -333,9 +344,7 @@ void setCallerRealTime(bool on) {
     pthread_setschedparam(pthread_self(), on ? SCHED_FIFO : SCHED_OTHER, &sp);
 }
 
-std::string pauseKey(int64_t delay, bool realTime) {
-    return std::to_string(delay) + (realTime ? " rt" : "");
-}
+std::string pauseKey(int64_t delay, bool realTime) { return std::to_string(delay) + (realTime ? " rt" : ""); }
 
 // Calls of a voice module answering after range(0) us: how many slept the 20 ms pause; range(1)
 // 1 calls at SCHED_FIFO 80.
@@ -351,13 +360,15 @@ void BM_LongPauses(benchmark::State &state) {
         const auto start = Clock::now();
         for (int i = 0; i < limit && usSince(start) < budgetUs; ++i) {
             const auto t0 = Clock::now();
-            if (lineGet() != 0) state.SkipWithError("the handler failed");
+            if (lineGet() != 0)
+                state.SkipWithError("the handler failed");
             us.push_back(usSince(t0));
         }
     }
     setCallerRealTime(false);
     setReplyDelay(0);
-    const double pauses = static_cast<double>(std::count_if(us.begin(), us.end(), [](double t) { return t > kLongPauseUs; }));
+    const double pauses =
+        static_cast<double>(std::count_if(us.begin(), us.end(), [](double t) { return t > kLongPauseUs; }));
     const double per10k = us.empty() ? 0 : pauses * 10000.0 / static_cast<double>(us.size());
     state.counters["pauses_per_10k"] = per10k;
     state.counters["calls"] = static_cast<double>(us.size());
@@ -366,10 +377,12 @@ void BM_LongPauses(benchmark::State &state) {
 }
 
 void BM_ThroughputThreads(benchmark::State &state) {
-    if (state.thread_index() == 0) gLongSleeps = 0;
+    if (state.thread_index() == 0)
+        gLongSleeps = 0;
     tCountSleeps = true;
     for (auto _ : state) {
-        if (lineGet() != 0) state.SkipWithError("the handler failed");
+        if (lineGet() != 0)
+            state.SkipWithError("the handler failed");
     }
     tCountSleeps = false;
     state.SetItemsProcessed(state.iterations());
@@ -384,7 +397,8 @@ void BM_ThroughputTwoProcesses(benchmark::State &state) {
         gSecondCaller.send('r', ms);
         const auto until = Clock::now() + std::chrono::milliseconds(ms);
         int64_t calls = 0;
-        while (Clock::now() < until) calls += lineGet() == 0;
+        while (Clock::now() < until)
+            calls += lineGet() == 0;
         const int64_t other = gSecondCaller.receive<int64_t>();
         const double rate = static_cast<double>(calls + other) * 1000.0 / static_cast<double>(ms);
         state.counters["calls_per_s"] = rate;
@@ -395,7 +409,7 @@ void BM_ThroughputTwoProcesses(benchmark::State &state) {
 
 // The concrete paths of a pattern on a two-port device: one service and profile, lines and
 // physical interfaces 1..2, codec entries 1..5, sessions 1..2.
-void expand(const std::string &pattern, size_t from, std::string done, std::vector<std::string> *out) {
+void expand(const std::string &pattern, size_t from, const std::string &done, std::vector<std::string> *out) {
     const size_t at = pattern.find("{i}", from);
     if (at == std::string::npos) {
         out->push_back(done + pattern.substr(from));
@@ -404,10 +418,9 @@ void expand(const std::string &pattern, size_t from, std::string done, std::vect
     const std::string head = pattern.substr(from, at - from);
     const size_t dot = head.find_last_of('.', head.size() - 2);
     const std::string object = head.substr(dot == std::string::npos ? 0 : dot + 1, head.size() - 1 - (dot + 1));
-    const int high = object == "Line" || object == "PhyInterface" || object == "Session" ? 2
-                     : object == "Codecs" || object == "List"                            ? 5
-                                                                                           : 1;
-    for (int i = 1; i <= high; ++i) expand(pattern, at + 3, done + head + std::to_string(i), out);
+    const int high = tr104MapInstanceCount(object.c_str());
+    for (int i = 1; i <= high; ++i)
+        expand(pattern, at + 3, done + head + std::to_string(i), out);
 }
 
 // A get of every readable parameter the map serves, as a whole GetParameterValues does; the
@@ -417,8 +430,7 @@ void BM_Dump(benchmark::State &state) {
     std::vector<std::pair<const Tr104MapEntry *, std::vector<int>>> calls;
     for (unsigned i = 0; i < gTr104MapCount; ++i) {
         const Tr104MapEntry &e = gTr104Map[i];
-        if (e.fn == nullptr || std::strchr(e.access, 'R') == nullptr || std::strncmp(e.note, "blocks", 6) == 0 ||
-            std::strncmp(e.note, "H.248", 5) == 0) {
+        if (e.fn == nullptr || std::strchr(e.access, 'R') == nullptr || e.blocksCaller != 0 || e.protocol == 2) {
             continue;
         }
         std::vector<std::string> paths;
@@ -440,8 +452,9 @@ void BM_Dump(benchmark::State &state) {
         const auto t0 = Clock::now();
         for (auto &[e, locate] : calls) {
             alignas(8) char value[4096] = {};
-            const int rc = e->arity == 2 ? reinterpret_cast<int (*)(int, void *)>(e->fn)(0, value)
-                                         : reinterpret_cast<int (*)(int, void *, int *)>(e->fn)(0, value, locate.data());
+            const int rc = e->arity == 2
+                               ? reinterpret_cast<int (*)(int, void *)>(e->fn)(0, value)
+                               : reinterpret_cast<int (*)(int, void *, int *)>(e->fn)(0, value, locate.data());
             failed += rc != 0;
         }
         const double s = usSince(t0) / 1e6;
@@ -459,14 +472,21 @@ void BM_Dump(benchmark::State &state) {
 void registerAll() {
     benchmark::RegisterBenchmark("BM_RawRoundTrip", BM_RawRoundTrip)->MinTime(gSmoke ? 0.05 : 2.0)->UseRealTime();
     auto *h = benchmark::RegisterBenchmark("BM_Handler", BM_Handler)->MinTime(gSmoke ? 0.05 : 2.0)->UseRealTime();
-    for (size_t i = 0; i < std::size(kCases); ++i) h->Arg(static_cast<int64_t>(i));
+    for (size_t i = 0; i < std::size(kCases); ++i)
+        h->Arg(static_cast<int64_t>(i));
     benchmark::RegisterBenchmark("BM_LongPauses", BM_LongPauses)
-        ->ArgsProduct({{0, 50, 100, 1000}, {0, 1}})->Iterations(1);
+        ->ArgsProduct({{0, 50, 100, 1000}, {0, 1}})
+        ->Iterations(1);
     benchmark::RegisterBenchmark("BM_ThroughputThreads", BM_ThroughputThreads)
-        ->Threads(1)->Threads(2)->Threads(4)->MinTime(gSmoke ? 0.05 : 1.0)->UseRealTime();
+        ->Threads(1)
+        ->Threads(2)
+        ->Threads(4)
+        ->MinTime(gSmoke ? 0.05 : 1.0)
+        ->UseRealTime();
     benchmark::RegisterBenchmark("BM_ThroughputTwoProcesses", BM_ThroughputTwoProcesses)->Iterations(1);
     benchmark::RegisterBenchmark("BM_Dump", BM_Dump)->Arg(0)->Iterations(gSmoke ? 1 : 3);
-    if (!gSmoke) benchmark::RegisterBenchmark("BM_Dump", BM_Dump)->Arg(1)->Iterations(1);
+    if (!gSmoke)
+        benchmark::RegisterBenchmark("BM_Dump", BM_Dump)->Arg(1)->Iterations(1);
 }
 
 // Keeps the calls-per-second figure of the threaded runs.
@@ -490,52 +510,65 @@ const char *verdict(bool met) { return met ? "met" : "**missed**"; }
 void writeMarkdown(FILE *md, const Stats &service) {
     const Stats raw = gLatency["raw round trip"];
     if (gModulePriority > 0) {
-        std::fprintf(md, "## Channel: handlers against the emulator in a separate process at SCHED_FIFO %d\n\n", gModulePriority);
+        std::fprintf(md, "## Channel: handlers against the emulator in a separate process at SCHED_FIFO %d\n\n",
+                     gModulePriority);
     } else {
         std::fprintf(md, "## Channel: handlers against the emulator in a separate process at SCHED_OTHER\n\n");
     }
-    std::fprintf(md, "| call | calls | p50 us | p90 us | p99 us | max us | p50 / raw | p99 / raw |\n"
-                     "|---|---:|---:|---:|---:|---:|---:|---:|\n");
+    std::fprintf(md,
+                 "| call | calls | p50 us | p90 us | p99 us | max us | p50 / raw | p99 / raw |\n"
+                 "|---|---:|---:|---:|---:|---:|---:|---:|\n");
     for (const std::string &name : gLatencyOrder) {
-        if (name.rfind("reply after", 0) == 0) continue;
+        if (name.rfind("reply after", 0) == 0)
+            continue;
         const Stats &s = gLatency[name];
         std::fprintf(md, "| %s | %zu | %.1f | %.1f | %.1f | %.1f | %.2f | %.2f |\n", name.c_str(), s.n, s.p50, s.p90,
                      s.p99, s.max, raw.p50 > 0 ? s.p50 / raw.p50 : 0, raw.p99 > 0 ? s.p99 / raw.p99 : 0);
     }
     std::fprintf(md, "\nSets wait for no reply (they send and give the lock back), hence below 1x.\n\n");
-    std::fprintf(md, "Where the time goes: a get polls its reply queue; one that finds no reply at its first poll "
-                     "sleeps \"1 us\" (a SCHED_OTHER thread's timer slack makes it longer) before polling again, "
-                     "and the 20 ms pause after the fifth miss; the raw round trip blocks in msgrcv and is woken as "
-                     "the reply is queued. The poll loop's sleeps, counted on the calling thread:\n\n"
-                     "| get | calls | slept after the first miss | actual sleep us | 20 ms pauses |\n|---|---:|---:|---:|---:|\n");
+    std::fprintf(
+        md,
+        "Where the time goes: a get polls its reply queue; one that finds no reply at its first poll "
+        "sleeps \"1 us\" (a SCHED_OTHER thread's timer slack makes it longer) before polling again, "
+        "and the 20 ms pause after the fifth miss; the raw round trip blocks in msgrcv and is woken as "
+        "the reply is queued. The poll loop's sleeps, counted on the calling thread:\n\n"
+        "| get | calls | slept after the first miss | actual sleep us | 20 ms pauses |\n|---|---:|---:|---:|---:|\n");
     for (const HandlerCase &c : kCases) {
-        const double n = static_cast<double>(gLatency[c.name].n), shortSleeps = gFigures[std::string("short sleeps@") + c.name];
-        if (std::strstr(c.name, " get ") == nullptr || n == 0) continue;
+        const double n = static_cast<double>(gLatency[c.name].n),
+                     shortSleeps = gFigures[std::string("short sleeps@") + c.name];
+        if (std::strstr(c.name, " get ") == nullptr || n == 0)
+            continue;
         std::fprintf(md, "| %s | %.0f | %.0f (%.1f%%) | %.1f | %.0f |\n", c.name, n, shortSleeps, 100 * shortSleeps / n,
                      gFigures[std::string("short sleep us@") + c.name], gFigures[std::string("long sleeps@") + c.name]);
     }
     std::fprintf(md, "\n");
-    std::fprintf(md, "### Long pauses of the poll loop (a call over %.0f ms slept the 20 ms pause)\n\n", kLongPauseUs / 1000);
-    std::fprintf(md, "| voice module answers | caller | calls | p50 us | p99 us | long pauses per 10 000 calls |\n"
-                     "|---|---|---:|---:|---:|---:|\n");
+    std::fprintf(md, "### Long pauses of the poll loop (a call over %.0f ms slept the 20 ms pause)\n\n",
+                 kLongPauseUs / 1000);
+    std::fprintf(md,
+                 "| voice module answers | caller | calls | p50 us | p99 us | long pauses per 10 000 calls |\n"
+                 "|---|---|---:|---:|---:|---:|\n");
     for (bool rt : {false, true}) {
         for (int d : {0, 50, 100, 1000}) {
             const Stats &s = gLatency["reply after " + pauseKey(d, rt)];
             std::fprintf(md, "| %s | %s | %zu | %.1f | %.1f | %.0f |\n",
                          d == 0 ? "at once" : ("after " + std::to_string(d) + " us").c_str(),
-                         rt ? "SCHED_FIFO 80" : "SCHED_OTHER", s.n, s.p50, s.p99, gFigures["pauses_per_10k@" + pauseKey(d, rt)]);
+                         rt ? "SCHED_FIFO 80" : "SCHED_OTHER", s.n, s.p50, s.p99,
+                         gFigures["pauses_per_10k@" + pauseKey(d, rt)]);
         }
     }
-    std::fprintf(md, "\nA caller at SCHED_FIFO 80 (the thread that ran Tr104VoiceCfgInit) has no timer slack: its \"1 us\" "
-                     "sleep lasts a few microseconds and its next four polls follow at once, so unless the reply is "
-                     "queued within those microseconds (the voice module woken and done, often on the other core) the "
-                     "fifth miss sleeps 20 ms. A SCHED_OTHER caller's first sleep lasts its timer slack (about 50 us), "
-                     "long enough for a voice module that answers at once. Both are the poll loop's own timing.\n");
-    if (!gFigures.count("dump_s")) return;  // the other benchmarks were filtered out
-    std::fprintf(md, "\n### Throughput (line get, one semaphore serialises every caller)\n\n"
-                     "More callers than cores compete with the voice module for the processor: a reply that comes "
-                     "after the first poll's sleep and four more polls costs a 20 ms pause.\n\n"
-                     "| callers | calls per second | 20 ms pauses |\n|---|---:|---:|\n");
+    std::fprintf(md,
+                 "\nA caller at SCHED_FIFO 80 (the thread that ran Tr104VoiceCfgInit) has no timer slack: its \"1 us\" "
+                 "sleep lasts a few microseconds and its next four polls follow at once, so unless the reply is "
+                 "queued within those microseconds (the voice module woken and done, often on the other core) the "
+                 "fifth miss sleeps 20 ms. A SCHED_OTHER caller's first sleep lasts its timer slack (about 50 us), "
+                 "long enough for a voice module that answers at once. Both are the poll loop's own timing.\n");
+    if (!gFigures.count("dump_s"))
+        return;  // the other benchmarks were filtered out
+    std::fprintf(md,
+                 "\n### Throughput (line get, one semaphore serialises every caller)\n\n"
+                 "More callers than cores compete with the voice module for the processor: a reply that comes "
+                 "after the first poll's sleep and four more polls costs a 20 ms pause.\n\n"
+                 "| callers | calls per second | 20 ms pauses |\n|---|---:|---:|\n");
     for (const char *k : {"1 threads", "2 threads", "4 threads", "2 processes"}) {
         const std::string pauses = std::string("long sleeps@") + k;
         std::fprintf(md, "| %s | %.0f | %s |\n", std::strcmp(k, "1 threads") == 0 ? "1 thread" : k,
@@ -543,25 +576,32 @@ void writeMarkdown(FILE *md, const Stats &service) {
                      gFigures.count(pauses) ? std::to_string(static_cast<long>(gFigures[pauses])).c_str() : "-");
     }
     std::fprintf(md, "\n### Whole-tree dump (a get of every served parameter, profile 1, lines and ports 1..2)\n\n");
-    std::fprintf(md, "%.0f calls (%.0f refused or failed) in %.3f s: %.0f calls per second.\n\n", gFigures["dump_calls"],
-                 gFigures["dump_failed"], gFigures["dump_s"], gFigures["dump_s"] > 0 ? gFigures["dump_calls"] / gFigures["dump_s"] : 0);
+    std::fprintf(md, "%.0f calls (%.0f refused or failed) in %.3f s: %.0f calls per second.\n\n",
+                 gFigures["dump_calls"], gFigures["dump_failed"], gFigures["dump_s"],
+                 gFigures["dump_s"] > 0 ? gFigures["dump_calls"] / gFigures["dump_s"] : 0);
     if (gFigures.count("dump_s@rt")) {
         std::fprintf(md, "From a thread at SCHED_FIFO 80 (as the thread that ran Tr104VoiceCfgInit): %.3f s.\n\n",
                      gFigures["dump_s@rt"]);
     }
     std::fprintf(md, "### Start-up of a fresh process (Tr104VoiceCfgInit(1))\n\n");
-    std::fprintf(md, "%.0f us; resident memory %.0f kB before, %.0f kB after (+%.0f kB); threads %.0f before, %.0f after.\n\n",
-                 gFigures["startup_us"], gFigures["rss_before_kb"], gFigures["rss_after_kb"],
-                 gFigures["rss_after_kb"] - gFigures["rss_before_kb"], gFigures["threads_before"], gFigures["threads_after"]);
+    std::fprintf(
+        md, "%.0f us; resident memory %.0f kB before, %.0f kB after (+%.0f kB); threads %.0f before, %.0f after.\n\n",
+        gFigures["startup_us"], gFigures["rss_before_kb"], gFigures["rss_after_kb"],
+        gFigures["rss_after_kb"] - gFigures["rss_before_kb"], gFigures["threads_before"], gFigures["threads_after"]);
     std::fprintf(md, "### Emulator service time (request read to reply queued, %zu requests)\n\n", service.n);
-    std::fprintf(md, "p50 %.1f us, p90 %.1f us, p99 %.1f us, max %.1f us.\n\n", service.p50, service.p90, service.p99, service.max);
+    std::fprintf(md, "p50 %.1f us, p90 %.1f us, p99 %.1f us, max %.1f us.\n\n", service.p50, service.p90, service.p99,
+                 service.max);
     const Stats &get = gLatency[kCases[0].name];
     std::fprintf(md, "### Goals\n\n| goal | measured | |\n|---|---|---|\n");
-    std::fprintf(md, "| handler get p50 <= 1.2x raw | %.2fx | %s |\n", get.p50 / raw.p50, verdict(get.p50 <= 1.2 * raw.p50));
-    std::fprintf(md, "| handler get p99 <= 2x raw | %.2fx | %s |\n", get.p99 / raw.p99, verdict(get.p99 <= 2 * raw.p99));
+    std::fprintf(md, "| handler get p50 <= 1.2x raw | %.2fx | %s |\n", get.p50 / raw.p50,
+                 verdict(get.p50 <= 1.2 * raw.p50));
+    std::fprintf(md, "| handler get p99 <= 2x raw | %.2fx | %s |\n", get.p99 / raw.p99,
+                 verdict(get.p99 <= 2 * raw.p99));
     std::fprintf(md, "| long pauses <= 1 per 10 000 calls, answer at once | %.1f (SCHED_FIFO caller: %.0f) | %s |\n",
-                 gFigures["pauses_per_10k@0"], gFigures["pauses_per_10k@0 rt"], verdict(gFigures["pauses_per_10k@0"] <= 1));
-    std::fprintf(md, "| whole-tree dump < 1 s | %.3f s | %s |\n\n", gFigures["dump_s"], verdict(gFigures["dump_s"] < 1));
+                 gFigures["pauses_per_10k@0"], gFigures["pauses_per_10k@0 rt"],
+                 verdict(gFigures["pauses_per_10k@0"] <= 1));
+    std::fprintf(md, "| whole-tree dump < 1 s | %.3f s | %s |\n\n", gFigures["dump_s"],
+                 verdict(gFigures["dump_s"] < 1));
 }
 
 }  // namespace
@@ -604,12 +644,15 @@ int main(int argc, char **argv) {
     gServer.send('s');
     std::vector<uint32_t> ns(gServer.receive<uint64_t>());
     for (size_t got = 0; got < ns.size() * sizeof(uint32_t);) {
-        const ssize_t n = read(gServer.from, reinterpret_cast<char *>(ns.data()) + got, ns.size() * sizeof(uint32_t) - got);
-        if (n <= 0) break;
+        const ssize_t n =
+            read(gServer.from, reinterpret_cast<char *>(ns.data()) + got, ns.size() * sizeof(uint32_t) - got);
+        if (n <= 0)
+            break;
         got += static_cast<size_t>(n);
     }
     std::vector<double> serviceUs(ns.begin(), ns.end());
-    for (double &v : serviceUs) v /= 1000.0;
+    for (double &v : serviceUs)
+        v /= 1000.0;
     const Stats service = percentiles(serviceUs);
     gSecondCaller.send('q');
     gServer.send('q');

@@ -6,8 +6,11 @@ TR104_API and take (nFlag, pValue) or (nFlag, pValue, nLocate); a handler with n
 instance number of the path to an nLocate index.  Paths are unique.  Any problem stops the build
 with the line it is on.
 
-Two attributes of each entry are derived rather than written in the map: its deferred-buffer slot
-(from "deferred slot N" in its note) and whether its value is hidden.  A parameter of the standard
+Some attributes of each entry are derived rather than written in the map, so that no caller reads
+the note or the value text at run time: the value's kind and size (from "int", "text:N", ...), its
+deferred-buffer slot (from "deferred slot N" in its note), whether a get blocks the caller ("blocks
+the caller ..."), the one protocol it belongs to (a note starting "H.248" or "SIP", but not "SIP
+variant") and whether its value is hidden.  A parameter of the standard
 is hidden when the standard's reference definition marks its syntax hidden="true" (the passwords);
 a vendor parameter (not in the definition) follows the same rule by name: a "...Password" is
 hidden.
@@ -47,6 +50,21 @@ def arity(args):
 
 ROOT = 'InternetGatewayDevice.Services.'
 SLOT = re.compile(r'deferred slot ([0-9]+)')
+VALUE_KINDS = {'int': ('TR104_MAP_VALUE_INT', 4), 'float': ('TR104_MAP_VALUE_FLOAT', 4),
+               'byte': ('TR104_MAP_VALUE_BYTE', 1), 'addr': ('TR104_MAP_VALUE_ADDR', 4)}
+
+
+def value_kind(value):
+    """The value's kind and the bytes pValue points to."""
+    if value.startswith('text:'):
+        return 'TR104_MAP_VALUE_TEXT', int(value[5:])
+    return VALUE_KINDS.get(value, ('TR104_MAP_VALUE_NONE', 0))
+
+
+def typed_note(note):
+    """What the note says that callers decide on: (blocks the caller, protocol type or 0)."""
+    protocol = 2 if note.startswith('H.248') else 4 if note.startswith('SIP') and not note.startswith('SIP variant') else 0
+    return int(note.startswith('blocks the caller')), protocol
 
 
 def standard_parameters(xml_path):
@@ -128,9 +146,11 @@ def main():
             loc = (indexes + [-1] * 4)[:4]
             fn = f'FN({handler})' if handler != '-' else 'NULL'
             name = c_string(handler) if handler != '-' else 'NULL'
-            c.write('    {%s, %s, %s, %d, {%s}, %d, %s, %s, %s, %s, %s, %s, %d, %d},\n' % (
+            kind, size = value_kind(value) if handler != '-' else ('TR104_MAP_VALUE_NONE', 0)
+            blocks, protocol = typed_note(note)
+            c.write('    {%s, %s, %s, %d, {%s}, %d, %s, %s, %s, %u, %s, %s, %s, %d, %d, %d, %d},\n' % (
                 c_string(path), name, fn, n, ', '.join(map(str, loc)), instances, c_string(typ), c_string(access),
-                c_string(value), c_string(convert), c_string(arg), c_string(note), slot, int(secret)))
+                kind, size, c_string(convert), c_string(arg), c_string(note), slot, int(secret), blocks, protocol))
         c.write('};\n')
         c.write('const unsigned int gTr104MapCount = sizeof(gTr104Map) / sizeof(gTr104Map[0]);\n')
     print(f'{len(rows)} parameters, {sum(1 for r in rows if r[1] != "-")} served by {len(served)} handlers, '

@@ -1,12 +1,13 @@
-// The client's value conversion: tr104MapLookup with arbitrary paths (error text into a buffer
-// of the input's chosen size), and the conversion of a value to the handler's form and of a
-// handler's value to the data model's form, for any map entry and any text.
+// The map's path lookup and value conversion, as the client and the agent plug-ins use them:
+// tr104MapLookup with arbitrary paths (error text into a buffer of the input's chosen size), and
+// the conversion of a value to the handler's form and of a handler's value to the data model's
+// form, for any map entry and any text.
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "ctl/paths.h"
+#include "tr104/map.h"
 #include "fuzz_support.h"
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
@@ -31,13 +32,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (errorLen > 0 && std::memchr(error.data(), 0, errorLen) == nullptr) {
         std::abort();  // the error line ends within its buffer
     }
-    const tr104ctl::ResolvedPath resolved = tr104ctl::resolvePath(path);
-
-    std::string out, why;
-    const Tr104MapEntry &e = resolved.entry != nullptr ? *resolved.entry : any;
-    if (tr104ctl::toHandlerValue(e, value, &out, &why)) {
-        tr104ctl::toModelValue(e, out);
+    // The conversions write into buffers of the client's sizes: the value and 64 bytes more.
+    const Tr104MapEntry &e = entry != nullptr ? *entry : any;
+    std::vector<char> out(value.size() + 64, '\0'), shown(value.size() + 64 + 256, '\0');
+    char why[512];
+    if (tr104MapToHandlerValue(&e, value.c_str(), out.data(), out.size(), why, sizeof(why)) == 0) {
+        tr104MapToModelValue(&e, out.data(), shown.data(), shown.size());
     }
-    tr104ctl::toModelValue(any, value);
+    tr104MapToModelValue(&any, value.c_str(), shown.data(), shown.size());
     return 0;
 }

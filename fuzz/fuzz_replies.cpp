@@ -113,10 +113,10 @@ std::vector<const Tr104MapEntry *> servedEntries() {
 
 // The map's value size; a text read from a record field gets its field's room when that is less.
 size_t valueSize(const Tr104MapEntry &e) {
-    if (std::strncmp(e.value, "text:", 5) == 0) {
-        return robust::textRoom(e.handler, gTr104CurrProtocolType, std::strtoul(e.value + 5, nullptr, 10));
+    if (e.valueKind == TR104_MAP_VALUE_TEXT) {
+        return robust::textRoom(e.handler, gTr104CurrProtocolType, e.valueSize);
     }
-    return std::strcmp(e.value, "byte") == 0 ? 1 : 4;
+    return e.valueSize;
 }
 
 }  // namespace
@@ -211,7 +211,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::memset(value.data(), 0, value.size());
     if (flag == 1) {
         const size_t n = in.bytes(value.data(), value.size());
-        if (std::strncmp(e.value, "text:", 5) == 0) {
+        if (e.valueKind == TR104_MAP_VALUE_TEXT) {
             value.data()[std::min(n, value.size() - 1)] = 0;
         }
         // Restart (2) would reboot the machine: register and unregister only.

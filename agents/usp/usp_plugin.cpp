@@ -39,9 +39,7 @@ std::string toModel(const std::string &path) { return replaceRoot(path, kAgentRo
 
 // Parameters whose get keeps the caller 30 s or more (the end of a line test) are left out: the
 // agent answers every request on one thread.
-bool servedByAgent(const Tr104MapEntry &e) {
-    return e.handler != nullptr && std::strncmp(e.note, "blocks", 6) != 0;
-}
+bool servedByAgent(const Tr104MapEntry &e) { return e.handler != nullptr && e.blocksCaller == 0; }
 
 unsigned typeFlags(const Tr104MapEntry &e) {
     const std::string type = e.type;
@@ -64,16 +62,11 @@ int agentError(int rc, const std::string &path, const char *why, bool set) {
     char format[] = "%s: %s";
     USP_ERR_SetMessage(format, path.c_str(), text.c_str());
     switch (rc) {
-        case TR104_MAP_NO_ACCESS:
-            return set ? USP_ERR_PARAM_READ_ONLY : USP_ERR_PERMISSION_DENIED;
-        case TR104_MAP_BAD_VALUE:
-            return USP_ERR_INVALID_TYPE;
-        case TR104_MAP_BAD_PATH:
-            return USP_ERR_INVALID_PATH;
-        case -2:
-            return set ? USP_ERR_INVALID_VALUE : USP_ERR_GENERAL_FAILURE;
-        default:
-            return set ? USP_ERR_SET_FAILURE : USP_ERR_GENERAL_FAILURE;
+    case TR104_MAP_NO_ACCESS: return set ? USP_ERR_PARAM_READ_ONLY : USP_ERR_PERMISSION_DENIED;
+    case TR104_MAP_BAD_VALUE: return USP_ERR_INVALID_TYPE;
+    case TR104_MAP_BAD_PATH: return USP_ERR_INVALID_PATH;
+    case -2: return set ? USP_ERR_INVALID_VALUE : USP_ERR_GENERAL_FAILURE;
+    default: return set ? USP_ERR_SET_FAILURE : USP_ERR_GENERAL_FAILURE;
     }
 }
 
@@ -97,14 +90,11 @@ int setValue(dm_req_t *req, char *buf) {
     return rc == 0 ? USP_ERR_OK : agentError(rc, req->path, error, true);
 }
 
-// How many instances of a table a two-port device has.
+// How many instances of a table ("....X.{i}") a two-port device has.
 int instancesOf(const std::string &table) {
     const size_t end = table.rfind(".{i}");
     const size_t start = table.rfind('.', end - 1) + 1;
-    const std::string object = table.substr(start, end - start);
-    return object == "Line" || object == "PhyInterface" || object == "Session" ? 2
-           : object == "Codecs" || object == "List"                              ? 5
-                                                                                 : 1;
+    return tr104MapInstanceCount(table.substr(start, end - start).c_str());
 }
 
 // Every table ("....X.{i}") of the served parameters, parents before children.
@@ -126,8 +116,7 @@ std::set<std::string> servedTables() {
 int announce(const std::set<std::string> &tables, const std::string &pattern, const std::string &concrete) {
     for (const std::string &table : tables) {
         // The direct child tables of `pattern`: one more {i} than it.
-        if (table.compare(0, pattern.size(), pattern) != 0 ||
-            table.find(".{i}", pattern.size()) != table.size() - 4) {
+        if (table.compare(0, pattern.size(), pattern) != 0 || table.find(".{i}", pattern.size()) != table.size() - 4) {
             continue;
         }
         const std::string middle = table.substr(pattern.size(), table.size() - 4 - pattern.size());
@@ -185,11 +174,10 @@ __attribute__((visibility("default"))) int VENDOR_Init(void) {
         std::string path = toAgent(e.path);
         char *p = const_cast<char *>(path.c_str());
         const std::string access = e.access;
-        const int err = access == "R"   ? USP_REGISTER_VendorParam_ReadOnly(p, getValue, typeFlags(e))
-                        : access == "W" ? USP_REGISTER_VendorParam_ReadWrite(p, getNothing, setValue, nullptr,
-                                                                             typeFlags(e))
-                                        : USP_REGISTER_VendorParam_ReadWrite(p, getValue, setValue, nullptr,
-                                                                             typeFlags(e));
+        const int err = access == "R" ? USP_REGISTER_VendorParam_ReadOnly(p, getValue, typeFlags(e))
+                        : access == "W"
+                            ? USP_REGISTER_VendorParam_ReadWrite(p, getNothing, setValue, nullptr, typeFlags(e))
+                            : USP_REGISTER_VendorParam_ReadWrite(p, getValue, setValue, nullptr, typeFlags(e));
         if (err != USP_ERR_OK) {
             return err;
         }

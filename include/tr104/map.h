@@ -23,23 +23,38 @@ TR104_EXTERN_C_BEGIN
 
 typedef void (*Tr104MapFunction)(void);
 
+/* What a handler's pValue points to. */
+typedef enum Tr104MapValueKind {
+    TR104_MAP_VALUE_NONE = 0, /* no handler serves the parameter */
+    TR104_MAP_VALUE_INT, /* a 32-bit integer */
+    TR104_MAP_VALUE_FLOAT, /* a single-precision float */
+    TR104_MAP_VALUE_BYTE, /* one unsigned byte */
+    TR104_MAP_VALUE_ADDR, /* a 32-bit IPv4 address word */
+    TR104_MAP_VALUE_TEXT /* a character buffer of valueSize bytes */
+} Tr104MapValueKind;
+
 typedef struct Tr104MapEntry {
-    const char *path;     /* the pattern */
-    const char *handler;  /* exported handler, NULL when no handler serves the parameter */
-    Tr104MapFunction fn;  /* its address: int (*)(int, void *) or int (*)(int, void *, int *) */
-    int arity;            /* 2 (nFlag, pValue) or 3 (nFlag, pValue, nLocate); 0 when not served */
-    signed char locate[4];/* nLocate index of the path's first, second ... instance number; -1 none */
-    int instances;        /* how many {i} the path has */
-    const char *type;     /* TR-069 type: string, int, unsignedInt, boolean, dateTime, base64, float */
-    const char *access;   /* "R", "W" or "RW" */
-    const char *value;    /* the handler's value: "int", "float", "byte", "addr", "text:N" */
-    const char *convert;  /* "-", "bool01", "dotted" or "enum:TEXT=N,..." */
-    const char *arg;      /* "-", or "nLocate[K]=N": a fixed instance number (applied by the lookup) */
-    const char *note;     /* the deferred group or protocol; why a parameter is not served */
+    const char *path; /* the pattern */
+    const char *handler; /* exported handler, NULL when no handler serves the parameter */
+    Tr104MapFunction fn; /* its address: int (*)(int, void *) or int (*)(int, void *, int *) */
+    int arity; /* 2 (nFlag, pValue) or 3 (nFlag, pValue, nLocate); 0 when not served */
+    signed char locate[4]; /* nLocate index of the path's first, second ... instance number; -1 none */
+    int instances; /* how many {i} the path has */
+    const char *type; /* TR-069 type: string, int, unsignedInt, boolean, dateTime, base64, float */
+    const char *access; /* "R", "W" or "RW" */
+    int valueKind; /* Tr104MapValueKind */
+    unsigned int valueSize; /* bytes of the value pValue points to (a text: its buffer) */
+    const char *convert; /* "-", "bool01", "dotted" or "enum:TEXT=N,..." */
+    const char *arg; /* "-", or "nLocate[K]=N": a fixed instance number (applied by the lookup) */
+    const char *note; /* the deferred group or protocol; why a parameter is not served */
     /* The deferred buffer's slot a set stages its value in; -1 when a set is sent at once. */
     int deferredSlot;
     /* 1: the standard hides the value (a password): a get by path reads it as "". */
     int hidden;
+    /* 1: a get keeps the caller 30 s or more (the end of a line test). */
+    int blocksCaller;
+    /* The protocol type whose handlers alone answer it (2 H.248, 4 SIP); 0: either. */
+    int protocol;
 } Tr104MapEntry;
 
 TR104_MAP_API extern const Tr104MapEntry gTr104Map[];
@@ -47,24 +62,41 @@ TR104_MAP_API extern const unsigned int gTr104MapCount;
 
 /* Results of tr104MapLookup. */
 #define TR104_MAP_SERVED 0
-#define TR104_MAP_NOT_SERVED 1  /* a standard parameter no handler serves: entry->note says why */
-#define TR104_MAP_UNKNOWN (-1)  /* neither in the standard nor in the map */
+#define TR104_MAP_NOT_SERVED 1 /* a standard parameter no handler serves: entry->note says why */
+#define TR104_MAP_UNKNOWN (-1) /* neither in the standard nor in the map */
 #define TR104_MAP_MALFORMED (-2) /* empty, an empty name, an instance that is not 1..N */
 
 /* Resolves a concrete path.  On TR104_MAP_SERVED and TR104_MAP_NOT_SERVED *entry is set and
  * nLocate (4 ints, may be NULL) holds the path's instance numbers at their indexes (0 elsewhere).
  * On an error, error (if given, errorLen bytes) receives one line saying what is wrong.
- * Instance ranges: one voice service and one profile, lines and physical interfaces 1..2, codec
- * and codec list entries 1..5, sessions 1..2. */
+ * Instance numbers outside gTr104MapRanges are malformed; an object not listed there takes
+ * 1..65535. */
 TR104_MAP_API int tr104MapLookup(const char *path, const Tr104MapEntry **entry, int *nLocate, char *error,
-                             unsigned int errorLen);
+                                 unsigned int errorLen);
+
+/* The instances a two-port device has of an object ("Line", "PhyInterface", ...): one voice
+ * service and one profile, lines and physical interfaces 1..2, codecs and codec list entries
+ * 1..5, sessions 1..2.  Tables the library does not serve are not listed. */
+typedef struct Tr104MapRange {
+    const char *object;
+    int low, high;
+} Tr104MapRange;
+TR104_MAP_API extern const Tr104MapRange gTr104MapRanges[];
+TR104_MAP_API extern const unsigned int gTr104MapRangeCount;
+
+/* How many instances of an object a two-port device has: its range's high end, 1 for an object
+ * the library does not serve (a path may still name any instance number of it). */
+TR104_MAP_API int tr104MapInstanceCount(const char *object);
+
+/* The name of a value kind: "int", "float", "byte", "addr", "text" ("-" for none). */
+TR104_MAP_API const char *tr104MapValueKindName(int valueKind);
 
 /* The entry of a pattern (exact text), or NULL. */
 TR104_MAP_API const Tr104MapEntry *tr104MapFind(const char *pattern);
 
 /* Calls by path.  Results besides the handler's own 0 (done), -1 (the exchange with the voice
  * module failed) and -2 (the handler refused the value or the instance): */
-#define TR104_MAP_BAD_PATH (-10)  /* unknown, malformed or not served */
+#define TR104_MAP_BAD_PATH (-10) /* unknown, malformed or not served */
 #define TR104_MAP_NO_ACCESS (-11) /* a set of a read-only or a get of a write-only parameter */
 #define TR104_MAP_BAD_VALUE (-12) /* the value does not fit the parameter's type */
 

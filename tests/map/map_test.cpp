@@ -118,9 +118,48 @@ TEST(Map, TextBuffersHoldTheLongestTextTheHandlerWrites) {
     for (const auto &r : rows) {
         const Tr104MapEntry *e = tr104MapFind(r.pattern);
         ASSERT_NE(e, nullptr) << r.pattern;
-        ASSERT_EQ(std::strncmp(e->value, "text:", 5), 0) << r.pattern;
-        EXPECT_GE(std::strtoul(e->value + 5, nullptr, 10), r.longest) << r.pattern;
+        ASSERT_EQ(e->valueKind, TR104_MAP_VALUE_TEXT) << r.pattern;
+        EXPECT_GE(e->valueSize, r.longest) << r.pattern;
     }
+}
+
+// What callers decide on is typed in the entry: the value's kind and size, a get that blocks its
+// caller, the one protocol whose handlers answer.
+TEST(Map, EntriesCarryTheirValueKindBlockingAndProtocol) {
+    const std::string vs = "InternetGatewayDevice.Services.VoiceService.{i}.";
+    const struct {
+        std::string pattern;
+        int kind;
+        unsigned size;
+        int blocks, protocol;
+    } rows[] = {
+        {vs + "PhyInterface.{i}.X_QRV_AllTestsEnd", TR104_MAP_VALUE_INT, 4, 1, 0},
+        {vs + "VoiceProfile.{i}.Line.{i}.SIP.AuthUserName", TR104_MAP_VALUE_TEXT, 66, 0, 0},
+        {vs + "VoiceProfile.{i}.RTP.LocalPortMin", TR104_MAP_VALUE_INT, 4, 0, 2},
+        {vs + "VoiceProfile.{i}.DTMFMethod", TR104_MAP_VALUE_TEXT, 0, 0, 4},
+        {vs + "Capabilities.SIP.Role", TR104_MAP_VALUE_TEXT, 0, 0, 0},
+        {"InternetGatewayDevice.X_QRV_VOIP_IPPARAMS.DNSServer1", TR104_MAP_VALUE_ADDR, 4, 0, 0},
+        {vs + "X_QRV_LEDStandard", TR104_MAP_VALUE_BYTE, 1, 0, 0},
+    };
+    for (const auto &r : rows) {
+        const Tr104MapEntry *e = tr104MapFind(r.pattern.c_str());
+        ASSERT_NE(e, nullptr) << r.pattern;
+        EXPECT_EQ(e->valueKind, r.kind) << r.pattern;
+        if (r.size != 0) {
+            EXPECT_EQ(e->valueSize, r.size) << r.pattern;
+        }
+        EXPECT_EQ(e->blocksCaller, r.blocks) << r.pattern;
+        EXPECT_EQ(e->protocol, r.protocol) << r.pattern;
+    }
+    // The instance counts the lookup accepts are the ones callers enumerate.
+    for (const auto &[object, count] : {std::pair{"Line", 2}, {"List", 5}, {"VoiceProfile", 1}, {"Event", 1}}) {
+        EXPECT_EQ(tr104MapInstanceCount(object), count) << object;
+    }
+    char error[160] = "";
+    EXPECT_EQ(tr104MapLookup("InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1.Line.3.Enable", nullptr,
+                             nullptr, error, sizeof(error)),
+              TR104_MAP_MALFORMED);
+    EXPECT_NE(std::strstr(error, "not 1..2"), nullptr) << error;
 }
 
 // The values the standard's definition hides are its passwords; the vendor's PPPoE password is

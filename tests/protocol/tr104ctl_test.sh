@@ -266,6 +266,10 @@ check "unknown handler" 2 "no handler named 'Tr104NoSuchParameter'" -- get Tr104
 check "integer handler given text" 2 "'Tr104LineTransmitGain' takes an integer, not 'loud'" -- \
   set Tr104LineTransmitGain --line 2 -- loud
 check "integer handler given a fraction" 2 "takes an integer, not '1.5'" -- set Tr104LineHotlineDelay -- 1.5
+check "two-argument byte handler given 300" 2 "'Tr104LedStandard' takes 0..255, not '300'" -- \
+  set Tr104LedStandard 300
+check "list: a two-argument handler's value" 0 "Tr104ProfileNumber                   integer" \
+  "Tr104DnsIpConfig1                    IPv4 address" "Tr104IpParamConfig                   several values" -- list
 check "locator not a number" 2 "--line: give a number from 0 to 65535, not 'x'" -- get Tr104LineEnable --line x
 check "locator missing" 2 "--line: 1 required" -- get Tr104LineEnable --line
 check "negative locator" 2 "--profile: give a number from 0 to 65535, not '-1'" -- get Tr104LineEnable --profile -1

@@ -1,7 +1,7 @@
 // Every exported handler of libtr104 with its calling convention, for the robustness tests.
 //
 // The names come from the library's export list (cmake/exports.txt, read at run time); an
-// exported name is a handler when the client knows how to call it (tools/ctl/value_kinds.h):
+// exported name is a handler when the client knows how to call it (tools/ctl/kinds.h):
 // the data-model map gives the arity, the value and the instance numbers of one parameter, the
 // client's own rows the few handlers that take something else.
 #pragma once
@@ -15,18 +15,18 @@
 #include <string>
 #include <vector>
 
-#include "ctl/value_kinds.h"
+#include "ctl/kinds.h"
 #include "robust/guarded_buffer.h"
 #include "tr104/map.h"
 
 namespace robust {
 
 enum class Shape {
-    Three,     // (nFlag, pValue, nLocate)
-    Two,       // (nFlag, pValue)
-    None,      // ()
+    Three,  // (nFlag, pValue, nLocate)
+    Two,  // (nFlag, pValue)
+    None,  // ()
     Directed,  // (nFlag, nDirection, pValue, nLocate)
-    Custom,    // several value pointers: called through the client's own call
+    Custom,  // several value pointers: called through the client's own call
 };
 
 struct Target {
@@ -68,32 +68,16 @@ inline Target describe(const std::string &name, void *fn, const tr104ctl::Handle
             t.locate[index] = value;
         }
     }
-    const std::string value = e != nullptr ? e->value : "";
-    const bool mapText = value.rfind("text:", 0) == 0;
-    const size_t mapSize = mapText ? std::strtoul(value.c_str() + 5, nullptr, 10) : value == "byte" ? 1 : sizeof(int);
     using namespace tr104ctl;
-    switch (kind.kind) {
-    case ValueKind::Integer:
-    case ValueKind::Float:
-        t.shape = e != nullptr && e->arity == 2 ? Shape::Two : Shape::Three;
+    switch (kind.convention) {
+    case Convention::Value:
+        t.shape = kind.arity == 2 ? Shape::Two : Shape::Three;
+        t.text = kind.valueKind == TR104_MAP_VALUE_TEXT;
+        t.size = e != nullptr ? e->valueSize : kind.valueSize;
         break;
-    case ValueKind::Text:
-        t.shape = e != nullptr && e->arity == 2 ? Shape::Two : Shape::Three;
-        t.text = true;
-        t.size = e != nullptr ? mapSize : kind.textSize;
-        break;
-    case ValueKind::Directed:
-        t.shape = Shape::Directed;
-        break;
-    case ValueKind::Custom:
-        if (kind.custom == &device::integer || kind.custom == &net::address || kind.custom == &net::byte) {
-            t.shape = Shape::Two;
-            t.size = e != nullptr ? mapSize : kind.custom == &net::byte ? 1 : sizeof(int);
-        } else if (kind.custom == &device::text) {
-            t.shape = Shape::Two;
-            t.text = true;
-            t.size = e != nullptr && mapText ? mapSize : 2048;  // the client's buffer
-        } else if (kind.custom == &device::led) {
+    case Convention::Directed: t.shape = Shape::Directed; break;
+    case Convention::Custom:
+        if (kind.custom == &device::led) {
             t.shape = Shape::None;
         } else {
             t.shape = Shape::Custom;

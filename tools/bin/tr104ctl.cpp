@@ -20,14 +20,8 @@
 // written when its last pair has been set.  Hidden values (passwords) are never printed.  It does not start the
 // inbound thread: that would read the inbound queue of the client's module kind and take the
 // messages meant for the management agent running as that kind.
-#include <sched.h>
-#include <sys/ipc.h>
-#include <sys/msg.h>
-
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <memory>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -35,17 +29,17 @@
 
 #include "ctl/agent.h"
 #include "ctl/areas.h"
+#include "ctl/call.h"
+#include "ctl/channel.h"
 #include "ctl/demo.h"
-#include "ctl/invoke.h"
-#include "ctl/library.h"
+#include "ctl/exit.h"
+#include "ctl/init.h"
+#include "ctl/list.h"
 #include "ctl/path_set.h"
 #include "ctl/paths.h"
 #include "ctl/startup.h"
-#include "ctl/value_kinds.h"
 #include "ctl/watch.h"
 #include "tr104/version.h"
-#include "emulator/protocol_family.h"
-#include "emulator/voice_module_emulator.h"
 
 // The management agent's entry point that the library reports changed values to.
 extern "C" __attribute__((visibility("default"))) int notifyChangedValues_toTr069(int module, char **names,
@@ -57,31 +51,19 @@ namespace {
 
 using namespace tr104ctl;
 
-constexpr int kExitFailed = 1;  // the handler ran and returned -1 or -2
-constexpr int kExitUsage = 2;   // the request was wrong: name, value kind, locator, option
-
-enum class Emulate { Auto, Always, Never };
-
 struct Options {
     std::string command;  // get, set, init, watch, demo, list or an area command's name
     CallRequest call;
     std::vector<std::string> setValues;  // set: the value, then further PATH VALUE pairs
     std::vector<PathSet> pathSets;  // set by path: the checked pairs
     std::string library;
-    Emulate emulate = Emulate::Auto;
-    std::string protocolName;
-    int moduleKind = 1;
+    ConnectRequest connect;  // the voice module: emulated or this machine's
     bool debug = false;
-    bool init = false;       // full start-up before the command
-    int watchSeconds = 60;   // watch: how long (0: until interrupted)
-    int watchCount = 0;      // watch: stop after this many notifications (0: no limit)
-    const AreaCommand *area = nullptr;
+    bool init = false;  // full start-up before the command
+    int watchSeconds = 60;  // watch: how long (0: until interrupted)
+    int watchCount = 0;  // watch: stop after this many notifications (0: no limit)
+    AreaCommand *area = nullptr;
 };
-
-int fail(const std::string &message) {
-    std::fprintf(stderr, "tr104ctl: %s\n", message.c_str());
-    return kExitUsage;
-}
 
 const char kDescription[] =
     "tr104ctl: a management-agent stand-in for libtr104.so.  It loads the library as the agent does and\n"
@@ -106,12 +88,13 @@ void defineCall(CLI::App &command, Options *opt, bool set) {
     command.add_option("--profile", opt->call.locate[1], "nLocate[1] (1)")->check(numberIn(0, 65535));
     command.add_option("--entry", opt->call.locate[3], "nLocate[3] (0)")->check(numberIn(0, 65535));
     command.add_option("--direction", opt->call.direction, "the gain's direction: 0 transmit, 1 receive");
-    auto *asInt = command.add_flag_callback("--int", [opt] { opt->call.kindOverride = ValueKind::Integer; },
-                                            "the handler takes an integer (a handler the client does not know)");
-    auto *asText = command.add_flag_callback("--text", [opt] { opt->call.kindOverride = ValueKind::Text; },
-                                             "the handler takes a text");
-    auto *asFloat = command.add_flag_callback("--float", [opt] { opt->call.kindOverride = ValueKind::Float; },
-                                              "the handler takes a float");
+    auto *asInt = command.add_flag_callback(
+        "--int", [opt] { opt->call.kindOverride = TR104_MAP_VALUE_INT; },
+        "the handler takes an integer (a handler the client does not know)");
+    auto *asText = command.add_flag_callback(
+        "--text", [opt] { opt->call.kindOverride = TR104_MAP_VALUE_TEXT; }, "the handler takes a text");
+    auto *asFloat = command.add_flag_callback(
+        "--float", [opt] { opt->call.kindOverride = TR104_MAP_VALUE_FLOAT; }, "the handler takes a float");
     asInt->excludes(asText)->excludes(asFloat);
     asText->excludes(asFloat);
     command.callback([opt, set] {
@@ -140,19 +123,22 @@ std::string versionText() {
 }
 
 // Parses the command line; returns -1 when it is fine, else the exit code.
-int parseOptions(int argc, char **argv, Options *opt) {
+int parseOptions(int argc, char **argv, std::vector<AreaCommand> &areas, Options *opt) {
     CLI::App app{kDescription, "tr104ctl"};
     app.fallthrough();
     app.require_subcommand(1);
     app.set_version_flag("--version", versionText());
     app.add_option("--lib", opt->library, "libtr104.so to load (else $TR104_LIBRARY, else beside tr104ctl)");
-    auto *emulate = app.add_flag_callback("--emulate", [opt] { opt->emulate = Emulate::Always; },
-                                          "play the voice module in a private IPC namespace");
-    app.add_flag_callback("--no-emulate", [opt] { opt->emulate = Emulate::Never; },
-                          "talk to the voice module of this machine only")
+    auto *emulate = app.add_flag_callback(
+        "--emulate", [opt] { opt->connect.emulate = Emulate::Always; },
+        "play the voice module in a private IPC namespace");
+    app.add_flag_callback(
+           "--no-emulate", [opt] { opt->connect.emulate = Emulate::Never; },
+           "talk to the voice module of this machine only")
         ->excludes(emulate);
-    app.add_option("--protocol", opt->protocolName, "protocol name the emulated voice module reports (SIP)");
-    app.add_option("--kind,--module-kind", opt->moduleKind, "module kind the client starts as (1; watch: 1 to 4)")
+    app.add_option("--protocol", opt->connect.protocolName, "protocol name the emulated voice module reports (SIP)");
+    app.add_option("--kind,--module-kind", opt->connect.moduleKind,
+                   "module kind the client starts as (1; watch: 1 to 4)")
         ->check(numberIn(1, 7));
     app.add_flag("--debug", opt->debug, "switch the library's handler diagnostics on");
 
@@ -169,15 +155,13 @@ int parseOptions(int argc, char **argv, Options *opt) {
     app.add_subcommand("list", "the handlers the client knows, with their value kinds")->callback([opt] {
         opt->command = "list";
     });
-    for (std::span<const AreaCommand> table : kAreaCommandTables) {
-        for (const AreaCommand &command : table) {
-            CLI::App *sub = app.add_subcommand(command.name, command.description);
-            command.define(*sub);
-            sub->callback([opt, &command] {
-                opt->command = command.name;
-                opt->area = &command;
-            });
-        }
+    for (AreaCommand &command : areas) {
+        CLI::App *sub = app.add_subcommand(command.name, command.description);
+        command.define(*sub);
+        sub->callback([opt, &command] {
+            opt->command = command.name;
+            opt->area = &command;
+        });
     }
     if (argc < 2) {
         std::fputs(app.help().c_str(), stderr);
@@ -211,199 +195,26 @@ int parseOptions(int argc, char **argv, Options *opt) {
                     opt->call.handler + "'");
     }
     // Module kinds 5 to 7 have no inbound queue.
-    if (opt->command == "watch" && opt->moduleKind > 4) {
+    if (opt->command == "watch" && opt->connect.moduleKind > 4) {
         return fail("watch needs a module kind with an inbound queue (1 to 4), not " +
-                    std::to_string(opt->moduleKind));
+                    std::to_string(opt->connect.moduleKind));
     }
     return -1;
-}
-
-int listHandlers() {
-    for (const HandlerKind &row : allKinds()) {
-        std::printf("%-36s %s", row.name, kindName(row.kind));
-        if (row.deferredSlot >= 0) {
-            std::printf(", a set is staged in deferred slot %d", row.deferredSlot);
-        }
-        std::printf("\n");
-    }
-    return 0;
-}
-
-// The channel: the voice module of this machine, or the emulator in a private IPC namespace.
-class Channel {
-public:
-    explicit Channel(const Library &lib) : lib_(lib) {}
-
-    bool emulate(const std::string &protocolName) {
-        if (unshare(CLONE_NEWIPC) != 0) {
-            std::fprintf(stderr, "tr104ctl: cannot enter a private IPC namespace for the emulator: %s (run as root)\n",
-                         std::strerror(errno));
-            return false;
-        }
-        emulator_ = std::make_unique<vmemu::VoiceModuleEmulator>();
-        if (!protocolName.empty()) {
-            vmemu::setProtocolName(*emulator_, protocolName);
-        }
-        return emulator_->start();
-    }
-
-    // Opens the queues as the given module kind and learns the protocol.  false when the
-    // queues cannot be opened; *answered says whether the voice module answered.
-    bool open(int moduleKind, bool *answered) {
-        auto init = lib_.function<int (*)(int)>("tr104VoiceMsgQueuesInit");
-        auto refresh = lib_.function<int (*)()>("Tr104RefreshCurrProtocolType");
-        if (init == nullptr || init(moduleKind) != 0) {
-            std::fprintf(stderr, "tr104ctl: cannot open the channel to the voice module\n");
-            return false;
-        }
-        // Kinds without a reply queue (5 to 7) cannot read anything: there is nothing to learn.
-        const int32_t *replyQueue = lib_.variable<int32_t>("gTr104RcvOutMsgQueueId");
-        if (replyQueue != nullptr && *replyQueue == -1) {
-            *answered = true;
-            return true;
-        }
-        *answered = refresh != nullptr && refresh() == 0;
-        return true;
-    }
-
-    // Forgets the queues of this namespace, so that the next open() finds the emulator's.
-    void forget() {
-        for (const char *name : {"gTr104RcvMsgQueueSemId", "gTr104SndMsgQueueId", "gTr104RcvOutMsgQueueId",
-                                 "gTr104RcvInMsgQueueId"}) {
-            if (int32_t *id = lib_.variable<int32_t>(name)) {
-                *id = -1;
-            }
-        }
-    }
-
-    vmemu::VoiceModuleEmulator *emulator() { return emulator_.get(); }
-
-private:
-    const Library &lib_;
-    std::unique_ptr<vmemu::VoiceModuleEmulator> emulator_;
-};
-
-bool voiceModuleQueueExists() { return msgget(TR104_SND_QUEUE_KEY, 0) != -1; }
-
-// A request queue without room for one more message: nobody reads it, and a request would wait
-// on it for ever.
-bool voiceModuleQueueFull() {
-    const int id = msgget(TR104_SND_QUEUE_KEY, 0);
-    msqid_ds state{};
-    return id != -1 && msgctl(id, IPC_STAT, &state) == 0 && state.msg_qbytes - state.msg_cbytes < TR104_MSG_TEXT_LEN;
-}
-
-int connect(Channel &channel, const Options &opt) {
-    bool answered = false;
-    Emulate mode = opt.command == "demo" ? Emulate::Always : opt.emulate;
-    if (opt.command == "watch" && mode == Emulate::Auto) {
-        mode = Emulate::Never;  // an emulator that nobody scripts would report nothing
-    }
-    if (mode == Emulate::Auto && (!voiceModuleQueueExists() || voiceModuleQueueFull())) {
-        mode = Emulate::Always;
-    }
-    if (mode == Emulate::Never && voiceModuleQueueFull()) {
-        std::fprintf(stderr, "tr104ctl: the voice module's request queue is full: nobody reads it\n");
-        return kExitFailed;
-    }
-    if (mode == Emulate::Always) {
-        if (!channel.emulate(opt.protocolName)) {
-            return kExitUsage;
-        }
-        return channel.open(opt.moduleKind, &answered) ? -1 : kExitFailed;
-    }
-    if (!channel.open(opt.moduleKind, &answered)) {
-        return kExitFailed;
-    }
-    if (!answered && mode == Emulate::Auto) {
-        std::fprintf(stderr, "tr104ctl: no voice module answers; the emulator plays it\n");
-        channel.forget();
-        if (!channel.emulate(opt.protocolName) || !channel.open(opt.moduleKind, &answered)) {
-            return kExitFailed;
-        }
-    } else if (!answered) {
-        std::fprintf(stderr, "tr104ctl: the voice module does not name its protocol\n");
-    }
-    return -1;
-}
-
-// A set of a deferred parameter ends only once its slot has been applied: the group's other
-// value may never come, and a value still staged when the process ends is lost.
-int waitDeferred(const Library &lib, const std::string &calledName, int slot, Clock::time_point since) {
-    const SlotState state = readSlot(lib, slot);
-    if (!state.idle()) {
-        std::printf("%s: staged in slot %d of the deferred buffer; its timer applies it in %d ms\n",
-                    calledName.c_str(), slot, deferredTimeoutMs(lib));
-        std::fflush(stdout);
-    }
-    const Millis limit(deferredTimeoutMs(lib) + 5000);
-    const std::optional<Millis> took = waitSlotIdle(lib, slot, since, limit);
-    if (!took) {
-        std::fprintf(stderr, "tr104ctl: slot %d was not applied within %lld ms; the staged value is lost\n", slot,
-                     static_cast<long long>(limit.count()));
-        return kExitFailed;
-    }
-    if (state.idle()) {
-        std::printf("%s: slot %d applied at once\n", calledName.c_str(), slot);
-    } else {
-        std::printf("%s: slot %d applied by its timer after %.1f s\n", calledName.c_str(), slot,
-                    static_cast<double>(took->count()) / 1000.0);
-    }
-    return 0;
-}
-
-// One get or set, as the agent makes it.
-int runCall(const Library &lib, const CallRequest &requested) {
-    // A data-model path names its handler and instance numbers through the map; its value
-    // converts between the data model's form and the handler's.
-    CallRequest call = requested;
-    const Tr104MapEntry *entry = nullptr;
-    if (looksLikePath(requested.handler)) {
-        std::string why;
-        if (!pathRequest(requested.handler, requested.set, requested.value, &call, &entry, &why)) {
-            return fail(why);
-        }
-    }
-    const HandlerKind *row = findKind(call.handler);
-    const int slot = call.set && row != nullptr ? row->deferredSlot : -1;
-    if (slot >= 0 && !startDeferredBuffer(lib)) {
-        return kExitFailed;
-    }
-    const Clock::time_point start = Clock::now();
-    const CallResult result = callHandler(lib, call);
-    std::fflush(stdout);
-    if (!result.called) {
-        return fail(result.message);
-    }
-    if (result.rc != 0) {
-        std::fprintf(stderr, "tr104ctl: %s returned %d: %s\n", result.calledName.c_str(), result.rc,
-                     describeFailure(result.rc).c_str());
-        return kExitFailed;
-    }
-    if (slot >= 0) {
-        return waitDeferred(lib, result.calledName, slot, start);
-    }
-    if (!call.set) {
-        // A hidden value (a password) reads as empty, by path and by handler name alike.
-        const bool hidden = entry != nullptr ? entry->hidden != 0 : hiddenHandler(result.calledName);
-        const std::string shown = hidden ? "" : result.shown;
-        std::printf("%s\n", entry != nullptr ? toModelValue(*entry, shown).c_str() : shown.c_str());
-    }
-    return 0;
 }
 
 }  // namespace
 
 static int run(int argc, char **argv) {
     Options opt;
-    if (const int code = parseOptions(argc, argv, &opt); code >= 0) {
+    std::vector<AreaCommand> areas = allAreaCommands();
+    if (const int code = parseOptions(argc, argv, areas, &opt); code >= 0) {
         return code;
     }
-    const AreaCommand *area = opt.area;
+    AreaCommand *area = opt.area;
     if (opt.command == "list") {
         return listHandlers();
     }
-    if (opt.command == "watch" && opt.emulate != Emulate::Always) {
+    if (opt.command == "watch" && opt.connect.emulate != Emulate::Always) {
         blockStopSignals();
     }
     Library lib;
@@ -412,7 +223,8 @@ static int run(int argc, char **argv) {
         return fail(error);
     }
     Channel channel(lib);
-    if (const int code = connect(channel, opt); code >= 0) {
+    opt.connect.command = opt.command;
+    if (const int code = connect(channel, opt.connect); code >= 0) {
         return code;
     }
     if (opt.debug) {
@@ -420,29 +232,29 @@ static int run(int argc, char **argv) {
             *debug = 1;
         }
     }
+    Context context{lib, channel.emulator(), opt.connect.moduleKind};
     const bool fullStart =
         opt.init || opt.command == "watch" || opt.command == "demo" || (area != nullptr && area->fullStart);
-    if (fullStart && !startLibrary(lib, opt.moduleKind)) {
+    if (fullStart && !startLibrary(context, context.moduleKind)) {
         return kExitFailed;
     }
     if (opt.command == "init") {
-        return reportStartup(lib, opt.moduleKind);
+        return reportStartup(lib, context.moduleKind);
     }
     if (area != nullptr) {
-        const AreaContext context{lib, channel.emulator(), opt.moduleKind};
         return area->run(context);
     }
     if (opt.command == "demo") {
-        return runDemo(lib, *channel.emulator());
+        return runDemo(context);
     }
     if (opt.command == "watch") {
         return channel.emulator() != nullptr ? watchScripted(lib, *channel.emulator())
                                              : watchLive(lib, opt.watchSeconds, opt.watchCount);
     }
     if (!opt.pathSets.empty()) {
-        return runPathSets(lib, opt.pathSets);
+        return runPathSets(context, opt.pathSets);
     }
-    return runCall(lib, opt.call);
+    return runCall(context, opt.call);
 }
 
 int main(int argc, char **argv) {

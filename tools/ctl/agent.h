@@ -4,44 +4,20 @@
 #pragma once
 
 #include <atomic>
-#include <cstdio>
-
-#include "tr104/map.h"
 
 namespace tr104ctl {
 
 struct AgentCounters {
-    std::atomic<unsigned> calls{0};   // calls of notifyChangedValues_toTr069
+    std::atomic<unsigned> calls{0};  // calls of notifyChangedValues_toTr069
     std::atomic<unsigned> values{0};  // name/value pairs in them
 };
 
-inline AgentCounters &agentCounters() {
-    static AgentCounters counters;
-    return counters;
-}
-
-// A parameter whose value the data model hides (a password): the client never prints it.
-inline bool hiddenPath(const char *path) {
-    const Tr104MapEntry *entry = nullptr;
-    const int rc = tr104MapLookup(path, &entry, nullptr, nullptr, 0);
-    return (rc == TR104_MAP_SERVED || rc == TR104_MAP_NOT_SERVED) && entry->hidden != 0;
-}
+// The counters of this process's agent entry point (the library calls it from its inbound
+// thread, with no context of the client's).
+AgentCounters &agentCounters();
 
 // One call of the agent's entry point, printed as it arrives.  An empty name (a directory
 // number of a line without a path) is shown as ""; a hidden value as "" (hidden).
-inline int receiveNotification(int module, char **names, char **values, int count) {
-    for (int i = 0; i < count; ++i) {
-        const char *name = names != nullptr && names[i] != nullptr ? names[i] : "";
-        const char *value = values != nullptr && values[i] != nullptr ? values[i] : "";
-        const bool hidden = hiddenPath(name);
-        std::printf("notify [module %d] %s = \"%s\"%s\n", module, name[0] != '\0' ? name : "\"\"", hidden ? "" : value,
-                    hidden ? " (hidden)" : "");
-    }
-    std::fflush(stdout);
-    AgentCounters &c = agentCounters();
-    c.values.fetch_add(count > 0 ? static_cast<unsigned>(count) : 0u);
-    c.calls.fetch_add(1);
-    return 0;
-}
+int receiveNotification(int module, char **names, char **values, int count);
 
 }  // namespace tr104ctl

@@ -1,43 +1,29 @@
 // Every area's commands and demo section, in one place for tr104ctl and its demo.
 #pragma once
 
-#include <array>
-#include <cstring>
-#include <span>
+#include <vector>
 
 #include "ctl/area.h"
-#include "ctl/area/h248.h"
-#include "ctl/area/linetest.h"
-#include "ctl/area/netcfg.h"
-#include "ctl/area/paths.h"
-#include "ctl/area/stats.h"
-#include "ctl/area/device.h"
 
 namespace tr104ctl {
 
-inline constexpr std::array<std::span<const AreaCommand>, 6> kAreaCommandTables = {
-    kH248Commands, kLinetestCommands, kNetcfgCommands, kStatsCommands, kDeviceCommands, kPathCommands};
+// The areas' commands, each with its own arguments.
+std::vector<AreaCommand> h248Commands();
+std::vector<AreaCommand> linetestCommands();
+std::vector<AreaCommand> netcfgCommands();
+std::vector<AreaCommand> statsCommands();
+std::vector<AreaCommand> deviceCommands();
+std::vector<AreaCommand> pathCommands();
 
-inline const AreaCommand *findAreaCommand(const char *name) {
-    for (std::span<const AreaCommand> table : kAreaCommandTables) {
-        for (const AreaCommand &command : table) {
-            if (std::strcmp(command.name, name) == 0) {
-                return &command;
-            }
-        }
-    }
-    return nullptr;
-}
+// The areas' demo sections, run against the emulator after the library's full start-up.  Each
+// returns the number of problems it saw (0 when everything behaved as shown).
+int runH248Demo(Context &context);
+int runLinetestDemo(Context &context);
+int runNetcfgDemo(Context &context);
+int runStatsDemo(Context &context);
+int runDeviceDemo(Context &context);
 
-// The areas' demo sections in order; the number of problems they saw.
-inline int runAreaDemos(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
-    int problems = 0;
-    problems += runH248Demo(lib, emulator);
-    problems += runLinetestDemo(lib, emulator);
-    problems += runNetcfgDemo(lib, emulator);
-    problems += runStatsDemo(lib, emulator);
-    problems += runDeviceDemo(lib, emulator);
-    return problems;
-}
+std::vector<AreaCommand> allAreaCommands();
+int runAreaDemos(Context &context);
 
 }  // namespace tr104ctl

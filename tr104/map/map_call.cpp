@@ -60,16 +60,11 @@ bool parseInteger(const char *text, long long low, long long high, long long *ou
 
 const char *meaning(int rc) {
     switch (rc) {
-        case -1:
-            return "the exchange with the voice module failed or its answer was unusable";
-        case -2:
-            return "the handler refused the value or the instance";
-        default:
-            return "unexpected result";
+    case -1: return "the exchange with the voice module failed or its answer was unusable";
+    case -2: return "the handler refused the value or the instance";
+    default: return "unexpected result";
     }
 }
-
-// Resolves a path for a get or a set: the entry and nLocate, or why not.
 
 }  // namespace
 
@@ -163,6 +158,17 @@ extern "C" TR104_MAP_API void tr104MapToModelValue(const Tr104MapEntry *entry, c
     put(out, outLen, s);
 }
 
+extern "C" TR104_MAP_API const char *tr104MapValueKindName(int valueKind) {
+    switch (valueKind) {
+    case TR104_MAP_VALUE_INT: return "int";
+    case TR104_MAP_VALUE_FLOAT: return "float";
+    case TR104_MAP_VALUE_BYTE: return "byte";
+    case TR104_MAP_VALUE_ADDR: return "addr";
+    case TR104_MAP_VALUE_TEXT: return "text";
+    default: return "-";
+    }
+}
+
 extern "C" TR104_MAP_API int tr104MapCall(const Tr104MapEntry *entry, const int *nLocate, int set,
                                           const char *handlerValue, char *shown, unsigned int shownLen, char *error,
                                           unsigned int errorLen) {
@@ -170,7 +176,7 @@ extern "C" TR104_MAP_API int tr104MapCall(const Tr104MapEntry *entry, const int 
         say(error, errorLen, "no handler serves this parameter");
         return TR104_MAP_BAD_PATH;
     }
-    const std::string_view kind = entry->value;
+    const int kind = entry->valueKind;
     const char *text = handlerValue != nullptr ? handlerValue : "";
     // pValue: one buffer, zero-filled as the agent's is, large enough for any parameter's text.
     union {
@@ -183,25 +189,29 @@ extern "C" TR104_MAP_API int tr104MapCall(const Tr104MapEntry *entry, const int 
     std::memset(&value, 0, sizeof(value));
     if (set != 0) {
         long long number = 0;
-        bool ok = true;
-        if (kind == "int") {
-            ok = parseInteger(text, INT32_MIN, INT32_MAX, &number);
+        const std::string handler = std::string("'") + entry->handler + "'";
+        std::string wrong;
+        if (kind == TR104_MAP_VALUE_INT) {
+            wrong = parseInteger(text, INT32_MIN, INT32_MAX, &number) ? "" : handler + " takes an integer";
             value.word = static_cast<int>(number);
-        } else if (kind == "byte") {
-            ok = parseInteger(text, 0, 255, &number);
+        } else if (kind == TR104_MAP_VALUE_BYTE) {
+            wrong = parseInteger(text, 0, 255, &number) ? "" : handler + " takes 0..255";
             value.byte = static_cast<uint8_t>(number);
-        } else if (kind == "addr") {
-            ok = inet_pton(AF_INET, text, &value.address) == 1;
-        } else if (kind == "float") {
+        } else if (kind == TR104_MAP_VALUE_ADDR) {
+            if (inet_pton(AF_INET, text, &value.address) != 1) {
+                say(error, errorLen, std::string("'") + text + "' is not an IPv4 address");
+                return TR104_MAP_BAD_VALUE;
+            }
+        } else if (kind == TR104_MAP_VALUE_FLOAT) {
             char *end = nullptr;
             errno = 0;
             value.real = std::strtof(text, &end);
-            ok = text[0] != '\0' && *end == '\0' && errno == 0;
+            wrong = text[0] != '\0' && *end == '\0' && errno == 0 ? "" : handler + " takes a number";
         } else {
             std::memcpy(value.text, text, std::min(std::strlen(text), sizeof(value.text) - 1));
         }
-        if (!ok) {
-            say(error, errorLen, std::string(entry->handler) + " takes " + entry->value + ", not '" + text + "'");
+        if (!wrong.empty()) {
+            say(error, errorLen, wrong + ", not '" + text + "'");
             return TR104_MAP_BAD_VALUE;
         }
     }
@@ -218,17 +228,17 @@ extern "C" TR104_MAP_API int tr104MapCall(const Tr104MapEntry *entry, const int 
     }
     if (set == 0) {
         char line[64];
-        if (kind == "int") {
+        if (kind == TR104_MAP_VALUE_INT) {
             std::snprintf(line, sizeof(line), "%d", value.word);
-        } else if (kind == "byte") {
+        } else if (kind == TR104_MAP_VALUE_BYTE) {
             std::snprintf(line, sizeof(line), "%u", value.byte);
-        } else if (kind == "addr") {
+        } else if (kind == TR104_MAP_VALUE_ADDR) {
             inet_ntop(AF_INET, &value.address, line, sizeof(line));
-        } else if (kind == "float") {
+        } else if (kind == TR104_MAP_VALUE_FLOAT) {
             std::snprintf(line, sizeof(line), "%g", static_cast<double>(value.real));
         } else {
             // A text that fills the parameter's buffer carries no terminator.
-            const size_t size = std::min<size_t>(std::strtoul(entry->value + 5, nullptr, 10), sizeof(value.text));
+            const size_t size = std::min<size_t>(entry->valueSize, sizeof(value.text));
             put(shown, shownLen, std::string_view(value.text, strnlen(value.text, size)));
             return 0;
         }

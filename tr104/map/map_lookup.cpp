@@ -10,22 +10,17 @@
 namespace {
 
 struct Range {
-    std::string_view object;
     long low, high;
 };
 
-// Instances a two-port device has; tables the library does not serve take any number.
-constexpr Range kRanges[] = {{"VoiceService", 1, 1}, {"VoiceProfile", 1, 1}, {"Line", 1, 2},
-                             {"PhyInterface", 1, 2}, {"Codecs", 1, 5},       {"List", 1, 5},
-                             {"Session", 1, 2}};
-
+// Tables the library does not serve take any instance number.
 Range rangeOf(std::string_view object) {
-    for (const Range &r : kRanges) {
-        if (r.object == object) {
-            return r;
+    for (unsigned i = 0; i < gTr104MapRangeCount; ++i) {
+        if (object == gTr104MapRanges[i].object) {
+            return {gTr104MapRanges[i].low, gTr104MapRanges[i].high};
         }
     }
-    return {object, 1, 65535};
+    return {1, 65535};
 }
 
 // Next dot-separated name of a path, from `at`; false at the end.
@@ -62,8 +57,9 @@ Match matchPattern(std::string_view pattern, std::string_view path, long *number
             const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
             if (!digits || *end != '\0' || v < r.low || v > r.high) {
                 if (error != nullptr && errorLen != 0) {
-                    std::snprintf(error, errorLen, "instance '%.*s' of %.*s: not %ld..%ld", static_cast<int>(got.size()),
-                                  got.data(), static_cast<int>(previous.size()), previous.data(), r.low, r.high);
+                    std::snprintf(error, errorLen, "instance '%.*s' of %.*s: not %ld..%ld",
+                                  static_cast<int>(got.size()), got.data(), static_cast<int>(previous.size()),
+                                  previous.data(), r.low, r.high);
                 }
                 return Match::BadInstance;
             }
@@ -86,8 +82,24 @@ void say(char *error, unsigned errorLen, const char *text, std::string_view path
 
 }  // namespace
 
+// Instances a two-port device has.
+extern "C" TR104_MAP_API const Tr104MapRange gTr104MapRanges[] = {
+    {"VoiceService", 1, 1}, {"VoiceProfile", 1, 1}, {"Line", 1, 2},    {"PhyInterface", 1, 2},
+    {"Codecs", 1, 5},       {"List", 1, 5},         {"Session", 1, 2},
+};
+extern "C" TR104_MAP_API const unsigned int gTr104MapRangeCount = sizeof(gTr104MapRanges) / sizeof(gTr104MapRanges[0]);
+
+extern "C" TR104_MAP_API int tr104MapInstanceCount(const char *object) {
+    for (unsigned i = 0; object != nullptr && i < gTr104MapRangeCount; ++i) {
+        if (std::strcmp(object, gTr104MapRanges[i].object) == 0) {
+            return gTr104MapRanges[i].high;
+        }
+    }
+    return 1;
+}
+
 extern "C" TR104_MAP_API int tr104MapLookup(const char *path, const Tr104MapEntry **entry, int *nLocate, char *error,
-                                        unsigned int errorLen) {
+                                            unsigned int errorLen) {
     if (entry != nullptr) {
         *entry = nullptr;
     }

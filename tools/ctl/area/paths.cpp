@@ -1,8 +1,8 @@
 // The data model by path: `tr104ctl which [--json] PATH` (the map's entry of a path) and
 // `tr104ctl dump [PREFIX] [--json]` (every readable parameter, as a GetParameterValues would).
-#pragma once
 
 #include <chrono>
+#include <memory>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -10,37 +10,51 @@
 
 #include <nlohmann/json.hpp>
 
-#include "ctl/area.h"
+#include "ctl/areas.h"
 #include "ctl/invoke.h"
 #include "ctl/paths.h"
 
 namespace tr104ctl {
 
-namespace paths {
+namespace {
 
 // The arguments of `which` and `dump`.
 struct PathArgs {
     std::string path;  // which: the path; dump: the prefix (empty: everything)
     bool json = false;
 };
-inline PathArgs gArgs;
 
-inline void defineWhich(CLI::App &command) {
+void defineWhich(CLI::App &command, PathArgs &gArgs) {
     command.add_option("PATH", gArgs.path, "a concrete data-model path")->required();
     command.add_flag("--json", gArgs.json, "one JSON object on one line");
 }
 
-inline void defineDump(CLI::App &command) {
+void defineDump(CLI::App &command, PathArgs &gArgs) {
     command.add_option("PREFIX", gArgs.path, "only the parameters whose path starts with it");
     command.add_flag("--json", gArgs.json, "a JSON array of {path, value} or {path, fault}");
 }
 
-inline int runWhich(const AreaContext &) {
+// A path's entry and nLocate.
+struct Resolved {
+    int rc = TR104_MAP_UNKNOWN;
+    const Tr104MapEntry *entry = nullptr;
+    int locate[4] = {0, 0, 0, 0};
+};
+
+// The handler's value as the map's source names it: "int", "text:66".
+std::string valueName(const Tr104MapEntry &e) {
+    const std::string kind = tr104MapValueKindName(e.valueKind);
+    return e.valueKind == TR104_MAP_VALUE_TEXT ? kind + ":" + std::to_string(e.valueSize) : kind;
+}
+
+int runWhich(const PathArgs &gArgs) {
     const std::string &path = gArgs.path;
     const bool json = gArgs.json;
-    const ResolvedPath r = resolvePath(path);
+    Resolved r;
+    char error[256] = "";
+    r.rc = tr104MapLookup(path.c_str(), &r.entry, r.locate, error, sizeof(error));
     if (r.rc == TR104_MAP_UNKNOWN || r.rc == TR104_MAP_MALFORMED) {
-        std::fprintf(stderr, "tr104ctl: %s\n", r.error.c_str());
+        std::fprintf(stderr, "tr104ctl: %s\n", error);
         return 2;
     }
     const Tr104MapEntry &e = *r.entry;
@@ -66,10 +80,11 @@ inline int runWhich(const AreaContext &) {
     } else if (r.rc == TR104_MAP_NOT_SERVED) {
         std::printf("%s\n  not served: %s\n", path.c_str(), e.note);
     } else {
-        std::printf("%s\n  pattern   %s\n  handler   %s (%s)\n  nLocate   [%d, %d, %d, %d]\n"
-                    "  type      %s, access %s\n  value     %s, conversion %s\n",
-                    path.c_str(), e.path, e.handler, e.arity == 2 ? "nFlag, pValue" : "nFlag, pValue, nLocate",
-                    r.locate[0], r.locate[1], r.locate[2], r.locate[3], e.type, e.access, e.value, e.convert);
+        std::printf(
+            "%s\n  pattern   %s\n  handler   %s (%s)\n  nLocate   [%d, %d, %d, %d]\n"
+            "  type      %s, access %s\n  value     %s, conversion %s\n",
+            path.c_str(), e.path, e.handler, e.arity == 2 ? "nFlag, pValue" : "nFlag, pValue, nLocate", r.locate[0],
+            r.locate[1], r.locate[2], r.locate[3], e.type, e.access, valueName(e).c_str(), e.convert);
         if (std::string(e.note) != "-") {
             std::printf("  note      %s\n", e.note);
         }
@@ -82,7 +97,7 @@ inline int runWhich(const AreaContext &) {
 
 // The concrete paths of a pattern for the instances a two-port device has: profile 1, lines and
 // physical interfaces 1 and 2, codec entries 1 to 5, sessions 1 and 2.
-inline std::vector<std::string> instancesOf(const std::string &pattern) {
+std::vector<std::string> instancesOf(const std::string &pattern) {
     std::vector<std::string> out{""};
     std::string previous;
     size_t at = 0;
@@ -92,9 +107,7 @@ inline std::vector<std::string> instancesOf(const std::string &pattern) {
         const std::string sep = dot == std::string::npos ? "" : ".";
         std::vector<std::string> next;
         if (name == "{i}") {
-            const int high = previous == "Line" || previous == "PhyInterface" || previous == "Session" ? 2
-                             : previous == "Codecs" || previous == "List"                              ? 5
-                                                                                                         : 1;
+            const int high = tr104MapInstanceCount(previous.c_str());
             for (const std::string &o : out) {
                 for (int i = 1; i <= high; ++i) {
                     next.push_back(o + std::to_string(i) + sep);
@@ -113,18 +126,11 @@ inline std::vector<std::string> instancesOf(const std::string &pattern) {
 }
 
 // Entries of the other protocol are left out: their handlers answer only under it.
-inline bool forProtocol(const Tr104MapEntry &e, int protocol) {
-    const std::string note = e.note;
-    if (protocol == 4) {
-        return note.rfind("H.248", 0) != 0;
-    }
-    if (protocol == 2) {
-        return note.rfind("SIP", 0) != 0 || note.rfind("SIP variant", 0) == 0;
-    }
-    return true;
+bool forProtocol(const Tr104MapEntry &e, int protocol) {
+    return e.protocol == 0 || e.protocol == protocol || (protocol != 2 && protocol != 4);
 }
 
-inline int runDump(const AreaContext &context) {
+int runDump(const Context &context, const PathArgs &gArgs) {
     const bool json = gArgs.json;
     const std::string &prefix = gArgs.path;
     const int *protocol = context.lib.variable<int>("gTr104CurrProtocolType");
@@ -136,8 +142,7 @@ inline int runDump(const AreaContext &context) {
     for (unsigned i = 0; i < gTr104MapCount; ++i) {
         const Tr104MapEntry &e = gTr104Map[i];
         // Parameters whose get blocks the caller (the end of a line test) are left out.
-        if (e.handler == nullptr || std::string(e.access).find('R') == std::string::npos ||
-            std::string(e.note).rfind("blocks", 0) == 0 ||
+        if (e.handler == nullptr || std::string(e.access).find('R') == std::string::npos || e.blocksCaller != 0 ||
             !forProtocol(e, protocol != nullptr ? *protocol : 0)) {
             continue;
         }
@@ -188,13 +193,18 @@ inline int runDump(const AreaContext &context) {
     return dead || read == 0 ? 1 : 0;
 }
 
-}  // namespace paths
+}  // namespace
 
-inline constexpr AreaCommand kPathCommandRows[] = {
-    {"which", "the handler, nLocate, type and access of a data-model path", &paths::defineWhich, &paths::runWhich},
-    {"dump", "every readable parameter under PREFIX, as a GetParameterValues would", &paths::defineDump,
-     &paths::runDump},
-};
-inline constexpr std::span<const AreaCommand> kPathCommands{kPathCommandRows};
+std::vector<AreaCommand> pathCommands() {
+    auto which = std::make_shared<PathArgs>();
+    auto dump = std::make_shared<PathArgs>();
+    return {
+        {"which", "the handler, nLocate, type and access of a data-model path",
+         [which](CLI::App &command) { defineWhich(command, *which); }, [which](Context &) { return runWhich(*which); }},
+        {"dump", "every readable parameter under PREFIX, as a GetParameterValues would",
+         [dump](CLI::App &command) { defineDump(command, *dump); },
+         [dump](Context &context) { return runDump(context, *dump); }},
+    };
+}
 
 }  // namespace tr104ctl

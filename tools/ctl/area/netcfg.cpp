@@ -1,6 +1,5 @@
 // The voice network area of the client: `tr104ctl net` (the voice interface's settings on one
 // screen) and the demo's section on them.
-#pragma once
 
 #include <cstdio>
 #include <iterator>
@@ -10,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "ctl/area.h"
+#include "ctl/areas.h"
 #include "ctl/invoke.h"
 #include "ctl/startup.h"
 #include "ctl/steps.h"
@@ -18,7 +17,7 @@
 
 namespace tr104ctl {
 
-namespace netcfg {
+namespace {
 
 struct Row {
     const char *handler;
@@ -26,7 +25,7 @@ struct Row {
     int line;  // nLocate[2]: the entry of a number table
 };
 
-inline constexpr Row kRows[] = {
+constexpr Row kRows[] = {
     {"Tr104IpParamConfig", "address, mask, gateway", 0},
     {"Tr104RtpIpParamConfig", "RTP address, mask, gateway", 0},
     {"Tr104IpMode", "address mode (0 static, 1 DHCP, 2 PPPoE)", 0},
@@ -57,7 +56,7 @@ inline constexpr Row kRows[] = {
 };
 
 // The settings with their values, or why a value is missing.  Returns the rows that failed.
-inline int printSettings(const Library &lib) {
+int printSettings(const Library &lib) {
     int failed = 0;
     for (const Row &row : kRows) {
         failed += printValue(lib, row.handler, row.line, row.label, "", 42);
@@ -65,21 +64,22 @@ inline int printSettings(const Library &lib) {
     return failed;
 }
 
-inline int runNet(const AreaContext &context) {
+int runNet(Context &context) {
     std::printf("voice interface\n");
     return printSettings(context.lib) == 0 ? 0 : 1;
 }
 
-}  // namespace netcfg
+}  // namespace
 
-inline constexpr AreaCommand kNetcfgCommandRows[] = {
-    {"net", "the voice interface's address, VLANs, DNS, DHCP, PPPoE and time", &noArguments, &netcfg::runNet},
-};
-inline constexpr std::span<const AreaCommand> kNetcfgCommands{kNetcfgCommandRows};
+std::vector<AreaCommand> netcfgCommands() {
+    return {{"net", "the voice interface's address, VLANs, DNS, DHCP, PPPoE and time", [](CLI::App &) {}, &runNet}};
+}
+
+namespace {
 
 // A VLAN id written alone waits in slot 7 until the slot's timer reads the current VLAN
 // configuration and writes it back with the new id.
-inline int runLoneVlanId(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+int runLoneVlanId(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
     std::printf("\n== network: the RTP VLAN id alone -> merged by slot 7's timer after %d ms\n",
                 deferredTimeoutMs(lib));
     const size_t reads = emulator.requestsFor(TR104_GET_VLAN_ID).size();
@@ -113,10 +113,14 @@ inline int runLoneVlanId(const Library &lib, vmemu::VoiceModuleEmulator &emulato
     return problems;
 }
 
+}  // namespace
+
 // The demo's network section: an address given in three writes reaches the voice module as one
 // configuration, and so do the six VLAN values of the signalling traffic; then the address
 // mode, the time zone and a POS number.
-inline int runNetcfgDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+int runNetcfgDemo(Context &context) {
+    const Library &lib = context.lib;
+    vmemu::VoiceModuleEmulator &emulator = *context.emulator;
     const vmemu::NetState before = vmemu::netState(emulator);
     static const DemoStep kAddress[] = {
         {"Tr104IpAddrConfig", false, nullptr, 0, ""},
@@ -154,7 +158,7 @@ inline int runNetcfgDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulato
     };
     problems += runSection(lib, "network: address mode, time zone, numbers", kSettings);
     std::printf("\n== network: the voice interface (tr104ctl net)\n");
-    problems += netcfg::printSettings(lib);
+    problems += printSettings(lib);
     return problems;
 }
 

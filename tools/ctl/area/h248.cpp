@@ -1,38 +1,36 @@
 // The h248 area of the client: `tr104ctl h248 status` and the demo's H.248 section.
-#pragma once
 
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <span>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "ctl/area.h"
+#include "ctl/areas.h"
 #include "ctl/startup.h"
 #include "ctl/steps.h"
 #include "emulator/h248_emulator.h"
 
 namespace tr104ctl {
 
-namespace h248area {
+namespace {
 
 // The gateway's controllers and registration, and each line's registration and counters, read
 // through the H.248 variants whatever the library's current protocol.
-inline std::string gRequest = "status";
-
-inline void defineStatus(CLI::App &command) {
-    command.add_option("REQUEST", gRequest, "what to show (status)")->check(CLI::IsMember({"status"}));
-}
-
-inline int status(const AreaContext &context) {
+int status(Context &context) {
     static const DemoStep kGateway[] = {
-        {"Tr104PrimaryMGCH248", false, nullptr, 0, ""},      {"Tr104PrimaryMGCPortH248", false, nullptr, 0, ""},
-        {"Tr104SecondaryMGCH248", false, nullptr, 0, ""},    {"Tr104SecondaryMGCPortH248", false, nullptr, 0, ""},
+        {"Tr104PrimaryMGCH248", false, nullptr, 0, ""},
+        {"Tr104PrimaryMGCPortH248", false, nullptr, 0, ""},
+        {"Tr104SecondaryMGCH248", false, nullptr, 0, ""},
+        {"Tr104SecondaryMGCPortH248", false, nullptr, 0, ""},
         {"Tr104MgcStatusH248", false, nullptr, 0, "0 unregistered, 1 registered, 2 registering, 3 failed"},
-        {"Tr104CurrMgcAddrH248", false, nullptr, 0, ""},     {"Tr104MgIdH248", false, nullptr, 0, ""},
-        {"Tr104RcvdReqsH248", false, nullptr, 0, ""},        {"Tr104SendReqsH248", false, nullptr, 0, ""},
+        {"Tr104CurrMgcAddrH248", false, nullptr, 0, ""},
+        {"Tr104MgIdH248", false, nullptr, 0, ""},
+        {"Tr104RcvdReqsH248", false, nullptr, 0, ""},
+        {"Tr104SendReqsH248", false, nullptr, 0, ""},
     };
     static const DemoStep kLines[] = {
         {"Tr104LineRegStatusH248", false, nullptr, 1, ""},
@@ -48,7 +46,7 @@ inline int status(const AreaContext &context) {
 
 // Switches the voice module's protocol through an inbound protocol change (command 3) and waits
 // until the library has taken it.
-inline bool switchTo(const Library &lib, vmemu::VoiceModuleEmulator &emulator, bool h248) {
+bool switchTo(const Library &lib, vmemu::VoiceModuleEmulator &emulator, bool h248) {
     const int32_t *module = lib.variable<int32_t>("gCurrentModule");
     const int *protocol = lib.variable<int>("gTr104CurrProtocolType");
     const int wanted = h248 ? 2 : 4;
@@ -70,19 +68,24 @@ inline bool switchTo(const Library &lib, vmemu::VoiceModuleEmulator &emulator, b
     return *protocol == wanted;
 }
 
-}  // namespace h248area
+}  // namespace
 
-inline constexpr AreaCommand kH248CommandRows[] = {
-    {"h248", "controllers, registration and counters of the H.248 gateway", &h248area::defineStatus,
-     &h248area::status},
-};
-inline constexpr std::span<const AreaCommand> kH248Commands{kH248CommandRows};
+std::vector<AreaCommand> h248Commands() {
+    auto request = std::make_shared<std::string>("status");
+    return {{"h248", "controllers, registration and counters of the H.248 gateway",
+             [request](CLI::App &command) {
+                 command.add_option("REQUEST", *request, "what to show (status)")->check(CLI::IsMember({"status"}));
+             },
+             &status}};
+}
 
 // The demo's h248 section, run against the emulator after the library's full start-up.  Returns
 // the number of problems seen (0 when everything behaved as shown).  It ends under SIP again.
-inline int runH248Demo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+int runH248Demo(Context &context) {
+    const Library &lib = context.lib;
+    vmemu::VoiceModuleEmulator &emulator = *context.emulator;
     std::printf("\n== H.248: the voice module switches protocol\n");
-    if (!h248area::switchTo(lib, emulator, true)) {
+    if (!switchTo(lib, emulator, true)) {
         return 1;
     }
     int problems = 0;
@@ -148,7 +151,7 @@ inline int runH248Demo(const Library &lib, vmemu::VoiceModuleEmulator &emulator)
     }
 
     std::printf("\n== H.248: back to SIP for what follows\n");
-    if (!h248area::switchTo(lib, emulator, false)) {
+    if (!switchTo(lib, emulator, false)) {
         ++problems;
     }
     return problems;

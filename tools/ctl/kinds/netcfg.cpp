@@ -1,34 +1,33 @@
-// The client's calls of the voice network handlers: addresses written and shown as dotted text
-// (the word as inet_pton gives it, which is what the agent passes), and the rows of the handlers
-// that take several values in one value separated by blanks, or that have no path of their own.
-// The other network handlers take their kind from the data-model map.  Included by
-// ctl/value_kinds.h, after the device calls.
-#pragma once
-
+// The voice network handlers that take several values in one value separated by blanks, or
+// that have no path of their own: addresses written and shown as dotted text (the word as
+// inet_pton gives it, which is what the agent passes).  The other network handlers take their
+// kind from the data-model map.
 #include <arpa/inet.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "ctl/kinds.h"
 
 namespace tr104ctl {
 
 namespace net {
 
-inline bool parseAddress(const std::string &text, uint32_t *word) { return inet_pton(AF_INET, text.c_str(), word) == 1; }
+static bool parseAddress(const std::string &text, uint32_t *word) {
+    return inet_pton(AF_INET, text.c_str(), word) == 1;
+}
 
-inline std::string showAddress(uint32_t word) {
+static std::string showAddress(uint32_t word) {
     char text[INET_ADDRSTRLEN] = {};
     inet_ntop(AF_INET, &word, text, sizeof(text));
     return text;
 }
 
-inline std::vector<std::string> words(const std::string &value) {
+static std::vector<std::string> words(const std::string &value) {
     std::istringstream in(value);
     std::vector<std::string> out;
     for (std::string w; in >> w;) {
@@ -38,7 +37,7 @@ inline std::vector<std::string> words(const std::string &value) {
 }
 
 // Several addresses of one value; false (and the message) when one is not an address.
-inline bool parseAddresses(const std::vector<std::string> &texts, size_t count, uint32_t *out, CustomResult *r) {
+static bool parseAddresses(const std::vector<std::string> &texts, size_t count, uint32_t *out, CustomResult *r) {
     if (texts.size() < count) {
         r->message = "the value must hold " + std::to_string(count) + " addresses separated by blanks";
         return false;
@@ -52,36 +51,22 @@ inline bool parseAddresses(const std::vector<std::string> &texts, size_t count, 
     return true;
 }
 
-using TwoArguments = int (*)(int nFlag, void *pValue);
-
-// One address: (nFlag, pValue).
-inline CustomResult address(void *handler, bool set, const std::string &value, int *) {
-    CustomResult r;
-    uint32_t word = 0;
-    if (set && !parseAddresses(words(value), 1, &word, &r)) {
-        return r;
-    }
-    r.called = true;
-    r.rc = reinterpret_cast<TwoArguments>(handler)(set ? 1 : 0, &word);
-    r.shown = showAddress(word);
-    return r;
-}
-
 // Address, mask and gateway through three pointers.
-inline CustomResult triple(void *handler, bool set, const std::string &value, int *) {
+CustomResult triple(void *handler, bool set, const std::string &value, int *) {
     CustomResult r;
     uint32_t w[3] = {};
     if (set && !parseAddresses(words(value), 3, w, &r)) {
         return r;
     }
     r.called = true;
-    r.rc = reinterpret_cast<int (*)(int, uint32_t *, uint32_t *, uint32_t *)>(handler)(set ? 1 : 0, &w[0], &w[1], &w[2]);
+    r.rc =
+        reinterpret_cast<int (*)(int, uint32_t *, uint32_t *, uint32_t *)>(handler)(set ? 1 : 0, &w[0], &w[1], &w[2]);
     r.shown = showAddress(w[0]) + " " + showAddress(w[1]) + " " + showAddress(w[2]);
     return r;
 }
 
 // Tr104VoiceIpAddr: "ADDRESS MASK GATEWAY IFNAME PORT".
-inline CustomResult voiceIpAddr(void *handler, bool set, const std::string &value, int *) {
+CustomResult voiceIpAddr(void *handler, bool set, const std::string &value, int *) {
     CustomResult r;
     if (!set) {
         r.message = "a set only: \"ADDRESS MASK GATEWAY IFNAME PORT\"";
@@ -100,7 +85,7 @@ inline CustomResult voiceIpAddr(void *handler, bool set, const std::string &valu
 }
 
 // Tr104DnsIpAddr: "DNS1 DNS2 PORT".
-inline CustomResult dnsAddr(void *handler, bool set, const std::string &value, int *) {
+CustomResult dnsAddr(void *handler, bool set, const std::string &value, int *) {
     CustomResult r;
     if (!set) {
         r.message = "a set only: \"DNS1 DNS2 PORT\"";
@@ -118,7 +103,7 @@ inline CustomResult dnsAddr(void *handler, bool set, const std::string &value, i
 }
 
 // VoipPrivateIpCfg: "OLT ONU ADDRESS".
-inline CustomResult privateIp(void *handler, bool set, const std::string &value, int *) {
+CustomResult privateIp(void *handler, bool set, const std::string &value, int *) {
     CustomResult r;
     const std::vector<std::string> v = words(value);
     uint32_t addr = 0;
@@ -127,14 +112,14 @@ inline CustomResult privateIp(void *handler, bool set, const std::string &value,
         return r;
     }
     r.called = true;
-    r.rc = reinterpret_cast<int (*)(int, int, uint32_t)>(handler)(std::atoi(v[0].c_str()), std::atoi(v[1].c_str()),
-                                                                   addr);
+    r.rc =
+        reinterpret_cast<int (*)(int, int, uint32_t)>(handler)(std::atoi(v[0].c_str()), std::atoi(v[1].c_str()), addr);
     return r;
 }
 
 // The POS and IPT tables: a get shows entry --line N ("NUMBER TYPE"); a set of "NUMBER TYPE"
 // adds, "delete NUMBER" deletes one and "delete" all.
-inline CustomResult numbers(void *handler, bool set, const std::string &value, int *nLocate) {
+CustomResult numbers(void *handler, bool set, const std::string &value, int *nLocate) {
     CustomResult r;
     const std::vector<std::string> v = words(value);
     char number[32] = {};
@@ -163,27 +148,8 @@ inline CustomResult numbers(void *handler, bool set, const std::string &value, i
     return r;
 }
 
-// One byte: the LED standard.
-inline CustomResult byte(void *handler, bool set, const std::string &value, int *) {
-    CustomResult r;
-    uint8_t b = 0;
-    if (set) {
-        char *end = nullptr;
-        const long v = std::strtol(value.c_str(), &end, 10);
-        if (value.empty() || *end != '\0' || v < 0 || v > 255) {
-            r.message = "the value must be 0..255";
-            return r;
-        }
-        b = static_cast<uint8_t>(v);
-    }
-    r.called = true;
-    r.rc = reinterpret_cast<TwoArguments>(handler)(set ? 1 : 0, &b);
-    r.shown = std::to_string(b);
-    return r;
-}
-
 // The syntax checks (1 valid, 0 not): a set of the text to check; an invalid text answers -2.
-inline CustomResult check(void *handler, bool set, const std::string &value, int *) {
+CustomResult check(void *handler, bool set, const std::string &value, int *) {
     CustomResult r;
     if (!set) {
         r.message = "give the text to check as a set's value";
@@ -196,32 +162,28 @@ inline CustomResult check(void *handler, bool set, const std::string &value, int
 
 }  // namespace net
 
-#define TR104_NET_INT(name, slot) {name, ValueKind::Custom, 0, slot, device::integer}
-#define TR104_NET_TEXT(name) {name, ValueKind::Custom, 0, -1, device::text}
-#define TR104_NET_ADDRESS(name, slot) {name, ValueKind::Custom, 0, slot, net::address}
+namespace {
 
-inline constexpr HandlerKind kNetcfgKindRows[] = {
-    TR104_NET_ADDRESS("Tr104RtpIpAddrConfig", 0),
-    TR104_NET_ADDRESS("Tr104RtpGateWayConfig", 0),
-    {"Tr104IpParamConfig", ValueKind::Custom, 0, -1, net::triple},
-    {"Tr104RtpIpParamConfig", ValueKind::Custom, 0, -1, net::triple},
-    {"Tr104VoiceIpAddr", ValueKind::Custom, 0, -1, net::voiceIpAddr},
-    {"VoipPrivateIpCfg", ValueKind::Custom, 0, -1, net::privateIp},
-    {"Tr104DnsIpAddr", ValueKind::Custom, 0, -1, net::dnsAddr},
-    TR104_NET_TEXT("Tr104DhcpOption120"),
-    TR104_NET_INT("Tr104PPPoEMode", -1),
-    {"checkTimeZoneValid", ValueKind::Custom, 0, -1, net::check},
-    {"Tr104PosParamConfig", ValueKind::Custom, 0, -1, net::numbers},
-    {"Tr104IptParamConfig", ValueKind::Custom, 0, -1, net::numbers},
-    {"checkPosNumValid", ValueKind::Custom, 0, -1, net::check},
-    {"checkIptNumValid", ValueKind::Custom, 0, -1, net::check},
-    {"checkPOSorIPTTypeValid", ValueKind::Custom, 0, -1, net::check},
+constexpr HandlerKind kNetcfgKindRows[] = {
+    valueRow("Tr104RtpIpAddrConfig", 2, TR104_MAP_VALUE_ADDR, 4, 0),
+    valueRow("Tr104RtpGateWayConfig", 2, TR104_MAP_VALUE_ADDR, 4, 0),
+    customRow("Tr104IpParamConfig", net::triple),
+    customRow("Tr104RtpIpParamConfig", net::triple),
+    customRow("Tr104VoiceIpAddr", net::voiceIpAddr),
+    customRow("VoipPrivateIpCfg", net::privateIp),
+    customRow("Tr104DnsIpAddr", net::dnsAddr),
+    valueRow("Tr104DhcpOption120", 2, TR104_MAP_VALUE_TEXT, 2048),
+    valueRow("Tr104PPPoEMode", 2, TR104_MAP_VALUE_INT, 4),
+    customRow("checkTimeZoneValid", net::check),
+    customRow("Tr104PosParamConfig", net::numbers),
+    customRow("Tr104IptParamConfig", net::numbers),
+    customRow("checkPosNumValid", net::check),
+    customRow("checkIptNumValid", net::check),
+    customRow("checkPOSorIPTTypeValid", net::check),
 };
 
-#undef TR104_NET_INT
-#undef TR104_NET_TEXT
-#undef TR104_NET_ADDRESS
+}  // namespace
 
-inline constexpr std::span<const HandlerKind> kNetcfgKinds{kNetcfgKindRows};
+std::span<const HandlerKind> netcfgKinds() { return kNetcfgKindRows; }
 
 }  // namespace tr104ctl

@@ -1,20 +1,18 @@
-// The client's calls of the H.248 handlers that take several values (the naming rules, the
-// registration with a controller); the other H.248 handlers take their kind from the data-model
-// map.  Included by ctl/value_kinds.h.
-#pragma once
-
+// The H.248 handlers that take several values: the naming rules and the registration with a
+// controller.  The other H.248 handlers take their kind from the data-model map.
 #include <cstdint>
-#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "ctl/kinds.h"
 
 namespace tr104ctl {
 
 namespace h248kinds {
 
 // "a,b,c" -> {"a", "b", "c"}
-inline std::vector<std::string> splitValues(const std::string &text) {
+static std::vector<std::string> splitValues(const std::string &text) {
     std::vector<std::string> parts;
     std::stringstream in(text);
     std::string part;
@@ -24,7 +22,7 @@ inline std::vector<std::string> splitValues(const std::string &text) {
     return parts;
 }
 
-inline bool toWord(const std::string &text, uint32_t *out) {
+static bool toWord(const std::string &text, uint32_t *out) {
     if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos || text.size() > 10) {
         return false;
     }
@@ -38,7 +36,7 @@ inline bool toWord(const std::string &text, uint32_t *out) {
 
 // A text and `words` integers, given as "TEXT,N,N..." for a set; rendered the same way.
 template <size_t words>
-CustomResult textAndWords(void *handler, bool set, const std::string &value, const char *usage) {
+static CustomResult textAndWords(void *handler, bool set, const std::string &value, const char *usage) {
     CustomResult r;
     char text[32] = "";
     uint32_t w[words] = {};
@@ -71,16 +69,16 @@ CustomResult textAndWords(void *handler, bool set, const std::string &value, con
     return r;
 }
 
-inline CustomResult nameRule(void *handler, bool set, const std::string &value, int *) {
+CustomResult nameRule(void *handler, bool set, const std::string &value, int *) {
     return textAndWords<3>(handler, set, value, "PREFIX,ADDED_LENGTH,START,UNIFORM (e.g. AALN/,1,0,1)");
 }
 
-inline CustomResult ephemeralRangeRule(void *handler, bool set, const std::string &value, int *) {
+CustomResult ephemeralRangeRule(void *handler, bool set, const std::string &value, int *) {
     return textAndWords<4>(handler, set, value, "FIRST_PART,START,END,STEP,FILL_FLAG (e.g. RTP/,0,99,1,0)");
 }
 
 // Set only: "ADDRESS,1" registers with the MGC at ADDRESS, "ADDRESS,0" unregisters.
-inline CustomResult mgcRegister(void *handler, bool set, const std::string &value, int *) {
+CustomResult mgcRegister(void *handler, bool set, const std::string &value, int *) {
     CustomResult r;
     const std::vector<std::string> parts = splitValues(value);
     uint32_t flag = 0;
@@ -98,15 +96,18 @@ inline CustomResult mgcRegister(void *handler, bool set, const std::string &valu
 
 }  // namespace h248kinds
 
+namespace {
 
-inline constexpr HandlerKind kH248KindRows[] = {
-    {"Tr104MgcRegisterH248", ValueKind::Custom, 0, -1, &h248kinds::mgcRegister},
-    {"Tr104MgcRegister", ValueKind::Custom, 0, -1, &h248kinds::mgcRegister},
-    {"Tr104PhyNameRule", ValueKind::Custom, 0, -1, &h248kinds::nameRule},
-    {"Tr104EphNameRule", ValueKind::Custom, 0, -1, &h248kinds::ephemeralRangeRule},
-    {"Tr104EphNameRule2", ValueKind::Custom, 0, -1, &h248kinds::nameRule},
+constexpr HandlerKind kH248KindRows[] = {
+    customRow("Tr104MgcRegisterH248", &h248kinds::mgcRegister),
+    customRow("Tr104MgcRegister", &h248kinds::mgcRegister),
+    customRow("Tr104PhyNameRule", &h248kinds::nameRule),
+    customRow("Tr104EphNameRule", &h248kinds::ephemeralRangeRule),
+    customRow("Tr104EphNameRule2", &h248kinds::nameRule),
 };
 
-inline constexpr std::span<const HandlerKind> kH248Kinds{kH248KindRows};
+}  // namespace
+
+std::span<const HandlerKind> h248Kinds() { return kH248KindRows; }
 
 }  // namespace tr104ctl

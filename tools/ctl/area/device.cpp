@@ -1,41 +1,58 @@
 // The device area of the client: `tr104ctl caps` and the demo's section on capabilities, the
 // profile settings and a line's codec list.
-#pragma once
 
 #include <cstdio>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "ctl/area.h"
+#include "ctl/areas.h"
 #include "ctl/invoke.h"
 #include "ctl/steps.h"
 #include "emulator/device_emulator.h"
 
 namespace tr104ctl {
 
-namespace device {
+namespace {
 
 // The capability parameters, in the order `caps` prints them.
-inline constexpr const char *kCapabilities[] = {
-    "Tr104VoiceProtocolType", "Tr104ProfileNumber",     "Tr104MaxCountPerProfile", "Tr104MaxLineCount",
-    "Tr104MaxSessionsPerLine", "Tr104MaxSessionsAllLines", "Tr104VoiceProtocolGroup", "Tr104CapabilityRegions",
-    "Tr104RTCPFlag",          "Tr104SRTPFlag",          "Tr104RTPRedundancyFlag",  "Tr104DSCPCoupledFlag",
-    "Tr104VlanTagCoupledFlag", "Tr104PSTNSoftSwitchOverFlag", "Tr104FaxT38Flag",   "Tr104FaxPassThroughFlag",
-    "Tr104ModemPassThroughFlag", "Tr104ToneGenerationFlag", "Tr104RingGenerationFlag", "Tr104DigitMapFlag",
-    "Tr104NumberingPlanFlag", "Tr104ButtonMapFlag",     "Tr104VoicePortTestsFlag", "Tr104HeartbeatFlag",
+constexpr const char *kCapabilities[] = {
+    "Tr104VoiceProtocolType",
+    "Tr104ProfileNumber",
+    "Tr104MaxCountPerProfile",
+    "Tr104MaxLineCount",
+    "Tr104MaxSessionsPerLine",
+    "Tr104MaxSessionsAllLines",
+    "Tr104VoiceProtocolGroup",
+    "Tr104CapabilityRegions",
+    "Tr104RTCPFlag",
+    "Tr104SRTPFlag",
+    "Tr104RTPRedundancyFlag",
+    "Tr104DSCPCoupledFlag",
+    "Tr104VlanTagCoupledFlag",
+    "Tr104PSTNSoftSwitchOverFlag",
+    "Tr104FaxT38Flag",
+    "Tr104FaxPassThroughFlag",
+    "Tr104ModemPassThroughFlag",
+    "Tr104ToneGenerationFlag",
+    "Tr104RingGenerationFlag",
+    "Tr104DigitMapFlag",
+    "Tr104NumberingPlanFlag",
+    "Tr104ButtonMapFlag",
+    "Tr104VoicePortTestsFlag",
+    "Tr104HeartbeatFlag",
     "Tr104ProfileNumberOfLines",
 };
 
 // One table line per parameter: its value, or the handler's result when it gave none.
-inline int printCapabilities(const Library &lib) {
+int printCapabilities(const Library &lib) {
     int failed = 0;
     std::printf("%-30s %s\n", "capability", "value");
     for (const char *name : kCapabilities) {
         CallRequest req;
         req.handler = name;
         const CallResult r = callHandler(lib, req);
-        std::string shown = !r.called ? "(" + r.message + ")"
+        std::string shown = !r.called   ? "(" + r.message + ")"
                             : r.rc != 0 ? "(result " + std::to_string(r.rc) + ")"
                                         : "\"" + r.shown + "\"";
         failed += r.called && r.rc == 0 ? 0 : 1;
@@ -53,31 +70,31 @@ inline int printCapabilities(const Library &lib) {
     return failed;
 }
 
-inline int runCaps(const AreaContext &context) {
+int runCaps(Context &context) {
     auto refresh = context.lib.function<int (*)()>("Tr104RefreshCurrProtocolType");
     if (refresh != nullptr) {
         refresh();
     }
     const int failed = printCapabilities(context.lib);
     if (failed != 0) {
-        std::printf("%d parameter(s) without a value (under no known protocol the SIP/H.248 ones answer -1)\n",
-                    failed);
+        std::printf("%d parameter(s) without a value (under no known protocol the SIP/H.248 ones answer -1)\n", failed);
     }
     return 0;
 }
 
-}  // namespace device
+}  // namespace
 
-inline constexpr AreaCommand kDeviceCommandRows[] = {
-    {"caps", "print the voice service's capability parameters", &noArguments, &device::runCaps},
-};
-inline constexpr std::span<const AreaCommand> kDeviceCommands{kDeviceCommandRows};
+std::vector<AreaCommand> deviceCommands() {
+    return {{"caps", "print the voice service's capability parameters", [](CLI::App &) {}, &runCaps}};
+}
 
 // The demo's device section, run against the emulator after the library's full start-up.  Returns
 // the number of problems seen (0 when everything behaved as shown).
-inline int runDeviceDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+int runDeviceDemo(Context &context) {
+    const Library &lib = context.lib;
+    vmemu::VoiceModuleEmulator &emulator = *context.emulator;
     std::printf("\n== capabilities (protocol SIP: several come from the voice module)\n");
-    int problems = device::printCapabilities(lib);
+    int problems = printCapabilities(lib);
     static const DemoStep kProfile[] = {
         {"Tr104ProfileEnable", true, "enabled", 0, "exact words only"},
         {"Tr104ProfileName", false, nullptr, 0, "kept in the library"},
@@ -114,7 +131,7 @@ inline int runDeviceDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulato
         char what[96];
         std::snprintf(what, sizeof(what), "%s %s line 1 entry %d%s%s", req.set ? "set" : "get", step.handler,
                       step.entry, req.set ? " = " : "", req.value.c_str());
-        const std::string outcome = !r.called ? "skipped: " + r.message
+        const std::string outcome = !r.called              ? "skipped: " + r.message
                                     : r.rc != 0 || req.set ? "-> " + std::to_string(r.rc)
                                                            : "-> 0, \"" + r.shown + "\"";
         std::printf("  %-58s %s%s%s\n", what, outcome.c_str(), step.note[0] ? "   # " : "", step.note);
@@ -129,8 +146,8 @@ inline int runDeviceDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulato
         std::printf(" payload type %d", code);
     }
     std::printf(", %d ms\n", vmemu::profilePacketization(emulator, 1));
-    const bool applied = vmemu::codecSelection(emulator, 1) == std::vector<int>{8, 18} &&
-                         vmemu::profilePacketization(emulator, 1) == 30;
+    const bool applied =
+        vmemu::codecSelection(emulator, 1) == std::vector<int>{8, 18} && vmemu::profilePacketization(emulator, 1) == 30;
     return problems + (applied ? 0 : 1);
 }
 

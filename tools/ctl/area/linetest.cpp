@@ -1,25 +1,25 @@
 // The linetest area of the client: `tr104ctl linetest` runs a line test on a port and prints
 // its measurements, flag words and conclusion; `tr104ctl simcall` runs a simulated call; the
 // demo's line-test section.
-#pragma once
 
 #include <unistd.h>
 
 #include <chrono>
+#include <memory>
 #include <cstdio>
 #include <span>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "ctl/area.h"
+#include "ctl/areas.h"
 #include "ctl/invoke.h"
 #include "ctl/steps.h"
 #include "emulator/linetest_emulator.h"
 
 namespace tr104ctl {
 
-namespace linetest {
+namespace {
 
 // One handler call on a port (nLocate[1]); prints a one-line error when it fails.
 struct PortCall {
@@ -52,7 +52,7 @@ struct PortCall {
 };
 
 // Handler of a threshold given as "VACHazardousThreshold", "gDBDT1", "DialToneFrequency2" or in full.
-inline std::string thresholdHandler(const Library &lib, std::string name) {
+std::string thresholdHandler(const Library &lib, std::string name) {
     if (name.rfind("Tr104", 0) == 0) {
         return name;
     }
@@ -73,7 +73,7 @@ struct Measurement {
     const char *unit;
 };
 // Units as the voice module reports its measurements.
-inline constexpr Measurement kOuter[] = {
+constexpr Measurement kOuter[] = {
     {"AGDCVoltage", "A-ground DC voltage", "V"},
     {"BGDCVoltage", "B-ground DC voltage", "V"},
     {"ABDCVoltage", "A-B DC voltage", "V"},
@@ -90,7 +90,7 @@ inline constexpr Measurement kOuter[] = {
     {"ABLoopResistance", "loop resistance", "ohm"},
     {"RingerEquivalence", "ringer equivalence", "REN"},
 };
-inline constexpr Measurement kInner[] = {
+constexpr Measurement kInner[] = {
     {"LoopCurrent", "loop current", "mA"},
     {"FeederVoltage", "feeder voltage", "V"},
     {"SignalToneVolume", "signal tone volume", "dBm"},
@@ -108,7 +108,7 @@ struct FlagBits {
     const char *bit5;  // null: bit not meaningful
     const char *bit2;
 };
-inline constexpr FlagBits kFlags[] = {
+constexpr FlagBits kFlags[] = {
     {"VACFlags", "A-ground AC voltage", "B-ground AC voltage"},
     {"VDCFlags", "A-ground DC voltage", "B-ground DC voltage"},
     {"ABGResistanceFlags", "A-ground resistance", "B-ground resistance"},
@@ -117,7 +117,7 @@ inline constexpr FlagBits kFlags[] = {
     {"DialTonePowerFlags", nullptr, "dial tone power"},
 };
 
-inline void printFlags(const PortCall &call) {
+void printFlags(const PortCall &call) {
     std::printf("\n  %-22s %5s  %-8s  %s\n", "flag word", "value", "bits 5-0", "meaning (set: within limits)");
     for (const FlagBits &f : kFlags) {
         const CallResult r = call(std::string("Tr104PhysicalInterfaceTest") + f.handler);
@@ -133,7 +133,8 @@ inline void printFlags(const PortCall &call) {
         std::string meaning;
         for (const auto &[bit, what] : {std::pair{5, f.bit5}, std::pair{2, f.bit2}}) {
             if (what != nullptr) {
-                meaning += std::string(meaning.empty() ? "" : ", ") + what + ((word >> bit) & 1 ? " ok" : " OUT OF LIMITS");
+                meaning +=
+                    std::string(meaning.empty() ? "" : ", ") + what + ((word >> bit) & 1 ? " ok" : " OUT OF LIMITS");
             }
         }
         std::printf("  %-22s %5d  %-8s  %s\n", f.handler, word, bits, meaning.c_str());
@@ -144,8 +145,8 @@ template <size_t N>
 void printMeasurements(const PortCall &call, const Measurement (&rows)[N]) {
     std::printf("\n  %-34s %12s  %s\n", "measurement", "value", "unit");
     for (const Measurement &m : rows) {
-        std::printf("  %-34s %12s  %s\n", m.label, call.get(std::string("Tr104PhysicalInterfaceTest") + m.handler).c_str(),
-                    m.unit);
+        std::printf("  %-34s %12s  %s\n", m.label,
+                    call.get(std::string("Tr104PhysicalInterfaceTest") + m.handler).c_str(), m.unit);
     }
 }
 
@@ -174,21 +175,20 @@ std::string poll(const PortCall &call, const std::string &handler, int limitSeco
 // The options of `linetest` and `simcall`.
 struct TestArgs {
     int port = 0;
-    int limit = 60;   // linetest: how long to wait for the result
+    int limit = 60;  // linetest: how long to wait for the result
     int timeout = 0;  // simcall: the voice module's timeout (0: 60 s)
     std::string selector = "Outer_Line_Test";
     std::vector<std::string> thresholds;  // NAME=VALUE
-    std::string caller;                   // simcall: the number to call
-    bool called = false;                  // simcall: wait for a call
+    std::string caller;  // simcall: the number to call
+    bool called = false;  // simcall: wait for a call
 };
-inline TestArgs gTest;
 
-inline void definePort(CLI::App &command) {
+void definePort(CLI::App &command, TestArgs &gTest) {
     command.add_option("--port", gTest.port, "the port (1 or 2)")->required()->check(numberIn(1, 2));
 }
 
-inline void defineLineTest(CLI::App &command) {
-    definePort(command);
+void defineLineTest(CLI::App &command, TestArgs &gTest) {
+    definePort(command, gTest);
     command.add_option("--selector", gTest.selector, "Outer_Line_Test (the default) or Inner_Line_Test");
     command.add_option("--threshold", gTest.thresholds, "NAME=VALUE: a limit of the test (several may be given)")
         ->check([](const std::string &t) {
@@ -197,15 +197,15 @@ inline void defineLineTest(CLI::App &command) {
     command.add_option("--timeout", gTest.limit, "seconds to wait for the result (60)")->check(numberIn(1, 3600));
 }
 
-inline void defineSimulatedCall(CLI::App &command) {
-    definePort(command);
+void defineSimulatedCall(CLI::App &command, TestArgs &gTest) {
+    definePort(command, gTest);
     auto *caller = command.add_option("--caller", gTest.caller, "call NUMBER from the port");
     command.add_flag("--called", gTest.called, "wait for a call to the port")->excludes(caller);
     command.add_option("--timeout", gTest.timeout, "the voice module's timeout in seconds (0: 60)")
         ->check(numberIn(0, 3600));
 }
 
-inline int runLineTest(const AreaContext &ctx) {
+int runLineTest(const Context &ctx, const TestArgs &gTest) {
     const int port = gTest.port;
     const int limit = gTest.limit;
     const std::string selector = gTest.selector;
@@ -256,7 +256,7 @@ inline int runLineTest(const AreaContext &ctx) {
     return 0;
 }
 
-inline int runSimulatedCall(const AreaContext &ctx) {
+int runSimulatedCall(const Context &ctx, const TestArgs &gTest) {
     const int port = gTest.port;
     const int timeout = gTest.timeout;
     const std::string &number = gTest.caller;
@@ -287,27 +287,33 @@ inline int runSimulatedCall(const AreaContext &ctx) {
     }
     const std::string conclusion = call.get("Tr104SmultConclusion");
     std::printf("\n  %-20s %s\n", "conclusion", conclusion.c_str());
-    const std::string reason =
-        call.get(type == "Caller" ? "Tr104SmultCallerFailReason" : "Tr104SmultCalledFailReason");
+    const std::string reason = call.get(type == "Caller" ? "Tr104SmultCallerFailReason" : "Tr104SmultCalledFailReason");
     std::printf("  %-20s %s\n", "fail reason", reason.empty() ? "none" : reason.c_str());
     std::printf("  %-20s %s\n", "fail code", call.get("Tr104SmultFailedRspCode").c_str());
     return conclusion == "Success" ? 0 : 1;
 }
 
-}  // namespace linetest
+}  // namespace
 
-inline constexpr AreaCommand kLinetestCommandRows[] = {
-    {"linetest", "run a line test on a port and print its measurements and conclusion", &linetest::defineLineTest,
-     &linetest::runLineTest},
-    {"simcall", "run a simulated call on a port (--caller NUMBER or --called)", &linetest::defineSimulatedCall,
-     &linetest::runSimulatedCall},
-};
-inline constexpr std::span<const AreaCommand> kLinetestCommands{kLinetestCommandRows};
+std::vector<AreaCommand> linetestCommands() {
+    auto test = std::make_shared<TestArgs>();
+    auto call = std::make_shared<TestArgs>();
+    return {
+        {"linetest", "run a line test on a port and print its measurements and conclusion",
+         [test](CLI::App &command) { defineLineTest(command, *test); },
+         [test](Context &context) { return runLineTest(context, *test); }},
+        {"simcall", "run a simulated call on a port (--caller NUMBER or --called)",
+         [call](CLI::App &command) { defineSimulatedCall(command, *call); },
+         [call](Context &context) { return runSimulatedCall(context, *call); }},
+    };
+}
 
 // The demo's linetest section, run against the emulator after the library's full start-up.  Returns
 // the number of problems seen (0 when everything behaved as shown).  The emulated test finishes at
 // once, so that the tour stays short and its output the same on every run.
-inline int runLinetestDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+int runLinetestDemo(Context &context) {
+    const Library &lib = context.lib;
+    vmemu::VoiceModuleEmulator &emulator = *context.emulator;
     vmemu::linetest::setTestDuration(emulator, std::chrono::milliseconds(0));
     static constexpr DemoStep kSteps[] = {
         {"Tr104PhysicalInterfacePort", false, nullptr, 0, "port 1's name"},

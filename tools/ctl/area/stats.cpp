@@ -1,19 +1,19 @@
 // The statistics area of the client: `tr104ctl stats --line N` and the demo's statistics section.
-#pragma once
 
 #include <cstdio>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "ctl/area.h"
+#include "ctl/areas.h"
 #include "ctl/invoke.h"
 #include "ctl/steps.h"
 #include "emulator/stats_emulator.h"
 
 namespace tr104ctl {
 
-namespace stats {
+namespace {
 
 struct Row {
     const char *handler;
@@ -21,7 +21,7 @@ struct Row {
     const char *unit;
 };
 
-inline constexpr Row kRtpRows[] = {
+constexpr Row kRtpRows[] = {
     {"Tr104LineSendRtpPackets", "RTP packets sent", ""},
     {"Tr104LineSendRtpBytes", "RTP bytes sent", "bytes"},
     {"Tr104LineRcvdRtpPackets", "RTP packets received", ""},
@@ -39,7 +39,7 @@ inline constexpr Row kRtpRows[] = {
     {"Tr104LineErrorRtpPackets", "RTP packets in error", ""},
 };
 
-inline constexpr Row kCallRows[] = {
+constexpr Row kCallRows[] = {
     {"Tr104LineIncomingCallsReceived", "incoming calls received", ""},
     {"Tr104LineIncomingCallsAnswered", "incoming calls answered", ""},
     {"Tr104LineIncomingCallsConnected", "incoming calls connected", ""},
@@ -54,7 +54,7 @@ inline constexpr Row kCallRows[] = {
     {"Tr104LineNewTransactions", "SIP transactions", ""},
 };
 
-inline constexpr Row kProfileRows[] = {
+constexpr Row kProfileRows[] = {
     {"Tr104SendRtpPackets", "RTP packets sent", ""},
     {"Tr104RcvdRtpPackets", "RTP packets received", ""},
     {"Tr104LostRtpPacketsPercent", "packet loss (average)", "%"},
@@ -66,7 +66,7 @@ inline constexpr Row kProfileRows[] = {
 };
 
 // One table: label, value and unit, or why there is no value.  Returns the rows that failed.
-inline int printRows(const Library &lib, const char *title, std::span<const Row> rows, int line) {
+int printRows(const Library &lib, const char *title, std::span<const Row> rows, int line) {
     std::printf("\n%s\n", title);
     int failed = 0;
     for (const Row &row : rows) {
@@ -75,30 +75,28 @@ inline int printRows(const Library &lib, const char *title, std::span<const Row>
     return failed;
 }
 
-inline int printLine(const Library &lib, int line) {
+int printLine(const Library &lib, int line) {
     int failed = printRows(lib, ("line " + std::to_string(line) + ": RTP").c_str(), kRtpRows, line);
     failed += printRows(lib, ("line " + std::to_string(line) + ": calls").c_str(), kCallRows, line);
     failed += printRows(lib, "profile (lines 1 and 2)", kProfileRows, 0);
     return failed;
 }
 
-inline int gLine = 1;
+}  // namespace
 
-inline void defineStats(CLI::App &command) {
-    command.add_option("--line", gLine, "the line (1 or 2; 1)")->check(numberIn(1, 2));
+std::vector<AreaCommand> statsCommands() {
+    auto line = std::make_shared<int>(1);
+    return {{"stats", "the line's RTP and call statistics, the profile sums",
+             [line](CLI::App &command) {
+                 command.add_option("--line", *line, "the line (1 or 2; 1)")->check(numberIn(1, 2));
+             },
+             [line](Context &context) { return printLine(context.lib, *line) == 0 ? 0 : 1; }}};
 }
 
-inline int runStats(const AreaContext &context) { return printLine(context.lib, gLine) == 0 ? 0 : 1; }
-
-}  // namespace stats
-
-inline constexpr AreaCommand kStatsCommandRows[] = {
-    {"stats", "the line's RTP and call statistics, the profile sums", &stats::defineStats, &stats::runStats},
-};
-inline constexpr std::span<const AreaCommand> kStatsCommands{kStatsCommandRows};
-
 // The demo's statistics section: a call of 30 s on line 1, seen in the counters.
-inline int runStatsDemo(const Library &lib, vmemu::VoiceModuleEmulator &emulator) {
+int runStatsDemo(Context &context) {
+    const Library &lib = context.lib;
+    vmemu::VoiceModuleEmulator &emulator = *context.emulator;
     static const DemoStep kBefore[] = {
         {"Tr104LineOutgoingCallsConnected", false, nullptr, 1, ""},
         {"Tr104LineSendRtpPackets", false, nullptr, 1, ""},
