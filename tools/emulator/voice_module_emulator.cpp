@@ -625,16 +625,18 @@ Request VoiceModuleEmulator::logged(const Request &request) const {
     }
     constexpr size_t kPayloadAt = sizeof(uint32_t);  // the payload follows the command id in the text
     for (const Field &f : hidden->second) {
-        if (f.width == 0 || f.offset + f.width > out.payload.size()) {
+        const size_t room = out.payload.size();
+        if (f.width == 0 || f.offset >= room || f.width > room - f.offset) {
             continue;
         }
+        const size_t width = f.width;
         char *at = out.payload.data() + f.offset;
-        const bool set = std::any_of(at, at + f.width, [](char c) { return c != 0; });
-        std::memset(at, 0, f.width);
+        const bool set = std::any_of(at, at + width, [](char c) { return c != 0; });
+        std::fill(at, at + width, '\0');
         if (set) {
-            std::memset(at, '*', std::min<size_t>(8, f.width - 1));
+            std::fill(at, at + std::min<size_t>(8, width - 1), '*');
         }
-        std::memcpy(out.text.data() + kPayloadAt + f.offset, at, f.width);
+        std::copy(at, at + width, out.text.data() + kPayloadAt + f.offset);
     }
     return out;
 }
