@@ -34,10 +34,10 @@ const SupportedItem kCodecSilenceSuppression =
     supported("Tr104CodecSilenceSuppression", "pCodecSilenceSuppression", Supported::SilenceSuppression);
 
 int supportedCodec(const SupportedItem &s, int nFlag, void *pValue, const int *nLocate) {
-    if (const int rc = sip::checkArguments(s.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(s.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
-    if (nLocate == nullptr || !sip::inRange(nLocate[1], 1, kSupportedCount)) {
+    if (nLocate == nullptr || !core::inRange(nLocate[1], 1, kSupportedCount)) {
         TR104_DEBUG_AS(s.sig.name, "param error, nLocate[1]=%d\n", nLocate != nullptr ? nLocate[1] : 0);
         return TR104_ERR_PARAM;
     }
@@ -46,22 +46,18 @@ int supportedCodec(const SupportedItem &s, int nFlag, void *pValue, const int *n
     case Supported::Name:
         std::strcpy(static_cast<char *>(pValue), ConvertCodecTypeInt2Str(code));
         break;
-    case Supported::BitRate:
-        sip::putInt(pValue, static_cast<int>(tr104GetBitRateByCodecEnum(code)));
-        break;
+    case Supported::BitRate: core::putInt(pValue, static_cast<int>(tr104GetBitRateByCodecEnum(code))); break;
     case Supported::Periods:
         std::strcpy(static_cast<char *>(pValue), kPeriods);
         break;
-    case Supported::SilenceSuppression:
-        sip::putInt(pValue, 1);
-        break;
+    case Supported::SilenceSuppression: core::putInt(pValue, 1); break;
     }
     return TR104_OK;
 }
 
 // A parameter the voice module has no request for: the checks, then -1.
 int notProvided(const Signature &sig, int nFlag, void *pValue, const int *nLocate) {
-    if (const int rc = sip::checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
     TR104_DEBUG_AS(sig.name, "%s: this voice module does not provide the parameter\n", sig.name);

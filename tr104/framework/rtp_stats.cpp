@@ -2,7 +2,7 @@
 // the block word it reports; one body reads the block, one adds up the two lines of a profile.
 #include <iterator>
 
-#include "tr104/sip/sip_internal.h"
+#include "tr104/core/core.h"
 #include "tr104/statistics.h"
 
 static_assert(sizeof(Tr104LineRtpStatsBlock) == 156);
@@ -27,9 +27,9 @@ static_assert(offsetof(Tr104LineRtpIntervalBlock, unInterval) == 12);
 namespace tr104::stats {
 namespace {
 
-using sip::Access;
-using sip::Locate;
-using sip::Signature;
+using core::Access;
+using core::Locate;
+using core::Signature;
 
 enum class Block : uint8_t {
     Line,           // command 84, 156 bytes, the line in word 0
@@ -143,15 +143,15 @@ uint32_t wordAt(const void *block, size_t offset) {
 
 int rtpValue(int index, int nFlag, void *pValue, int *nLocate) {
     const RtpValue &v = kValues[index];
-    if (const int rc = sip::checkArguments(v.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(v.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
-    const int lineNo = sip::lineOf(nLocate);
+    const int lineNo = core::lineOf(nLocate);
     uint32_t value = 0;
     if (v.block == Block::Line) {
         Tr104LineRtpStatsBlock block{};
         block.unLine = static_cast<uint32_t>(lineNo);
-        if (sip::readRecord(v.sig.name, &block, sizeof(block), TR104_RTP_STATS_CMD) != TR104_OK) {
+        if (core::readRecord(v.sig.name, &block, sizeof(block), TR104_RTP_STATS_CMD) != TR104_OK) {
             TR104_DEBUG_AS(v.sig.name, v.getError, lineNo);
             return TR104_ERR_EXCHANGE;
         }
@@ -165,7 +165,7 @@ int rtpValue(int index, int nFlag, void *pValue, int *nLocate) {
         Tr104LineRtpIntervalBlock block{};
         block.unLine = static_cast<uint32_t>(lineNo);
         block.unInterval = static_cast<uint32_t>(nLocate[3]);
-        if (sip::readRecord(v.sig.name, &block, sizeof(block), TR104_RTP_INTERVAL_CMD) != TR104_OK) {
+        if (core::readRecord(v.sig.name, &block, sizeof(block), TR104_RTP_INTERVAL_CMD) != TR104_OK) {
             TR104_DEBUG_AS(v.sig.name, v.getError, lineNo);
             return TR104_ERR_EXCHANGE;
         }
@@ -183,7 +183,7 @@ int rtpValue(int index, int nFlag, void *pValue, int *nLocate) {
             value = 0;
         }
     }
-    sip::putInt(pValue, static_cast<int>(value));
+    core::putInt(pValue, static_cast<int>(value));
     if (v.getDone != nullptr) {
         TR104_DEBUG_AS(v.sig.name, v.getDone, lineNo, static_cast<int>(value));
     }
@@ -224,12 +224,12 @@ int profileSum(const ProfileSum &s, int nFlag, void *pValue) {
         int locate[4] = {0, 0, lineNo, 0};
         int value = 0;
         if (rtpValue(s.lineValue, 0, &value, locate) != TR104_OK) {
-            sip::say(s.name, s.failed);
+            core::say(s.name, s.failed);
             return TR104_ERR_EXCHANGE;
         }
         sum += static_cast<uint32_t>(value);
     }
-    sip::putInt(pValue, static_cast<int>(s.halved ? sum >> 1 : sum));
+    core::putInt(pValue, static_cast<int>(s.halved ? sum >> 1 : sum));
     return TR104_OK;
 }
 
@@ -289,7 +289,7 @@ extern "C" TR104_API int Tr104VoiceBandwidth(int nFlag, void *pValue) {
         TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
         return TR104_ERR_PARAM;
     }
-    tr104::sip::putInt(pValue, 0);
+    tr104::core::putInt(pValue, 0);
     TR104_DEBUG("get average jitter [%d].\n", 0);  // the message the agent's logs know
     return TR104_OK;
 }

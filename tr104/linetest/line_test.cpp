@@ -65,10 +65,10 @@ namespace {
 
 // ---- Thresholds and per-port flags held in library memory --------------------------------------
 
-#define TR104_THRESHOLD(handler, global)                                                                        \
-    Held {                                                                                                     \
-        {handler, "p" #global, Scope::Port, Access::GetSet}, g##global, Accept::Any, false,                    \
-            "get nLocate[1]=%d, *p" #global "[%d]\n", "set nLocate[1]=%d, *p" #global "[%d]\n"                 \
+#define TR104_THRESHOLD(handler, global)                                                       \
+    Held {                                                                                     \
+        {handler, "p" #global, Locate::Port, Access::GetSet}, g##global, Accept::Any, false,   \
+            "get nLocate[1]=%d, *p" #global "[%d]\n", "set nLocate[1]=%d, *p" #global "[%d]\n" \
     }
 
 const Held kThresholds[] = {
@@ -92,8 +92,11 @@ const Held kThresholds[] = {
 };
 #undef TR104_THRESHOLD
 
-const Held kIsTestOnBusy{{"Tr104PhysicalInterfaceIsTestOnBusy", "pIsTestOnBusy", Scope::Port, Access::GetSet},
-                         gIsTestOnBusy, Accept::Any, true, "get *pIsTestOnBusy[%d]\n",
+const Held kIsTestOnBusy{{"Tr104PhysicalInterfaceIsTestOnBusy", "pIsTestOnBusy", Locate::Port, Access::GetSet},
+                         gIsTestOnBusy,
+                         Accept::Any,
+                         true,
+                         "get *pIsTestOnBusy[%d]\n",
                          "set *pIsTestOnBusy[%d], nLocate[1]=%d\n"};
 
 // ---- Measurements ------------------------------------------------------------------------------
@@ -190,7 +193,7 @@ int fetch(const Measure &m, int port, char (&buffer)[sizeof(Tr104OuterLineResult
 }
 
 int measure(const Measure &m, int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({m.name, "pValue", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int port = checkedPort({m.name, "pValue", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -303,7 +306,7 @@ int computeFlags(const FlagWord &f, int port) {
 }
 
 int flags(const FlagWord &f, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({f.name, "pFlags", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({f.name, "pFlags", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -430,7 +433,7 @@ const TextCode kConclusions[] = {
 
 // Waits of the end handlers: in the caller's thread, then 0.
 int endWait(const char *name, int seconds, const char *message, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({name, "pValue", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({name, "pValue", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -447,7 +450,7 @@ struct Fixed {
     const char *setDone;
 };
 int fixedOne(const Fixed &f, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({f.name, "pValue", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({f.name, "pValue", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -473,7 +476,7 @@ using namespace tr104::linetest;
 extern "C" __attribute__((weak)) int Tr104PhysicalInterfaceTestIsDeviceBusySip(int, void *, int *);
 
 TR104_API int Tr104PhysicalInterfaceTestSelector(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pTestSelector", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int port = checkedPort({__func__, "pTestSelector", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -490,7 +493,7 @@ TR104_API int Tr104PhysicalInterfaceTestSelector(int nFlag, void *pValue, int *n
 }
 
 TR104_API int Tr104PhysicalInterfaceTestState(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pTestState", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int port = checkedPort({__func__, "pTestState", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -526,7 +529,7 @@ TR104_API int Tr104PhysicalInterfaceTestIsDeviceBusy(int nFlag, void *pValue, in
 }
 
 TR104_API int Tr104PhysicalInterfaceAllTests(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pAllTests", Scope::Port, Access::SetOnly}, nFlag, pValue, nLocate);
+    const int port = checkedPort({__func__, "pAllTests", Locate::Port, Access::SetOnly}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -538,7 +541,8 @@ TR104_API int Tr104PhysicalInterfaceAllTests(int nFlag, void *pValue, int *nLoca
 }
 
 TR104_API int Tr104PhysicalInterfaceTestHazardousPotential(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pHazardousPotential", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int port =
+        checkedPort({__func__, "pHazardousPotential", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -564,7 +568,7 @@ TR104_API int Tr104PhysicalInterfaceAllTestsEnd(int nFlag, void *pValue, int *nL
 }
 
 TR104_API int Tr104PhysicalInterfaceTestConclusion(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pTestConclusion", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int port = checkedPort({__func__, "pTestConclusion", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }

@@ -84,19 +84,19 @@ int answerCapability(const Capability &c, int nFlag, void *pValue) {
         }
     }
     if (c.entry != nullptr) {
-        TR104_DEBUG_AS(c.sig.name, c.entry, nFlag, pValue != nullptr ? sip::intValue(pValue) : 0);
+        TR104_DEBUG_AS(c.sig.name, c.entry, nFlag, pValue != nullptr ? core::intValue(pValue) : 0);
     }
     if (const int rc = checkDevice(c.sig, nFlag, pValue); rc != TR104_OK) {
         return rc;
     }
     int value = c.answer;
     if (c.source == Source::Query) {
-        if (sip::readRecord(c.sig.name, &value, sizeof(value), c.cmd) != TR104_OK) {
-            sip::say(c.sig.name, c.failure);
+        if (core::readRecord(c.sig.name, &value, sizeof(value), c.cmd) != TR104_OK) {
+            core::say(c.sig.name, c.failure);
             return TR104_ERR_EXCHANGE;
         }
     }
-    sip::putInt(pValue, value);
+    core::putInt(pValue, value);
     if (c.done != nullptr) {
         TR104_DEBUG_AS(c.sig.name, c.done, value);
     }
@@ -148,7 +148,7 @@ extern "C" TR104_API int Tr104MaxLineCount(int nFlag, void *pValue) {
     if (pValue == nullptr) {
         return TR104_ERR_PARAM;
     }
-    tr104::sip::putInt(pValue, 2);
+    tr104::core::putInt(pValue, 2);
     return TR104_OK;
 }
 

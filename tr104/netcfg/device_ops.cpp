@@ -44,23 +44,23 @@ const Switch kIgnoreClearCfg{deviceSignature("Tr104PrivateIgnoreClearCfgEnable",
                              "SET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID msg snd failed.\n"};
 
 int switchValue(const Switch &s, int nFlag, void *pValue) {
-    TR104_DEBUG_AS(s.sig.name, s.entry, nFlag, pValue != nullptr ? sip::intValue(pValue) : 0);
+    TR104_DEBUG_AS(s.sig.name, s.entry, nFlag, pValue != nullptr ? core::intValue(pValue) : 0);
     if (const int rc = checkDevice(s.sig, nFlag, pValue); rc != TR104_OK) {
         return rc;
     }
     int value = 0;
     if (nFlag == 0) {
-        if (sip::readRecord(s.sig.name, &value, sizeof(value), s.getCmd) != TR104_OK) {
-            sip::say(s.sig.name, s.failure);
+        if (core::readRecord(s.sig.name, &value, sizeof(value), s.getCmd) != TR104_OK) {
+            core::say(s.sig.name, s.failure);
             return TR104_ERR_EXCHANGE;
         }
-        sip::putInt(pValue, value);
+        core::putInt(pValue, value);
         TR104_DEBUG_AS(s.sig.name, s.done, value);
         return TR104_OK;
     }
-    value = sip::intValue(pValue);
-    if (sip::sendRecord(s.sig.name, &value, sizeof(value), s.setCmd) != TR104_OK) {
-        sip::say(s.sig.name, s.sendFailure);
+    value = core::intValue(pValue);
+    if (core::sendRecord(s.sig.name, &value, sizeof(value), s.setCmd) != TR104_OK) {
+        core::say(s.sig.name, s.sendFailure);
         return TR104_ERR_EXCHANGE;
     }
     return TR104_OK;
@@ -132,7 +132,7 @@ TR104_API int Tr104VoiceOperation(int nFlag, void *pValue) {
     if (const int rc = checkDevice(kOperation, nFlag, pValue); rc != TR104_OK) {
         return rc;
     }
-    const int operation = tr104::sip::intValue(pValue);
+    const int operation = tr104::core::intValue(pValue);
     switch (operation) {
     case kRegister:
         return registerWithCallAgent(1);

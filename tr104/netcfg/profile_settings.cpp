@@ -44,8 +44,8 @@ constexpr int kServerTypeH248 = 2;
 }  // namespace tr104::device
 
 using namespace tr104::device;
-using tr104::sip::intValue;
-using tr104::sip::putInt;
+using tr104::core::intValue;
+using tr104::core::putInt;
 
 extern "C" {
 
@@ -94,7 +94,7 @@ TR104_API int Tr104ProfileName(int nFlag, void *pValue) {
         TR104_DEBUG("get ProfileName[%s]\n", text);
         return TR104_OK;
     }
-    tr104::sip::copyBounded(gProfileName, text, sizeof(gProfileName) - 1);
+    tr104::core::copyBounded(gProfileName, text, sizeof(gProfileName) - 1);
     return TR104_OK;
 }
 
@@ -113,7 +113,7 @@ TR104_API int Tr104ProfileSignalingProtocol(int nFlag, void *pValue) {
         return TR104_OK;
     }
     // The text without its terminator, bounded by the request area.
-    if (tr104::sip::sendRecord(kProtocol.name, text, strnlen(text, TR104_CFG_BUFFER_LEN), SET_NGN_PROTOCOL) !=
+    if (tr104::core::sendRecord(kProtocol.name, text, strnlen(text, TR104_CFG_BUFFER_LEN), SET_NGN_PROTOCOL) !=
         TR104_OK) {
         TR104_DEBUG("SET_NGN_PROTOCOL msg snd failed.\n");
         return TR104_ERR_EXCHANGE;
