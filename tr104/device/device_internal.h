@@ -5,7 +5,7 @@
 #include "tr104/device.h"
 #include "tr104/framework.h"
 #include "tr104/protocol.h"
-#include "tr104/sip/templates.h"
+#include "tr104/core/core.h"
 
 namespace tr104::device {
 

@@ -2,7 +2,7 @@
 // kept in the library; the signalling protocol is sent to the voice module.
 #include <cstring>
 
-#include "tr104/netcfg/device_internal.h"
+#include "tr104/device/device_internal.h"
 
 extern "C" {
 TR104_API char gProfileEnable[TR104_PROFILE_ENABLE_LEN] = "Enabled";
@@ -27,12 +27,9 @@ constexpr const char *kEnableStates[] = {"Disabled", "Quiescent", "Enabled"};
 
 const char *protocolName(int protocol) {
     switch (protocol) {
-    case TR104_PROTOCOL_H248:
-        return "H.248";
-    case TR104_PROTOCOL_SIP:
-        return "SIP";
-    default:
-        return "NONE";
+    case TR104_PROTOCOL_H248: return "H.248";
+    case TR104_PROTOCOL_SIP: return "SIP";
+    default: return "NONE";
     }
 }
 

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "tr104/codec.h"
-#include "tr104/netcfg/device_internal.h"
+#include "tr104/device/device_internal.h"
 #include "tr104/sip.h"
 
 namespace tr104::device {
@@ -22,8 +22,8 @@ constexpr uint32_t kChangedSilence = 0x10;
 struct ListItem {
     Signature sig;
     Item item;
-    uint32_t changed;     // bit of the entry's change mask
-    int low, high;        // accepted values of an integer item
+    uint32_t changed;  // bit of the entry's change mask
+    int low, high;  // accepted values of an integer item
     const char *refused;  // "%d" the refused value
 };
 
@@ -139,11 +139,15 @@ int changeItem(const ListItem &it, Line &list, int entry, const void *pValue) {
         // The voice profile keeps one packetization period and one silence suppression per
         // line: every entry of the line takes the value.
         for (CodecListUnit &each : list) {
-            if (it.item == Item::Packetization) each.ucPacketizationPeriod = static_cast<uint8_t>(value);
-            if (it.item == Item::Silence) each.ucSilenceSuppression = static_cast<uint8_t>(value);
+            if (it.item == Item::Packetization)
+                each.ucPacketizationPeriod = static_cast<uint8_t>(value);
+            if (it.item == Item::Silence)
+                each.ucSilenceSuppression = static_cast<uint8_t>(value);
         }
-        if (it.item == Item::Enable) e.ucEnable = static_cast<uint8_t>(value);
-        if (it.item == Item::Priority) e.unPriority = static_cast<uint32_t>(value);
+        if (it.item == Item::Enable)
+            e.ucEnable = static_cast<uint8_t>(value);
+        if (it.item == Item::Priority)
+            e.unPriority = static_cast<uint32_t>(value);
     }
     e.unChangeMask |= it.changed;
     return TR104_OK;
@@ -191,9 +195,7 @@ int setItem(const ListItem &it, int line, int entry, const void *pValue) {
 
 void getItem(const ListItem &it, const CodecListUnit &e, void *pValue) {
     switch (it.item) {
-    case Item::Codec:
-        std::strcpy(static_cast<char *>(pValue), ConvertCodecTypeInt2Str(e.nCodecType));
-        return;
+    case Item::Codec: std::strcpy(static_cast<char *>(pValue), ConvertCodecTypeInt2Str(e.nCodecType)); return;
     case Item::BitRate:
         core::putInt(pValue,
                      e.nCodecType == TR104_CODEC_NONE ? 0 : static_cast<int>(tr104GetBitRateByCodecEnum(e.nCodecType)));
@@ -230,8 +232,8 @@ int codecUsed(int nFlag, void *pValue, int *nLocate) {
 }  // namespace
 }  // namespace tr104::device
 
-#define TR104_CODEC_LIST_HANDLER(name, item)                                        \
-    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {           \
+#define TR104_CODEC_LIST_HANDLER(name, item)                                          \
+    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {            \
         return tr104::device::listValue(tr104::device::item, nFlag, pValue, nLocate); \
     }
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "tr104/netcfg/device_internal.h"
+#include "tr104/device/device_internal.h"
 
 // Registration variants: the H.248 one belongs to the H.248 handlers, the SIP one to a process
 // that provides it.  Either may be absent; the wrapper then answers -1 for its protocol.
@@ -22,9 +22,9 @@ struct Switch {
     Signature sig;
     uint16_t getCmd;
     uint16_t setCmd;
-    const char *entry;    // "%d" nFlag and the value
+    const char *entry;  // "%d" nFlag and the value
     const char *failure;  // read failed
-    const char *done;     // read done ("%d" the value)
+    const char *done;  // read done ("%d" the value)
     const char *sendFailure;
 };
 
@@ -91,7 +91,9 @@ using namespace tr104::device;
 
 extern "C" {
 
-TR104_API int Tr104PrivateProtocolEnable(int nFlag, void *pValue) { return switchValue(kPrivateProtocol, nFlag, pValue); }
+TR104_API int Tr104PrivateProtocolEnable(int nFlag, void *pValue) {
+    return switchValue(kPrivateProtocol, nFlag, pValue);
+}
 TR104_API int Tr104PrivateIgnoreClearCfgEnable(int nFlag, void *pValue) {
     return switchValue(kIgnoreClearCfg, nFlag, pValue);
 }
@@ -134,10 +136,8 @@ TR104_API int Tr104VoiceOperation(int nFlag, void *pValue) {
     }
     const int operation = tr104::core::intValue(pValue);
     switch (operation) {
-    case kRegister:
-        return registerWithCallAgent(1);
-    case kUnregister:
-        return registerWithCallAgent(0);
+    case kRegister: return registerWithCallAgent(1);
+    case kUnregister: return registerWithCallAgent(0);
     case kRestart: {
         std::printf("[%s] system reboot...\n", "Tr104VoiceOperation");
         std::fflush(stdout);
@@ -147,9 +147,7 @@ TR104_API int Tr104VoiceOperation(int nFlag, void *pValue) {
         (void)status;
         return TR104_OK;
     }
-    default:
-        TR104_DEBUG("param error, *pOperation=%d\n", operation);
-        return TR104_ERR_PARAM;
+    default: TR104_DEBUG("param error, *pOperation=%d\n", operation); return TR104_ERR_PARAM;
     }
 }
 
