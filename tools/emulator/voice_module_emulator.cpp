@@ -593,7 +593,8 @@ Request VoiceModuleEmulator::logged(const Request &request) const {
     }
     constexpr size_t kPayloadAt = sizeof(uint32_t);  // the payload follows the command id in the text
     for (const Field &f : hidden->second) {
-        if (f.width == 0 || f.offset + f.width > out.payload.size()) {
+        // Compared without the sum, which wraps in a 32-bit size_t.
+        if (f.width == 0 || f.offset > out.payload.size() || f.width > out.payload.size() - f.offset) {
             continue;
         }
         char *at = out.payload.data() + f.offset;
