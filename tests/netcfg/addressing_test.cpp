@@ -141,14 +141,35 @@ TEST_F(Addressing, RefusedArgumentsSendNothing) {
         EXPECT_TRUE(printed(out, c.handler, c.message)) << out;
     }
     EXPECT_EQ(getTr104CfgParamInfoCfgFlag(0) | getTr104CfgParamInfoCfgFlag(7), 0) << "nothing staged";
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(Tr104VoiceIpAddr(1, &v, nullptr, &v, "eth0", nullptr), -2);
-    EXPECT_EQ(Tr104DnsIpAddr(3, &v, &v, nullptr), -2);
-    EXPECT_EQ(Tr104DhcpOption120(1, nullptr), -2);
-    const std::string out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(out.find("[Tr104VoiceIpAddr] param error, pIpAddr or pNetmask or pGateway is null!\r\n"),
-              std::string::npos)
-        << out;
+    // The writes straight onto the queue print a null pointer on standard output, debugging on or
+    // off; a bad nFlag there too, or only through the debug output (the DNS servers).
+    const struct {
+        int (*call)(uint32_t *v);
+        const char *message;
+        bool alwaysPrinted;
+    } direct[] = {
+        {[](uint32_t *v) { return Tr104VoiceIpAddr(1, v, nullptr, v, "eth0", nullptr); },
+         "[Tr104VoiceIpAddr] param error, pIpAddr or pNetmask or pGateway is null!\r\n", true},
+        {[](uint32_t *v) { return Tr104VoiceIpAddr(3, v, v, v, "eth0", nullptr); },
+         "[Tr104VoiceIpAddr] param error, nFlag[3]\n", true},
+        {[](uint32_t *v) { return Tr104DnsIpAddr(1, nullptr, v, nullptr); },
+         "[Tr104DnsIpAddr] param error, pDnsIp1 or pDnsIp2 is null!\r\n", true},
+        {[](uint32_t *v) { return Tr104DnsIpAddr(3, v, v, nullptr); }, "[Tr104DnsIpAddr,", false},
+        {[](uint32_t *) { return Tr104DhcpOption120(1, nullptr); },
+         "[Tr104DhcpOption120] param error, pOption120 is null!\r\n", true},
+        {[](uint32_t *) { return Tr104DhcpOption120(-1, "x"); }, "[Tr104DhcpOption120] param error, nFlag[-1]\n", true},
+    };
+    for (const auto &c : direct) {
+        SCOPED_TRACE(c.message);
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(c.call(&v), -2);
+        const std::string quiet = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(quiet.find(c.message) != std::string::npos, c.alwaysPrinted) << quiet;
+        const std::string out = debugOutput([&] { EXPECT_EQ(c.call(&v), -2); });
+        EXPECT_NE(out.find(c.message), std::string::npos) << out;
+    }
+    const std::string dns = debugOutput([&] { Tr104DnsIpAddr(3, &v, &v, nullptr); });
+    EXPECT_TRUE(printed(dns, "Tr104DnsIpAddr", "param error, nFlag[3]\n")) << dns;
     expectNothingSent();
 }
 

@@ -393,8 +393,8 @@ def collect():
     graph = Graph()
     exports = exported()
     recs = records()
-    startup = read(os.path.join(LIB, 'msg', 'startup.cpp'))
-    convention = read(os.path.join(LIB, 'framework', 'convention.cpp'))
+    startup = read(os.path.join(LIB, 'core', 'startup.cpp'))
+    convention = read(os.path.join(LIB, 'core', 'convention.cpp'))
 
     # Ids passed to a function that reads the reply.
     read_by_reply = set()

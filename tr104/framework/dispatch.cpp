@@ -12,7 +12,7 @@
 
 #include "tr104/channel.h"
 #include "tr104/framework.h"
-#include "tr104/framework/debug.h"
+#include "tr104/core/core.h"
 #include "tr104/framework/dispatch_table.h"
 #include "tr104/h248.h"
 #include "tr104/handlers.h"
@@ -173,19 +173,17 @@ extern "C" TR104_API int Tr104LineCallerIdFlag(int nFlag, void *pValue, int *nLo
     if (protocol != TR104_PROTOCOL_H248) {
         return -1;
     }
-    if (pValue == nullptr) {
-        TR104_DEBUG("param error, pLineCallerIdFlag is null\n");
-        return -2;
+    using tr104::core::Access;
+    using tr104::core::Locate;
+    if (const int rc = tr104::core::checkArguments({__func__, "pLineCallerIdFlag", Locate::None, Access::GetSet}, nFlag,
+                                                   pValue, nLocate);
+        rc != TR104_OK) {
+        return rc;
     }
     if (nFlag == 0) {
-        *static_cast<int *>(pValue) = 1;
-        return 0;
+        tr104::core::putInt(pValue, 1);
     }
-    if (nFlag == 1) {
-        return 0;
-    }
-    TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
-    return -2;
+    return 0;
 }
 
 // The line swap checks its arguments whatever the protocol, then goes to the SIP variant.

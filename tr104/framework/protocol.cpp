@@ -9,7 +9,7 @@
 #include <cstring>
 
 #include "tr104/framework.h"
-#include "tr104/framework/debug.h"
+#include "tr104/core/debug.h"
 
 extern "C" {
 TR104_API Tr104RefreshVoiceCfgFunc gRefreshVoiceConfigFunc = nullptr;

@@ -8,9 +8,9 @@
 namespace tr104::h248 {
 namespace {
 
-using sip::intValue;
-using sip::putInt;
-using sip::say;
+using core::intValue;
+using core::putInt;
+using core::say;
 
 constexpr Signature gw(const char *name, const char *valueName, Access access = Access::GetSet) {
     return Signature{name, valueName, Locate::None, access};
@@ -240,7 +240,7 @@ int maskedRule(const NameRule &r, int nFlag, char *pPrefix, uint32_t *pLength, u
             say(r.name, "get param failed\n");
             return TR104_ERR_EXCHANGE;
         }
-        sip::copyFieldText(pPrefix, data + r.prefix, TR104_H248_PREFIX_LEN);
+        core::copyFieldText(pPrefix, data + r.prefix, TR104_H248_PREFIX_LEN);
         *pLength = wordAt(data, r.length);
         *pStart = wordAt(data, r.start);
         *pFillFlag = wordAt(data, r.fill) != 1 ? 1u : 0u;
@@ -254,11 +254,11 @@ int maskedRule(const NameRule &r, int nFlag, char *pPrefix, uint32_t *pLength, u
             return TR104_ERR_PARAM;
         }
         std::memcpy(data, &r.mask, sizeof(r.mask));
-        sip::copyBounded(data + r.prefix, pPrefix, TR104_H248_PREFIX_LEN - 1);
+        core::copyBounded(data + r.prefix, pPrefix, TR104_H248_PREFIX_LEN - 1);
         putWord(data, r.length, *pLength);
         putWord(data, r.start, *pStart);
         putWord(data, r.fill, *pFillFlag == 0 ? 1u : 0u);
-        if (sip::sendRecord(r.name, data, r.block->len, r.block->setCmd) != TR104_OK) {
+        if (core::sendRecord(r.name, data, r.block->len, r.block->setCmd) != TR104_OK) {
             say(r.name, r.block->setError);
             return TR104_ERR_EXCHANGE;
         }
@@ -272,7 +272,7 @@ int maskedRule(const NameRule &r, int nFlag, char *pPrefix, uint32_t *pLength, u
 }  // namespace tr104::h248
 
 using namespace tr104::h248;
-namespace sip = tr104::sip;
+namespace core = tr104::core;
 
 TR104_API int Tr104PrimaryMGCH248(int nFlag, void *pValue) { return blockValue(kPrimaryMgc, nFlag, pValue, nullptr); }
 TR104_API int Tr104PrimaryMGCPortH248(int nFlag, void *pValue) {
@@ -402,7 +402,7 @@ TR104_API int Tr104EphNameRuleH248(int nFlag, char *pFirstPart, uint32_t *pStart
             say(kEphRule, "get param failed\n");
             return TR104_ERR_EXCHANGE;
         }
-        sip::copyFieldText(pFirstPart, block.aPrefix, TR104_FIELD_ROOM(Tr104H248EphNameBlock, aPrefix, unStart));
+        core::copyFieldText(pFirstPart, block.aPrefix, TR104_FIELD_ROOM(Tr104H248EphNameBlock, aPrefix, unStart));
         *pStart = block.unStart;
         *pEnd = block.unEnd;
         *pStep = block.unStep;
@@ -416,12 +416,12 @@ TR104_API int Tr104EphNameRuleH248(int nFlag, char *pFirstPart, uint32_t *pStart
             TR104_DEBUG_AS(kEphRule, "param error, pFillOrNot[%d]\n", static_cast<int>(*pFillOrNot));
             return TR104_ERR_PARAM;
         }
-        sip::copyBounded(block.aPrefix, pFirstPart, sizeof(block.aPrefix) - 1);
+        core::copyBounded(block.aPrefix, pFirstPart, sizeof(block.aPrefix) - 1);
         block.unStart = *pStart;
         block.unEnd = *pEnd;
         block.unStep = *pStep;
         std::memcpy(block.aTail, pFillOrNot, sizeof(*pFillOrNot));
-        if (sip::sendRecord(kEphRule, &block, sizeof(block), SET_EPH_NAME) != TR104_OK) {
+        if (core::sendRecord(kEphRule, &block, sizeof(block), SET_EPH_NAME) != TR104_OK) {
             say(kEphRule, kEphName.setError);
             return TR104_ERR_EXCHANGE;
         }
@@ -472,10 +472,10 @@ TR104_API int Tr104MgcRegisterH248(int, void *pRegister, char *pMgcAddr, int *) 
         say(kName, "param error, pMgcAddr is too long\n");
         return TR104_ERR_PARAM;
     }
-    sip::copyBounded(block.aMgcAddr[0], pMgcAddr, sizeof(block.aMgcAddr[0]) - 1);
+    core::copyBounded(block.aMgcAddr[0], pMgcAddr, sizeof(block.aMgcAddr[0]) - 1);
     block.usMask = 0x1;
     const unsigned int cmd = intValue(pRegister) == 1 ? REG_MGC_ID : UNREG_MGC_ID;
-    if (sip::sendRecord(kName, &block, sizeof(block), cmd) != TR104_OK) {
+    if (core::sendRecord(kName, &block, sizeof(block), cmd) != TR104_OK) {
         say(kName, "send msg REG_MGC or UNREG_MGC failed\n");
         return TR104_ERR_EXCHANGE;
     }

@@ -5,9 +5,9 @@
 namespace tr104::h248 {
 namespace {
 
-using sip::intValue;
-using sip::putInt;
-using sip::say;
+using core::intValue;
+using core::putInt;
+using core::say;
 
 constexpr uint32_t kMgcIndexOffset = offsetof(Tr104H248MgcBlock, unMgcIndex);
 
@@ -70,7 +70,7 @@ const TextMap kRegStates[] = {
 
 const TextMap *regState(const char *data, uint16_t offset, uint8_t width) {
     char state[64];
-    sip::copyFieldText(state, data + offset, width < sizeof(state) ? width : sizeof(state));
+    core::copyFieldText(state, data + offset, width < sizeof(state) ? width : sizeof(state));
     for (const TextMap &row : kRegStates) {
         if (std::strcmp(row.from, state) == 0) {
             return &row;
@@ -151,9 +151,9 @@ int getValue(const BlockValue &v, int nFlag, void *pValue, int line) {
         case Conv::MgcStatus:
             putInt(pValue, mgcStatus(raw));
             break;
-        case Conv::Text: sip::copyFieldText(text, data + offset, v.width); break;
+        case Conv::Text: core::copyFieldText(text, data + offset, v.width); break;
         case Conv::Codes: {
-            const TextCode *row = sip::findCode(v.codes, v.codeCount, static_cast<int>(raw));
+            const TextCode *row = core::findCode(v.codes, v.codeCount, static_cast<int>(raw));
             std::strcpy(text, (row != nullptr ? row : &v.codes[v.codeCount - 1])->text);
             break;
         }
@@ -176,7 +176,7 @@ int getValue(const BlockValue &v, int nFlag, void *pValue, int line) {
 // The block value of a set, or false after printing why the value is refused.
 bool encode(const BlockValue &v, const void *pValue, uint32_t *raw) {
     if (v.conv == Conv::Codes) {
-        const TextCode *row = sip::findText(v.codes, v.codeCount, static_cast<const char *>(pValue));
+        const TextCode *row = core::findText(v.codes, v.codeCount, static_cast<const char *>(pValue));
         if (row == nullptr) {
             TR104_DEBUG_AS(v.sig.name, v.rangeError, static_cast<const char *>(pValue));
             return false;
@@ -185,9 +185,9 @@ bool encode(const BlockValue &v, const void *pValue, uint32_t *raw) {
         return true;
     }
     const int value = intValue(pValue);
-    bool ok = sip::inRange(value, v.low, v.high);
+    bool ok = core::inRange(value, v.low, v.high);
     if (v.conv == Conv::Word && v.codes != nullptr) {
-        ok = sip::findCode(v.codes, v.codeCount, value) != nullptr;
+        ok = core::findCode(v.codes, v.codeCount, value) != nullptr;
     }
     if (!ok) {
         TR104_DEBUG_AS(v.sig.name, v.rangeError, value);
@@ -211,10 +211,10 @@ int setValue(const BlockValue &v, const void *pValue, int line) {
     if (v.conv == Conv::Text) {
         const char *text = static_cast<const char *>(pValue);
         if (strnlen(text, static_cast<size_t>(v.high) + 1) > static_cast<size_t>(v.high)) {
-            sip::say(v.sig.name, v.rangeError);
+            core::say(v.sig.name, v.rangeError);
             return TR104_ERR_PARAM;
         }
-        sip::copyBounded(data + offset, text, static_cast<size_t>(v.high));
+        core::copyBounded(data + offset, text, static_cast<size_t>(v.high));
     } else {
         uint32_t raw = 0;
         if (!encode(v, pValue, &raw)) {
@@ -233,7 +233,7 @@ int setValue(const BlockValue &v, const void *pValue, int line) {
     if (v.bit != 0) {
         writeAt(data, 0, 2, v.bit);
     }
-    if (sip::sendRecord(v.sig.name, data, v.block->len, v.block->setCmd) != TR104_OK) {
+    if (core::sendRecord(v.sig.name, data, v.block->len, v.block->setCmd) != TR104_OK) {
         TR104_DEBUG_AS(v.sig.name, v.block->setError, line);
         return TR104_ERR_EXCHANGE;
     }
@@ -265,20 +265,20 @@ int instanceOf(Where where, const int *nLocate) {
 
 int checkArgs(const Signature &sig, Where where, int nFlag, const void *pValue, const int *nLocate) {
     if (where != Where::Port) {
-        return sip::checkArguments(sig, nFlag, pValue, nLocate);
+        return core::checkArguments(sig, nFlag, pValue, nLocate);
     }
     const Signature unlocated{sig.name, sig.valueName, Locate::None, sig.access, sig.flagError};
     if (pValue != nullptr && (nLocate == nullptr || (nLocate[1] != 1 && nLocate[1] != 2))) {
         TR104_DEBUG_AS(sig.name, "param error, nLocate[1]=%d\n", nLocate != nullptr ? nLocate[1] : -1);
         return TR104_ERR_PARAM;
     }
-    return sip::checkArguments(unlocated, nFlag, pValue, nullptr);
+    return core::checkArguments(unlocated, nFlag, pValue, nullptr);
 }
 
 int fetchBlock(const char *name, const Block &block, void *data, Where where, int line) {
     std::memset(data, 0, block.len);
     placeInstance(static_cast<char *>(data), where, line);
-    return sip::readRecord(name, data, block.len, block.getCmd);
+    return core::readRecord(name, data, block.len, block.getCmd);
 }
 
 int blockValue(const BlockValue &v, int nFlag, void *pValue, int *nLocate) {
@@ -290,7 +290,7 @@ int blockValue(const BlockValue &v, int nFlag, void *pValue, int *nLocate) {
 }
 
 int heldValue(const HeldValue &v, int nFlag, void *pValue) {
-    if (const int rc = sip::checkArguments(v.sig, nFlag, pValue, nullptr); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(v.sig, nFlag, pValue, nullptr); rc != TR104_OK) {
         return rc;
     }
     const char *shown = v.shownName != nullptr ? v.shownName : v.sig.valueName;
@@ -298,15 +298,15 @@ int heldValue(const HeldValue &v, int nFlag, void *pValue) {
         char *held = static_cast<char *>(v.storage);
         char *text = static_cast<char *>(pValue);
         if (nFlag == 0) {
-            sip::copyBounded(text, held, v.size - 1u);
+            core::copyBounded(text, held, v.size - 1u);
         } else {
-            if (v.accepted != nullptr && sip::findText(v.accepted, v.acceptedCount, text) == nullptr) {
+            if (v.accepted != nullptr && core::findText(v.accepted, v.acceptedCount, text) == nullptr) {
                 TR104_DEBUG_AS(v.sig.name, v.rangeError, text);
                 return TR104_ERR_PARAM;
             }
             // Longer texts keep what the buffer holds.
             std::memset(held, 0, v.size);
-            sip::copyBounded(held, text, v.size - 1u);
+            core::copyBounded(held, text, v.size - 1u);
         }
         TR104_DEBUG_AS(v.sig.name, "nFlag[%d], %s[%s]\n", nFlag, shown, text);
         return TR104_OK;
@@ -316,7 +316,7 @@ int heldValue(const HeldValue &v, int nFlag, void *pValue) {
         putInt(pValue, *held);
     } else {
         const int value = intValue(pValue);
-        if (!v.anyValue && !sip::inRange(value, v.low, v.high)) {
+        if (!v.anyValue && !core::inRange(value, v.low, v.high)) {
             TR104_DEBUG_AS(v.sig.name, v.rangeError, value);
             return TR104_ERR_PARAM;
         }

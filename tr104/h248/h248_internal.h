@@ -10,7 +10,7 @@
 #include <cstring>
 
 #include "tr104/h248.h"
-#include "tr104/sip/sip_internal.h"
+#include "tr104/core/core.h"
 
 // The blocks are the voice module's layouts: the same offsets on the 64-bit host and on the
 // 32-bit device.
@@ -97,10 +97,10 @@ static_assert(offsetof(Tr104H248StatsBlock, unPacketUnknown) == 120);
 
 namespace tr104::h248 {
 
-using sip::Access;
-using sip::Locate;
-using sip::Signature;
-using sip::TextCode;
+using core::Access;
+using core::Locate;
+using core::Signature;
+using core::TextCode;
 
 // A block of the voice module with its commands.
 struct Block {

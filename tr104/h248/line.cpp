@@ -21,9 +21,9 @@
 namespace tr104::h248 {
 namespace {
 
-using sip::intValue;
-using sip::putInt;
-using sip::say;
+using core::intValue;
+using core::putInt;
+using core::say;
 
 constexpr Signature pw(const char *name, const char *valueName, Access access = Access::GetSet) {
     return Signature{name, valueName, Locate::None, access};
@@ -315,9 +315,9 @@ TR104_API int Tr104LineRegisterH248(int nFlag, void *pValue, int *nLocate) {
 // A get yields 0 without asking; a set of 1 resets the line's counters, any other value is
 // refused.
 TR104_API int Tr104LineResetStatisticsFlagH248(int nFlag, void *pValue, int *nLocate) {
-    static const tr104::sip::LineReset kReset{kResetStatistics, RESET_H248_LINE_STATISTICS_ID, TR104_ERR_PARAM,
-                                             "line[%d] reset statistics flag msg snd failed.\n"};
-    return tr104::sip::resetLineStatistics(kReset, nFlag, pValue, nLocate);
+    static const tr104::core::LineReset kReset{kResetStatistics, RESET_H248_LINE_STATISTICS_ID, TR104_ERR_PARAM,
+                                               "line[%d] reset statistics flag msg snd failed.\n"};
+    return tr104::core::resetLineStatistics(kReset, nFlag, pValue, nLocate);
 }
 
 // ---- Audio settings of the line's voice profile ------------------------------------------------

@@ -101,7 +101,7 @@ const BlockValue kPacketUnknown = ngnCounter("Tr104NgnPacketUnKnownH248", "pNgnP
 }  // namespace tr104::h248
 
 using namespace tr104::h248;
-namespace sip = tr104::sip;
+namespace core = tr104::core;
 
 #define TR104_LINE_COUNTER(name, desc) \
     TR104_API int name(int nFlag, void *pValue, int *nLocate) { return blockValue(desc, nFlag, pValue, nLocate); }
@@ -135,22 +135,22 @@ TR104_NGN_COUNTER(Tr104NgnPacketUnKnownH248, kPacketUnknown)
 TR104_API int Tr104LineTotalCallTimesH248(int nFlag, void *pValue, int *nLocate) {
     constexpr const char *kName = "Tr104LineTotalCallTimesH248";
     const Signature sig{kName, "pTotalCallTimes", Locate::Line, Access::GetOnly};
-    if (const int rc = sip::checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
     int incoming = 0;
     int outgoing = 0;
     if (Tr104LineIncomingCallsConnected(0, &incoming, nLocate) != TR104_OK) {
-        sip::say(kName, "\n get total incoming calls connected failed.\n");
+        core::say(kName, "\n get total incoming calls connected failed.\n");
         return TR104_ERR_EXCHANGE;
     }
     if (Tr104LineOutgoingCallsConnected(0, &outgoing, nLocate) != TR104_OK) {
-        sip::say(kName, "\n get total outgoing calls connected failed.\n");
+        core::say(kName, "\n get total outgoing calls connected failed.\n");
         return TR104_ERR_EXCHANGE;
     }
     // 32-bit counters add as the device's words do: past 2^31 the sum wraps, it never traps.
     const int total = static_cast<int>(static_cast<uint32_t>(incoming) + static_cast<uint32_t>(outgoing));
-    sip::putInt(pValue, total);
+    core::putInt(pValue, total);
     TR104_DEBUG_AS(kName, "get line[%d] total call times [%d].\n", nLocate[2], total);
     return TR104_OK;
 }

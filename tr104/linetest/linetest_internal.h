@@ -8,7 +8,7 @@
 
 #include "tr104/linetest.h"
 #include "tr104/protocol.h"
-#include "tr104/sip/sip_internal.h"
+#include "tr104/core/core.h"
 
 // The voice module's layouts: the same offsets on the 64-bit host and on the 32-bit device.
 static_assert(sizeof(Tr104PortRecord) == 276);
@@ -69,40 +69,19 @@ static_assert(offsetof(Tr104DialConfirmRecord, unResult) == 16);
 
 namespace tr104::linetest {
 
-using sip::Access;
-using sip::findCode;
-using sip::findText;
-using sip::intValue;
-using sip::putInt;
-using sip::readRecord;
-using sip::say;
-using sip::sendRecord;
-using sip::TextCode;
-
-// Which instance number a handler checks.
-enum class Scope : uint8_t {
-    Port,       // nLocate[1] in 1..2, "param error, nLocate[1]=%d\n"
-    PortAsLine, // nLocate[1] in 1..2, refused as "param error, nLocate[2]=%d\n" with nLocate[2]
-    PortNamedLine, // nLocate[1] in 1..2, refused as "param error, nLocate[2]=%d\n" with nLocate[1]
-    KcPort,     // nLocate[1] in 0..2, "param error, port is invaild\n"
-    Gateway,    // no nLocate
-};
-
-struct Sig {
-    const char *name;       // exported handler name
-    const char *valueName;  // "param error, %s is null\n"
-    Scope scope;
-    Access access;
-};
-
-// Null value, port, nFlag, in this order.  0 or -2.
-int check(const Sig &sig, int nFlag, const void *pValue, const int *nLocate);
-
-// The checks, then the port: the port (0..2), or the refusal (-2).
-inline int checkedPort(const Sig &sig, int nFlag, const void *pValue, const int *nLocate) {
-    const int rc = check(sig, nFlag, pValue, nLocate);
-    return rc != TR104_OK ? rc : nLocate[1];
-}
+using core::Access;
+using core::checkArguments;
+using core::checkedPort;
+using core::findCode;
+using core::findText;
+using core::intValue;
+using core::Locate;
+using core::putInt;
+using core::readRecord;
+using core::say;
+using core::sendRecord;
+using core::Signature;
+using core::TextCode;
 
 // The port of a handler that has passed its checks, and its entry in the per-port tables.
 inline int portOf(const int *nLocate) { return nLocate[1]; }
@@ -118,7 +97,7 @@ inline void putFloat(void *pValue, float v) { std::memcpy(pValue, &v, sizeof(v))
 enum class Accept : uint8_t { Any, Bool };
 
 struct Held {
-    Sig sig;
+    Signature sig;
     int32_t *values;     // two entries (per port) or one (gateway)
     Accept accept;
     bool valueFirst;     // messages print the value before the port

@@ -1,59 +1,22 @@
 // The analogue phone ports: names and identifiers, dial mode, dial-tone timing, polarity
 // reversal, the metering pulse (Kc) type, caller-id timing and the hook-flash times; and the
-// argument check and held-value body every handler of this area shares.
+// held-value body every handler of this area shares.
 #include <cstdio>
 
 #include "tr104/linetest/linetest_internal.h"
 
 namespace tr104::linetest {
 
-int check(const Sig &sig, int nFlag, const void *pValue, const int *nLocate) {
-    if (pValue == nullptr) {
-        TR104_DEBUG_AS(sig.name, "param error, %s is null\n", sig.valueName);
-        return TR104_ERR_PARAM;
-    }
-    if (sig.scope != Scope::Gateway) {
-        if (nLocate == nullptr) {
-            say(sig.name, "param error, nLocate is null\n");
-            return TR104_ERR_PARAM;
-        }
-        const int port = nLocate[1];
-        if (sig.scope == Scope::KcPort) {
-            // The Kc type alone admits port 0, passed on to the voice module as it is.
-            if (static_cast<unsigned int>(port) >= 3u) {
-                say(sig.name, "param error, port is invaild\n");
-                return TR104_ERR_PARAM;
-            }
-        } else if (port != 1 && port != 2) {
-            // The port name reports the refused port as the line number it once was.
-            if (sig.scope == Scope::PortAsLine) {
-                TR104_DEBUG_AS(sig.name, "param error, nLocate[2]=%d\n", nLocate[2]);
-            } else if (sig.scope == Scope::PortNamedLine) {
-                TR104_DEBUG_AS(sig.name, "param error, nLocate[2]=%d\n", port);
-            } else {
-                TR104_DEBUG_AS(sig.name, "param error, nLocate[1]=%d\n", port);
-            }
-            return TR104_ERR_PARAM;
-        }
-    }
-    const bool served = (nFlag == 0 && sig.access != Access::SetOnly) || (nFlag == 1 && sig.access != Access::GetOnly);
-    if (!served) {
-        TR104_DEBUG_AS(sig.name, "param error, nFlag[%d]\n", nFlag);
-        return TR104_ERR_PARAM;
-    }
-    return TR104_OK;
-}
-
 int held(const Held &h, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check(h.sig, nFlag, pValue, nLocate);
+    const int rc = checkArguments(h.sig, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }
     if (h.entry != nullptr) {
         TR104_DEBUG_AS(h.sig.name, h.entry, nFlag, intValue(pValue));
     }
-    const int port = h.sig.scope == Scope::Gateway ? 0 : portOf(nLocate);
-    int32_t &entry = h.values[h.sig.scope == Scope::Gateway ? 0 : port - 1];
+    const int port = h.sig.locate == Locate::None ? 0 : portOf(nLocate);
+    int32_t &entry = h.values[h.sig.locate == Locate::None ? 0 : port - 1];
     const auto print = [&](const char *format, int value) {
         if (h.valueFirst) {
             TR104_DEBUG_AS(h.sig.name, format, value, port);
@@ -88,27 +51,26 @@ const TextCode kDialModes[] = {{"First", 0}, {"DTMF", 1}, {"Pulse", 2}};
 const TextCode kKcTypes[] = {{"16Kc", 0}, {"12Kc", 1}, {"disable", 2}};
 const TextCode kClipWhen[] = {{"AfterRing", 0}, {"BeforeRing", 1}};
 
-const Held kReversePole{{"Tr104PhysicalInterfaceReversePoleH248", "pReversePoleEnable", Scope::Port, Access::GetSet},
+const Held kReversePole{{"Tr104PhysicalInterfaceReversePoleH248", "pReversePoleEnable", Locate::Port, Access::GetSet},
                         gReversePole,
                         Accept::Bool,
                         true,
                         "nFlag[0], *pReversePoleEnable[%d], nLocate[1]=%d\n",
                         "nFlag[1], *pReversePoleEnable[%d], nLocate[1]=%d\n",
                         "ReversePole param error \n"};
-const Held kClipReversePole{
-    {"Tr104PhysicalInterfaceClipReversePole", "pClipReversePole", Scope::Gateway, Access::GetSet},
-    gClipReversePole,
-    Accept::Bool,
-    true,
-    "get *pClipReversePole[%d]\n",
-    "set *pClipReversePole[%d]\n",
-    " ClipReversePole param error.\n",
-    "nFlag[%d], *pClipReversePole[%d]"};
+const Held kClipReversePole{{"Tr104PhysicalInterfaceClipReversePole", "pClipReversePole", Locate::None, Access::GetSet},
+                            gClipReversePole,
+                            Accept::Bool,
+                            true,
+                            "get *pClipReversePole[%d]\n",
+                            "set *pClipReversePole[%d]\n",
+                            " ClipReversePole param error.\n",
+                            "nFlag[%d], *pClipReversePole[%d]"};
 
 // Dial mode: one body for both protocols.  The port record and its dial-mode byte belong to
 // the analogue port, not to the signalling stack, so the same exchange serves SIP and H.248.
 int dialMode(const char *name, int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({name, "pDialMode", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int port = checkedPort({name, "pDialMode", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -165,7 +127,7 @@ const Flash kFlashDown{"Tr104PhysicalInterfaceFlashDownTime", "pFlashDownTime", 
                        "nFlag[%d], *pFlashDownTime[%d]\n"};
 
 int flashTime(const Flash &f, int nFlag, void *pValue) {
-    const int rc = check({f.name, f.valueName, Scope::Gateway, Access::GetSet}, nFlag, pValue, nullptr);
+    const int rc = checkArguments({f.name, f.valueName, Locate::None, Access::GetSet}, nFlag, pValue, nullptr);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -202,7 +164,7 @@ int flashTime(const Flash &f, int nFlag, void *pValue) {
 // A text chosen from a short list and kept in library memory.
 int clipWhen(int nFlag, void *pValue) {
     constexpr const char *name = "Tr104PhysicalInterfaceClipWhen";
-    const int rc = check({name, "pClipWhen", Scope::Gateway, Access::GetSet}, nFlag, pValue, nullptr);
+    const int rc = checkArguments({name, "pClipWhen", Locate::None, Access::GetSet}, nFlag, pValue, nullptr);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -228,7 +190,8 @@ int clipWhen(int nFlag, void *pValue) {
 using namespace tr104::linetest;
 
 TR104_API int Tr104PhysicalInterfacePort(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pPhyInterfacePort", Scope::PortAsLine, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int rc =
+        checkArguments({__func__, "pPhyInterfacePort", Locate::PortAsLine, Access::GetOnly}, nFlag, pValue, nLocate);
     if (rc == TR104_OK) {
         putText(pValue, kPortNames[slotOf(nLocate)]);
     }
@@ -236,7 +199,7 @@ TR104_API int Tr104PhysicalInterfacePort(int nFlag, void *pValue, int *nLocate) 
 }
 
 TR104_API int Tr104PhysicalInterfaceID(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pPhyInterfaceID", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({__func__, "pPhyInterfaceID", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (rc == TR104_OK) {
         putInt(pValue, kPortIds[slotOf(nLocate)]);
     }
@@ -252,7 +215,8 @@ TR104_API int Tr104PhysicalInterfaceDialModeH248(int nFlag, void *pValue, int *n
 }
 
 TR104_API int Tr104PhysicalInterfaceTestDialToneDrawTimeH248(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pDialToneDrawTime", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int port =
+        checkedPort({__func__, "pDialToneDrawTime", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -271,7 +235,8 @@ TR104_API int Tr104PhysicalInterfaceTestDialToneDrawTimeH248(int nFlag, void *pV
 }
 
 TR104_API int Tr104PhysicalInterfaceTestDialToneBreakTime(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pDialToneBreakTime", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int rc =
+        checkArguments({__func__, "pDialToneBreakTime", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (rc == TR104_OK) {
         putFloat(pValue, 0.0f);
         TR104_DEBUG("nFlag[%d], *pDialToneBreakTime[%f], nLocate[1]=%d\n", nFlag, 0.0, portOf(nLocate));
@@ -284,7 +249,7 @@ TR104_API int Tr104PhysicalInterfaceReversePoleH248(int nFlag, void *pValue, int
 }
 
 TR104_API int Tr104PhysicalInterfaceKcType(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pKcType", Scope::KcPort, Access::GetSet}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({__func__, "pKcType", Locate::KcPort, Access::GetSet}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }

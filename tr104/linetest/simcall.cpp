@@ -49,7 +49,7 @@ struct Answer {
 };
 
 int answer(const Answer &a, int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({a.name, a.valueName, Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int port = checkedPort({a.name, a.valueName, Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -114,7 +114,7 @@ const Answer kFailedRspCode{"Tr104SmultFailedRspCode", "pFailedRspCode",
                                     return;
                                 }
                                 TR104_DEBUG_AS(name, "get port[%d] Smult fail response code [%d].\n", port,
-                                               sip::intValue(v));
+                                               core::intValue(v));
                             }};
 
 // ---- Dial confirm ------------------------------------------------------------------------------
@@ -140,7 +140,7 @@ bool confirmDigit(const char *text) {
 }
 
 int dialConfirm(const Confirm &c, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({c.name, c.valueName, Scope::Port, c.access}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({c.name, c.valueName, Locate::Port, c.access}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -183,8 +183,12 @@ int dialConfirm(const Confirm &c, int nFlag, void *pValue, int *nLocate) {
     return TR104_OK;
 }
 
-const Held kTimeout{{"Tr104SmultTimeout", "pTimeout", Scope::Port, Access::GetSet}, gSmultTimeout, Accept::Any,
-                    false, "get line[%d] *pTimeout[%d]\n", "set line[%d] *pTimeout[%d]\n"};
+const Held kTimeout{{"Tr104SmultTimeout", "pTimeout", Locate::Port, Access::GetSet},
+                    gSmultTimeout,
+                    Accept::Any,
+                    false,
+                    "get line[%d] *pTimeout[%d]\n",
+                    "set line[%d] *pTimeout[%d]\n"};
 
 }  // namespace
 
@@ -259,7 +263,8 @@ TR104_API int getSmultParam(Tr104SmultParam *pSultParam) {
 }
 
 TR104_API int Tr104SmultTestType(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pTestType", Scope::PortNamedLine, Access::GetSet}, nFlag, pValue, nLocate);
+    const int port =
+        checkedPort({__func__, "pTestType", Locate::PortNamedLine, Access::GetSet}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -285,7 +290,7 @@ TR104_API int Tr104SmultTestType(int nFlag, void *pValue, int *nLocate) {
 }
 
 TR104_API int Tr104SmultCalledNum(int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({__func__, "pTelNum", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({__func__, "pTelNum", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }

@@ -174,12 +174,12 @@ int fieldValue(const FieldValue &f, int nFlag, void *pValue) {
     uint8_t block[kLargestBlock] = {};
     uint8_t *field = block + f.offset;
     if (nFlag == 0) {
-        if (getPayload(block, f.len, f.getCmd) != TR104_OK) {
+        if (readRecord(f.name, block, f.len, f.getCmd) != TR104_OK) {
             say(f.name, f.getError);
             return TR104_ERR_EXCHANGE;
         }
         if (text) {
-            const size_t n = sip::fieldTextLength(reinterpret_cast<const char *>(field), f.textWidth);
+            const size_t n = core::fieldTextLength(reinterpret_cast<const char *>(field), f.textWidth);
             std::memcpy(textValue, field, n);
             if (f.width == Width::Text) {
                 textValue[n] = '\0';
@@ -217,7 +217,7 @@ int fieldValue(const FieldValue &f, int nFlag, void *pValue) {
         }
     }
     std::memcpy(block, &f.bit, sizeof(f.bit));
-    if (sendPayload(block, f.len, f.setCmd) != TR104_OK) {
+    if (sendRecord(f.name, block, f.len, f.setCmd) != TR104_OK) {
         say(f.name, f.sendError);
         return TR104_ERR_EXCHANGE;
     }
@@ -235,7 +235,7 @@ int dnsServer(const char *name, uint32_t index, int nFlag, void *pDnsIp) {
     Tr104DnsPayload payload{};
     payload.unIndex = index;
     if (nFlag == 0) {
-        if (getPayload(&payload, sizeof(payload), TR104_GET_DNS_SERVER_ID) != TR104_OK) {
+        if (readRecord(name, &payload, sizeof(payload), TR104_GET_DNS_SERVER_ID) != TR104_OK) {
             say(name, "get dns ip failed.\n");
             return TR104_ERR_EXCHANGE;
         }
@@ -248,7 +248,7 @@ int dnsServer(const char *name, uint32_t index, int nFlag, void *pDnsIp) {
         return TR104_ERR_PARAM;
     }
     payload.unServer = static_cast<uint32_t>(intValue(pDnsIp));
-    if (sendPayload(&payload, sizeof(payload), TR104_ADD_DNS_SERVER_ID) != TR104_OK) {
+    if (sendRecord(name, &payload, sizeof(payload), TR104_ADD_DNS_SERVER_ID) != TR104_OK) {
         say(name, "ADD_DNS_SERVER_ID msg snd failed.\n");
         return TR104_ERR_EXCHANGE;
     }
@@ -290,7 +290,7 @@ extern "C" TR104_API int Tr104AcsUrlConfig(int nFlag, void *pAcsUrl) {
     char *url = static_cast<char *>(pAcsUrl);
     TR104_DEBUG("nFlag[%d], *pAcsUrl[%d]\n", nFlag, url[0]);
     if (nFlag == 0) {
-        if (getText(url, 256, TR104_GET_ACS_URL_ID) != TR104_OK) {
+        if (readText(__func__, url, 256, TR104_GET_ACS_URL_ID) != TR104_OK) {
             TR104_DEBUG("get ACS URL failed.\n");
             return TR104_ERR_EXCHANGE;
         }
@@ -315,7 +315,7 @@ extern "C" TR104_API int Tr104DhcpEnable(int nFlag, void *pDhcpEnableFlag) {
     TR104_DEBUG("nFlag[%d], *pDhcpEnableFlag[%d]\n", nFlag, value);
     if (nFlag == 0) {
         uint8_t payload[TR104_DHCP_PAYLOAD_LEN] = {};
-        if (getPayload(payload, sizeof(payload), TR104_GET_DHCP_ID) != TR104_OK) {
+        if (readRecord(__func__, payload, sizeof(payload), TR104_GET_DHCP_ID) != TR104_OK) {
             TR104_DEBUG("get dhcp enable flag error\n");
             return TR104_ERR_EXCHANGE;
         }
@@ -328,7 +328,8 @@ extern "C" TR104_API int Tr104DhcpEnable(int nFlag, void *pDhcpEnableFlag) {
         TR104_DEBUG(kFlagError, nFlag);
         return TR104_ERR_PARAM;
     }
-    if (sendPayload(nullptr, 0, value == 1 ? TR104_SET_DHCP_ENABLE_ID : TR104_SET_DHCP_DISABLE_ID) != TR104_OK) {
+    if (sendRecord(__func__, nullptr, 0, value == 1 ? TR104_SET_DHCP_ENABLE_ID : TR104_SET_DHCP_DISABLE_ID) !=
+        TR104_OK) {
         TR104_DEBUG("SET_DHCP_ENABLE_ID or SET_DHCP_DISABLE_ID msg snd failed.\n");
         return TR104_ERR_EXCHANGE;
     }

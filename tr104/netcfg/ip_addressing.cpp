@@ -53,7 +53,7 @@ int ipWord(const IpWord &w, int nFlag, void *pValue) {
     const uint32_t value = static_cast<uint32_t>(intValue(pValue));
     TR104_DEBUG_AS(w.name, w.entry, nFlag, value);
     Tr104Msg msg;
-    handRecord(&msg);
+    core::fillRequestRecord(&msg);
     if (nFlag == 0) {
         Tr104IpConfigPayload payload{};
         if (CfgPreHandleGetParam(&msg, &payload, sizeof(payload), TR104_GET_DEVICE_IP_ID) != 0) {
@@ -75,7 +75,7 @@ int ipWord(const IpWord &w, int nFlag, void *pValue) {
 // Reads the three words of one traffic class in a single get.
 int readTriple(const char *name, const char *getError, uint32_t *a, uint32_t *m, uint32_t *g, bool rtp) {
     Tr104IpConfigPayload payload{};
-    if (getPayload(&payload, sizeof(payload), TR104_GET_DEVICE_IP_ID) != TR104_OK) {
+    if (readRecord(name, &payload, sizeof(payload), TR104_GET_DEVICE_IP_ID) != TR104_OK) {
         say(name, getError);
         return TR104_ERR_EXCHANGE;
     }
@@ -122,7 +122,7 @@ extern "C" TR104_API int setIpConfig(Tr104Msg *msg, void *paramBuffer) {
     if (bits & kAddrBit) payload.unVoiceAddr = staged.unVoiceAddr;
     if (bits & kMaskBit) payload.unVoiceMask = staged.unVoiceMask;
     if (bits & kGatewayBit) payload.unVoiceGateway = staged.unVoiceGateway;
-    if (sendPayload(msg, &payload, sizeof(payload), TR104_SET_DEVICE_IP_ID) != TR104_OK) {
+    if (sendRecord(msg, &payload, sizeof(payload), TR104_SET_DEVICE_IP_ID) != TR104_OK) {
         TR104_DEBUG("SET_DEVICE_IP_ID msg snd failed.\n");
         return TR104_ERR_EXCHANGE;
     }
@@ -186,7 +186,7 @@ extern "C" TR104_API int Tr104RtpIpParamConfig(int nFlag, uint32_t *pRtpIp, uint
     payload.unRtpAddr = *pRtpIp;
     payload.unRtpMask = *pRtpMask;
     payload.unRtpGateway = *pRtpGw;
-    if (sendPayload(&payload, sizeof(payload), TR104_SET_DEVICE_IP_ID) != TR104_OK) {
+    if (sendRecord(__func__, &payload, sizeof(payload), TR104_SET_DEVICE_IP_ID) != TR104_OK) {
         TR104_DEBUG("send msg SET_DEVICE_IP_ID failed\n");
         return TR104_ERR_EXCHANGE;
     }
@@ -266,7 +266,7 @@ extern "C" TR104_API int VoipPrivateIpCfg(int nOltNo, int nOnuNo, uint32_t unIpA
     }
     uint8_t payload[6] = {olt, onu};
     std::memcpy(payload + 2, &unIpAddr, sizeof(unIpAddr));
-    if (sendPayload(&msg, payload, sizeof(payload), TR104_SET_PRI_IP_CFG_ID) != TR104_OK) {
+    if (sendRecord(&msg, payload, sizeof(payload), TR104_SET_PRI_IP_CFG_ID) != TR104_OK) {
         // What puts returns, not -1: callers have always seen this.
         return puts("\r\nmsgSndAndRcv SET_PRI_IP_CFG_ID return failed.\r");
     }

@@ -1,4 +1,4 @@
-// Record and exchanges of the voice network handlers.
+// The exchanges of the voice network handlers that go straight onto the request queue.
 #include <sys/msg.h>
 
 #include <cstdio>
@@ -6,37 +6,6 @@
 #include "tr104/netcfg/netcfg_internal.h"
 
 namespace tr104::netcfg {
-
-void handRecord(Tr104Msg *msg) {
-    std::memset(msg, 0, sizeof(*msg));
-    msg->cmd_type = static_cast<uint32_t>(gCurrentModule);
-    msg->semId = gTr104RcvMsgQueueSemId;
-    msg->sndQueueId = gTr104SndMsgQueueId;
-    msg->rcvQueueId = gTr104RcvOutMsgQueueId;
-}
-
-int getPayload(void *payload, unsigned int len, unsigned int cmd) {
-    Tr104Msg msg;
-    handRecord(&msg);
-    return CfgPreHandleGetParam(&msg, payload, len, cmd) == 0 ? TR104_OK : TR104_ERR_EXCHANGE;
-}
-
-int getText(char *dst, unsigned int len, unsigned int cmd) {
-    Tr104Msg msg;
-    handRecord(&msg);
-    return CfgPreHandleGetStringParam(&msg, dst, len, static_cast<int>(cmd)) == 0 ? TR104_OK : TR104_ERR_EXCHANGE;
-}
-
-int sendPayload(Tr104Msg *msg, const void *payload, unsigned int len, unsigned int cmd) {
-    msg->cmd_type = static_cast<uint32_t>(gCurrentModule);
-    msg->cmd = cmd;
-    std::memset(msg->cfgBuffer, 0, sizeof(msg->cfgBuffer));
-    std::memset(msg->rspBuffer, 0, sizeof(msg->rspBuffer));
-    if (payload != nullptr) {
-        std::memcpy(msg->cfgBuffer, payload, len < TR104_CFG_BUFFER_LEN ? len : TR104_CFG_BUFFER_LEN);
-    }
-    return msgSndAndRcvSem(msg, 1) == -1 ? TR104_ERR_EXCHANGE : TR104_OK;
-}
 
 int sendDirect(unsigned int cmd, const void *payload, size_t len) {
     Tr104WireMsg wire;
@@ -49,22 +18,16 @@ int sendDirect(unsigned int cmd, const void *payload, size_t len) {
 }
 
 int directChecks(const char *name, bool present, const char *nullMessage, int nFlag, bool flagOnStdout) {
-    if (!present) {
-        printf(nullMessage, name);
-        return TR104_ERR_PARAM;
+    const core::Signature sig{name,
+                              nullMessage,
+                              core::Locate::None,
+                              core::Access::GetSet,
+                              flagOnStdout ? "[%s] param error, nFlag[%d]\n" : "param error, nFlag[%d]\n",
+                              flagOnStdout ? core::Report::Stdout : core::Report::NullOnStdout};
+    if (const int rc = core::checkArguments(sig, nFlag, present ? &present : nullptr, nullptr); rc != TR104_OK) {
+        return rc;
     }
-    if (nFlag == 0) {
-        return TR104_OK;
-    }
-    if (nFlag != 1) {
-        if (flagOnStdout) {
-            printf("[%s] param error, nFlag[%d]\n", name, nFlag);
-        } else {
-            TR104_DEBUG_AS(name, "param error, nFlag[%d]\n", nFlag);
-        }
-        return TR104_ERR_PARAM;
-    }
-    return 1;
+    return nFlag == 1 ? 1 : TR104_OK;
 }
 
 uint32_t portOf(const uint32_t *pPort) {
@@ -89,7 +52,7 @@ int smallValue(const SmallValue &v, int nFlag, void *pValue) {
     TR104_DEBUG_AS(v.name, v.entry, nFlag, current());
     uint8_t payload[4] = {};
     if (nFlag == 0) {
-        if (getPayload(payload, v.width, v.getCmd) != TR104_OK) {
+        if (readRecord(v.name, payload, v.width, v.getCmd) != TR104_OK) {
             say(v.name, v.getError);
             return TR104_ERR_EXCHANGE;
         }
@@ -102,7 +65,7 @@ int smallValue(const SmallValue &v, int nFlag, void *pValue) {
         return TR104_ERR_PARAM;
     }
     std::memcpy(payload, pValue, v.width);
-    if (sendPayload(payload, v.width, v.setCmd) != TR104_OK) {
+    if (sendRecord(v.name, payload, v.width, v.setCmd) != TR104_OK) {
         say(v.name, v.sendError);
         return TR104_ERR_EXCHANGE;
     }

@@ -1,15 +1,13 @@
 // Shared pieces of the voice network handlers: the payload layouts checked against the voice
-// module's, the hand-built record every handler uses, and the exchanges over it.
+// module's, and the exchanges that go straight onto the request queue.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "tr104/framework.h"
-#include "tr104/framework/debug.h"
 #include "tr104/netcfg.h"
-#include "tr104/sip/sip_internal.h"
+#include "tr104/core/core.h"
 
 static_assert(sizeof(Tr104IpConfigPayload) == 276);
 static_assert(offsetof(Tr104IpConfigPayload, unVoiceAddr) == 4);
@@ -69,23 +67,13 @@ static_assert(offsetof(Tr104NumberTable, aNumbers) == 80);
 
 namespace tr104::netcfg {
 
-using sip::intValue;
-using sip::putInt;
-using sip::say;
+using core::intValue;
+using core::putInt;
+using core::readRecord;
+using core::readText;
+using core::say;
+using core::sendRecord;
 
-// The record as these handlers build it: cleared, the module number and this process's channel.
-void handRecord(Tr104Msg *msg);
-// A get of payload (len bytes, sent as the request and overwritten by the reply).  0 or -1.
-int getPayload(void *payload, unsigned int len, unsigned int cmd);
-// A text of at most len bytes through the string get.  0 or -1.
-int getText(char *dst, unsigned int len, unsigned int cmd);
-// The payload sent as cmd on msg (or a fresh hand-built record), without waiting.  0 or -1.
-int sendPayload(Tr104Msg *msg, const void *payload, unsigned int len, unsigned int cmd);
-inline int sendPayload(const void *payload, unsigned int len, unsigned int cmd) {
-    Tr104Msg msg;
-    handRecord(&msg);
-    return sendPayload(&msg, payload, len, cmd);
-}
 // Straight onto the request queue with msgsnd, IPC_NOWAIT: no lock, no reply.  0 or -1.
 int sendDirect(unsigned int cmd, const void *payload, size_t len);
 // The checks of a handler that sends straight onto the queue and does nothing on a get: the

@@ -58,7 +58,7 @@ int numberTable(const NumberTable &t, int nFlag, char *pNum, char *pType, int *n
     if (gTr104CfgDebug) {
         char shown[TR104_NUMBER_MAX_LEN + 1] = {};
         if (pNum != nullptr && nFlag != 0) {
-            sip::copyBounded(shown, pNum, TR104_NUMBER_MAX_LEN);
+            core::copyBounded(shown, pNum, TR104_NUMBER_MAX_LEN);
         }
         TR104_DEBUG_AS(t.name, "nFlag[%d], %s[%s], %s[%c] nLocate[2]=%d\n", nFlag, t.numberName, shown, t.typeName,
                        *pType, nLocate != nullptr ? nLocate[2] : 0);
@@ -66,13 +66,13 @@ int numberTable(const NumberTable &t, int nFlag, char *pNum, char *pType, int *n
     Tr104NumberTable table{};
     if (nFlag == 0) {
         // The entry is an index into the reply's ten numbers: outside 1..10 it names none.
-        if (nLocate == nullptr || !sip::inRange(nLocate[2], 1, TR104_NUMBER_ENTRIES)) {
+        if (nLocate == nullptr || !core::inRange(nLocate[2], 1, TR104_NUMBER_ENTRIES)) {
             TR104_DEBUG_AS(t.name, "param error, nLocate[2]=%d\n", nLocate != nullptr ? nLocate[2] : 0);
             return TR104_ERR_PARAM;
         }
         const int entry = nLocate[2];
         table.ucEntry = static_cast<uint8_t>(entry);
-        if (getPayload(&table, sizeof(table), t.getCmd) != TR104_OK) {
+        if (readRecord(t.name, &table, sizeof(table), t.getCmd) != TR104_OK) {
             TR104_DEBUG_AS(t.name, "get the [%d] %s num failed.\n", entry, t.what);
             return TR104_ERR_EXCHANGE;
         }
@@ -83,7 +83,7 @@ int numberTable(const NumberTable &t, int nFlag, char *pNum, char *pType, int *n
         } else {
             // Copied without its terminator, as callers have always had it: they clear the buffer.
             const char *number = table.aNumbers[entry - 1];
-            std::memcpy(pNum, number, sip::fieldTextLength(number, sizeof(table.aNumbers[0])));
+            std::memcpy(pNum, number, core::fieldTextLength(number, sizeof(table.aNumbers[0])));
             *pType = table.aTypes[entry - 1];
         }
         TR104_DEBUG_AS(t.name, "\n get the [%d] %s num [%.20s] %s type[%c]\n", entry, t.what, pNum, t.what, *pType);
@@ -106,7 +106,7 @@ int numberTable(const NumberTable &t, int nFlag, char *pNum, char *pType, int *n
     } else {
         table.ucDeleteAll = 1;
     }
-    if (sendPayload(&table, sizeof(table), nFlag == 1 ? t.addCmd : t.deleteCmd) != TR104_OK) {
+    if (sendRecord(t.name, &table, sizeof(table), nFlag == 1 ? t.addCmd : t.deleteCmd) != TR104_OK) {
         say(t.name, nFlag == 1 ? t.addFailed : t.deleteFailed);
         return TR104_ERR_EXCHANGE;
     }

@@ -88,7 +88,7 @@ int timeText(const TimeText &t, int nFlag, void *pValue) {
     }
     if (nFlag == 0) {
         if (t.offset == 0) {
-            if (getText(text, t.room, t.getCmd) != TR104_OK) {
+            if (readText(t.name, text, t.room, t.getCmd) != TR104_OK) {
                 say(t.name, t.getError);
                 return TR104_ERR_EXCHANGE;
             }
@@ -96,11 +96,11 @@ int timeText(const TimeText &t, int nFlag, void *pValue) {
             return TR104_OK;
         }
         char block[sizeof(Block)] = {};
-        if (getPayload(block, sizeof(block), t.getCmd) != TR104_OK) {
+        if (readRecord(t.name, block, sizeof(block), t.getCmd) != TR104_OK) {
             say(t.name, t.getError);
             return TR104_ERR_EXCHANGE;
         }
-        tr104::sip::copyFieldText(text, block + t.offset, t.room);
+        tr104::core::copyFieldText(text, block + t.offset, t.room);
         TR104_DEBUG_AS(t.name, t.getDone, text);
         return TR104_OK;
     }
@@ -109,8 +109,8 @@ int timeText(const TimeText &t, int nFlag, void *pValue) {
         return TR104_ERR_PARAM;
     }
     char block[sizeof(Block)] = {};
-    tr104::sip::copyBounded(block + t.offset, text, sizeof(block) - t.offset - 1u);
-    if (sendPayload(block, sizeof(block), t.setCmd) != TR104_OK) {
+    tr104::core::copyBounded(block + t.offset, text, sizeof(block) - t.offset - 1u);
+    if (sendRecord(t.name, block, sizeof(block), t.setCmd) != TR104_OK) {
         say(t.name, t.sendError);
         return TR104_ERR_EXCHANGE;
     }
@@ -159,7 +159,7 @@ extern "C" TR104_API int Tr104TimeLocalTimeZone(int nFlag, void *pLocalTimeZone)
     TR104_DEBUG("nFlag[%d], pLocalTimeZone[%s]\n", nFlag, nFlag == 1 ? text : "");
     char block[TR104_TIME_PAYLOAD_LEN] = {};
     if (nFlag == 0) {
-        if (getPayload(block, sizeof(block), TR104_GET_TIME_ZONE_ID) != TR104_OK) {
+        if (readRecord(__func__, block, sizeof(block), TR104_GET_TIME_ZONE_ID) != TR104_OK) {
             TR104_DEBUG("get Local Time Zone error \n");
             return TR104_ERR_EXCHANGE;
         }
@@ -182,8 +182,8 @@ extern "C" TR104_API int Tr104TimeLocalTimeZone(int nFlag, void *pLocalTimeZone)
     const int hours = 10 * (text[1] - '0') + (text[2] - '0');
     const int minutes = 10 * (text[4] - '0') + (text[5] - '0');
     const int seconds = (hours * 3600 + minutes * 60) * (text[0] == '-' ? -1 : 1);
-    tr104::sip::putInt(block + TR104_TIME_OFFSET_AT, seconds);
-    if (sendPayload(block, sizeof(block), TR104_SET_TIME_ZONE_ID) != TR104_OK) {
+    tr104::core::putInt(block + TR104_TIME_OFFSET_AT, seconds);
+    if (sendRecord(__func__, block, sizeof(block), TR104_SET_TIME_ZONE_ID) != TR104_OK) {
         TR104_DEBUG("SET_NTP_LocalTimeZone_ID msg snd failed.\n");
         return TR104_ERR_EXCHANGE;
     }
@@ -199,7 +199,7 @@ extern "C" TR104_API int Tr104TimeLocalTimeZoneName(int nFlag, void *pLocalTimeZ
     char *text = static_cast<char *>(pLocalTimeZoneName);
     TR104_DEBUG("nFlag[%d], pLocalTimeZoneName[%s]\n", nFlag, nFlag == 1 ? text : "");
     if (nFlag == 0) {
-        tr104::sip::copyBounded(text, gLocalTimeZoneName, sizeof(gLocalTimeZoneName) - 1);
+        tr104::core::copyBounded(text, gLocalTimeZoneName, sizeof(gLocalTimeZoneName) - 1);
         TR104_DEBUG("get Local Time Zone Name [%s] \n", text);
         return TR104_OK;
     }
@@ -212,6 +212,6 @@ extern "C" TR104_API int Tr104TimeLocalTimeZoneName(int nFlag, void *pLocalTimeZ
         return TR104_ERR_PARAM;
     }
     std::memset(gLocalTimeZoneName, 0, sizeof(gLocalTimeZoneName));
-    tr104::sip::copyBounded(gLocalTimeZoneName, text, sizeof(gLocalTimeZoneName) - 1);
+    tr104::core::copyBounded(gLocalTimeZoneName, text, sizeof(gLocalTimeZoneName) - 1);
     return TR104_OK;
 }

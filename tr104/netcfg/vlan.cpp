@@ -2,7 +2,7 @@
 // and tag type id and the service VLAN's.  Writes wait in slot 6 (SIP) or 7 (RTP) of the
 // deferred buffer until all six values of the class are there or the slot's timer fires; the
 // handlers start that timer and test the six bits themselves.
-#include "tr104/msg/deferred_internal.h"
+#include "tr104/core/deferred_internal.h"
 #include "tr104/netcfg/netcfg_internal.h"
 #include "tr104/startup.h"
 
@@ -106,10 +106,10 @@ void write(Tr104VlanClass &c, Field f, uint32_t v) {
 // The value a set stores, or -1 when it is refused.
 int64_t folded(Fold fold, int value) {
     switch (fold) {
-        case Fold::Id: return sip::inRange(value, 1, 4096) ? value : 0;
-        case Fold::Priority: return sip::inRange(value, 1, 7) ? value : 0;
-        case Fold::TypeId: return sip::inRange(value, 1, 65535) ? value : 0;
-        case Fold::PriorityOrRefuse: return sip::inRange(value, 0, 7) ? value : -1;
+    case Fold::Id: return core::inRange(value, 1, 4096) ? value : 0;
+    case Fold::Priority: return core::inRange(value, 1, 7) ? value : 0;
+    case Fold::TypeId: return core::inRange(value, 1, 65535) ? value : 0;
+    case Fold::PriorityOrRefuse: return core::inRange(value, 0, 7) ? value : -1;
     }
     return -1;
 }
@@ -130,7 +130,7 @@ int vlanValue(const VlanValue &v, int nFlag, void *pValue) {
         TR104_DEBUG_AS(v.name, v.entry, nFlag, value);
     }
     Tr104Msg msg;
-    handRecord(&msg);
+    core::fillRequestRecord(&msg);
     if (nFlag == 0) {
         Tr104VlanPayload payload{};
         if (CfgPreHandleGetParam(&msg, &payload, sizeof(payload), TR104_GET_VLAN_ID) != 0) {
@@ -155,7 +155,7 @@ int vlanValue(const VlanValue &v, int nFlag, void *pValue) {
     staged->unKind = v.klass.kind;
     write(staged->*v.klass.klass, v.field, static_cast<uint32_t>(stored));
     appendTr104CfgParamInfoCfgFlag(v.klass.slot, bitOf(v.field));
-    armCfgParamTimer(v.klass.slot);
+    core::armCfgParamTimer(v.klass.slot);
     if ((getTr104CfgParamInfoCfgFlag(v.klass.slot) & kAllBits) != kAllBits) {
         return TR104_OK;
     }
@@ -197,7 +197,7 @@ int applyVlan(const VlanClassSpec &k, Tr104Msg *msg, void *paramBuffer) {
         }
     }
     payload.unKind = k.kind;
-    if (sendPayload(msg, &payload, sizeof(payload), TR104_SET_VLAN_ID) != TR104_OK) {
+    if (sendRecord(msg, &payload, sizeof(payload), TR104_SET_VLAN_ID) != TR104_OK) {
         say(k.applyName, k.sendFailed);
         return TR104_ERR_EXCHANGE;
     }

@@ -1,13 +1,12 @@
-// Shared pieces of the SIP handlers: record layout checks, the argument checks every handler
-// makes, and the read and write exchanges of one record.
+// Shared pieces of the SIP handlers: the layout checks of their records, and the toolkit of the
+// core layer under the names the handlers use.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "tr104/framework.h"
-#include "tr104/framework/debug.h"
+#include "tr104/core/core.h"
 #include "tr104/sip.h"
 
 // The records are the voice module's layouts: the same offsets on the 64-bit host and on the
@@ -89,93 +88,25 @@ static_assert(offsetof(Tr104SipVbdRecord, unTxInterval) == 16);
 
 namespace tr104::sip {
 
-// Which instance numbers a handler checks.
-enum class Locate : uint8_t {
-    Line,       // nLocate[2] in 1..2
-    LineOrAll,  // nLocate[2] in 0..2, 0 meaning every line
-    Unchecked,  // nLocate[2] is used as the line without a range check
-    None,       // profile-wide: nLocate is not used
-};
-
-// Which directions a handler serves; the other one is refused like a bad nFlag.
-enum class Access : uint8_t { GetSet, GetOnly, SetOnly };
-
-// What the common argument checks need to know about a handler.
-struct Signature {
-    const char *name;       // exported handler name, printed with every message
-    const char *valueName;  // name of the value pointer in "param error, %s is null\n"
-    Locate locate;
-    Access access;
-    const char *flagError = "param error, nFlag[%d]\n";
-};
-
-// The checks in their fixed order: null value, line number, nFlag.  0 or -2.
-int checkArguments(const Signature &sig, int nFlag, const void *pValue, const int *nLocate);
-
-// Reads a record: sends it as the request of cmd and copies the answer back over it.
-// 0, or -1 (the message record could not be built, or the exchange failed).
-int readRecord(const char *name, void *record, unsigned int len, unsigned int cmd);
-// Sends a record as cmd without waiting for an answer.  0 or -1.
-int sendRecord(const char *name, const void *record, unsigned int len, unsigned int cmd);
-// Reads a text answer of at most len bytes straight into dst.  0 or -1.
-int readText(const char *name, char *dst, unsigned int len, unsigned int cmd);
-
-// A fixed message, printed only while debugging is on.
-inline void say(const char *name, const char *text) { TR104_DEBUG_AS(name, "%s", text); }
-
-// Text-to-text or text-to-number tables of the conversions.
-struct TextCode {
-    const char *text;
-    int code;
-};
-const TextCode *findText(const TextCode *table, size_t count, const char *text);
-const TextCode *findCode(const TextCode *table, size_t count, int code);
-
-template <size_t N>
-const TextCode *findText(const TextCode (&table)[N], const char *text) {
-    return findText(table, N, text);
-}
-template <size_t N>
-const TextCode *findCode(const TextCode (&table)[N], int code) {
-    return findCode(table, N, code);
-}
-
-// The line number of a handler that has passed its checks.
-inline int lineOf(const int *nLocate) { return nLocate[2]; }
-
-// Integer value of the caller.
-inline int intValue(const void *pValue) {
-    int v;
-    std::memcpy(&v, pValue, sizeof(v));
-    return v;
-}
-inline void putInt(void *pValue, int v) { std::memcpy(pValue, &v, sizeof(v)); }
-
-// low <= value <= high as one unsigned comparison (value - low < high - low + 1).
-inline bool inRange(int value, int low, int high) {
-    return static_cast<unsigned int>(value) - static_cast<unsigned int>(low) <
-           static_cast<unsigned int>(high) - static_cast<unsigned int>(low) + 1u;
-}
-
-// The statistics reset of a line, both protocols: a get yields 0 without asking; a set of 1 sends
-// the line under resetCmd; another value is reported and answers notOne (0 accepted, -2 refused).
-// sendFailed may name the line with %d.
-struct LineReset {
-    Signature sig;
-    unsigned int resetCmd;
-    int notOne;
-    const char *sendFailed;
-};
-int resetLineStatistics(const LineReset &r, int nFlag, void *pValue, int *nLocate);
-
-// Copies at most max characters of src (stopping at its terminator) and a terminator.
-void copyBounded(char *dst, const char *src, size_t max);
-
-// A text read from a field of a record ends within the field, whatever the voice module left
-// there: its characters up to the terminator, at most room - 1 of them (room: the field's bytes
-// up to the next field, TR104_FIELD_ROOM).  fieldTextLength counts them; copyFieldText copies
-// them and a terminator, room bytes at most, as a text that fits its field has always been.
-inline size_t fieldTextLength(const char *field, size_t room) { return room > 0 ? strnlen(field, room - 1) : 0; }
-void copyFieldText(char *dst, const char *field, size_t room);
+using core::Access;
+using core::checkArguments;
+using core::copyBounded;
+using core::copyFieldText;
+using core::fieldTextLength;
+using core::findCode;
+using core::findText;
+using core::inRange;
+using core::intValue;
+using core::lineOf;
+using core::LineReset;
+using core::Locate;
+using core::putInt;
+using core::readRecord;
+using core::readText;
+using core::resetLineStatistics;
+using core::say;
+using core::sendRecord;
+using core::Signature;
+using core::TextCode;
 
 }  // namespace tr104::sip

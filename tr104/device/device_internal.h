@@ -5,13 +5,13 @@
 #include "tr104/device.h"
 #include "tr104/framework.h"
 #include "tr104/protocol.h"
-#include "tr104/sip/templates.h"
+#include "tr104/core/core.h"
 
 namespace tr104::device {
 
-using sip::Access;
-using sip::Locate;
-using sip::Signature;
+using core::Access;
+using core::Locate;
+using core::Signature;
 
 using SipVariant = int (*)(int nFlag, void *pValue, int *nLocate);
 
@@ -22,7 +22,7 @@ constexpr Signature deviceSignature(const char *name, const char *valueName, Acc
 
 // The checks of such a handler: null value, then nFlag.  0 or -2.
 inline int checkDevice(const Signature &sig, int nFlag, const void *pValue) {
-    return sip::checkArguments(sig, nFlag, pValue, nullptr);
+    return core::checkArguments(sig, nFlag, pValue, nullptr);
 }
 
 }  // namespace tr104::device

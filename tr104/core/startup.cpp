@@ -9,12 +9,11 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tr104/framework/debug.h"
+#include "tr104/core/debug.h"
 #include "tr104/handlers.h"
-#include "tr104/msg/record_layout.h"
+#include "tr104/core/record_layout.h"
 #include "tr104/protocol.h"
 #include "tr104/startup.h"
-
 
 namespace {
 
@@ -113,10 +112,11 @@ extern "C" TR104_API int Tr104VoiceCfgInit(int moduleKind) {
 
 extern "C" TR104_API int VoipOmInit(void) {
     TR104_DEBUG("enter \r\n");
-    if (!tr104::openChannelLock() ||
-        !tr104::openQueue(&gTr104SndMsgQueueId, TR104_SND_QUEUE_KEY,
-                          "\r\n msgget VoipOmInit send msg queue failed, errno = %d") ||
-        !tr104::openQueue(&gTr104RcvOutMsgQueueId, kOmReplyQueueKey, "msgget tr104 receive msg queue failed, errno = %d\n")) {
+    if (!tr104::core::openChannelLock() ||
+        !tr104::core::openQueue(&gTr104SndMsgQueueId, TR104_SND_QUEUE_KEY,
+                                "\r\n msgget VoipOmInit send msg queue failed, errno = %d") ||
+        !tr104::core::openQueue(&gTr104RcvOutMsgQueueId, kOmReplyQueueKey,
+                                "msgget tr104 receive msg queue failed, errno = %d\n")) {
         return -1;
     }
     return 0;

@@ -2,7 +2,7 @@
 // kept in the library; the signalling protocol is sent to the voice module.
 #include <cstring>
 
-#include "tr104/netcfg/device_internal.h"
+#include "tr104/device/device_internal.h"
 
 extern "C" {
 TR104_API char gProfileEnable[TR104_PROFILE_ENABLE_LEN] = "Enabled";
@@ -27,12 +27,9 @@ constexpr const char *kEnableStates[] = {"Disabled", "Quiescent", "Enabled"};
 
 const char *protocolName(int protocol) {
     switch (protocol) {
-    case TR104_PROTOCOL_H248:
-        return "H.248";
-    case TR104_PROTOCOL_SIP:
-        return "SIP";
-    default:
-        return "NONE";
+    case TR104_PROTOCOL_H248: return "H.248";
+    case TR104_PROTOCOL_SIP: return "SIP";
+    default: return "NONE";
     }
 }
 
@@ -44,8 +41,8 @@ constexpr int kServerTypeH248 = 2;
 }  // namespace tr104::device
 
 using namespace tr104::device;
-using tr104::sip::intValue;
-using tr104::sip::putInt;
+using tr104::core::intValue;
+using tr104::core::putInt;
 
 extern "C" {
 
@@ -94,7 +91,7 @@ TR104_API int Tr104ProfileName(int nFlag, void *pValue) {
         TR104_DEBUG("get ProfileName[%s]\n", text);
         return TR104_OK;
     }
-    tr104::sip::copyBounded(gProfileName, text, sizeof(gProfileName) - 1);
+    tr104::core::copyBounded(gProfileName, text, sizeof(gProfileName) - 1);
     return TR104_OK;
 }
 
@@ -113,7 +110,7 @@ TR104_API int Tr104ProfileSignalingProtocol(int nFlag, void *pValue) {
         return TR104_OK;
     }
     // The text without its terminator, bounded by the request area.
-    if (tr104::sip::sendRecord(kProtocol.name, text, strnlen(text, TR104_CFG_BUFFER_LEN), SET_NGN_PROTOCOL) !=
+    if (tr104::core::sendRecord(kProtocol.name, text, strnlen(text, TR104_CFG_BUFFER_LEN), SET_NGN_PROTOCOL) !=
         TR104_OK) {
         TR104_DEBUG("SET_NGN_PROTOCOL msg snd failed.\n");
         return TR104_ERR_EXCHANGE;

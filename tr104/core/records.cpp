@@ -1,38 +1,25 @@
-// Argument checks and record exchanges shared by every SIP handler.
-#include "tr104/sip/sip_internal.h"
+// The exchanges of one record, the bounded text copies, the text/code tables and the line
+// statistics reset that every handler area uses.
+#include "tr104/core/core.h"
 
-namespace tr104::sip {
+namespace tr104::core {
 
-int checkArguments(const Signature &sig, int nFlag, const void *pValue, const int *nLocate) {
-    if (pValue == nullptr) {
-        TR104_DEBUG_AS(sig.name, "param error, %s is null\n", sig.valueName);
-        return TR104_ERR_PARAM;
+namespace {
+
+// A request record of this process; false, reported under name, when it cannot be built.
+bool freshRecord(const char *name, Tr104Msg *msg) {
+    if (tr104MsgConstruct(msg) != 0) {
+        say(name, "construct msg error\n");
+        return false;
     }
-    if (sig.locate != Locate::None) {
-        if (nLocate == nullptr) {
-            say(sig.name, "param error, nLocate is null\n");
-            return TR104_ERR_PARAM;
-        }
-        // One unsigned comparison: lines 1..2, or 0..2 where 0 means every line.
-        const unsigned int first = sig.locate == Locate::LineOrAll ? 0u : 1u;
-        if (sig.locate != Locate::Unchecked && static_cast<unsigned int>(nLocate[2]) - first >= 3u - first) {
-            TR104_DEBUG_AS(sig.name, "param error, nLocate[2]=%d\n", nLocate[2]);
-            return TR104_ERR_PARAM;
-        }
-    }
-    const bool flagServed = (nFlag == 0 && sig.access != Access::SetOnly) ||
-                            (nFlag == 1 && sig.access != Access::GetOnly);
-    if (!flagServed) {
-        TR104_DEBUG_AS(sig.name, sig.flagError, nFlag);
-        return TR104_ERR_PARAM;
-    }
-    return TR104_OK;
+    return true;
 }
+
+}  // namespace
 
 int readRecord(const char *name, void *record, unsigned int len, unsigned int cmd) {
     Tr104Msg msg;
-    if (tr104MsgConstruct(&msg) != 0) {
-        say(name, "construct msg error\n");
+    if (!freshRecord(name, &msg)) {
         return TR104_ERR_EXCHANGE;
     }
     return CfgPreHandleGetParam(&msg, record, len, cmd) == 0 ? TR104_OK : TR104_ERR_EXCHANGE;
@@ -40,22 +27,26 @@ int readRecord(const char *name, void *record, unsigned int len, unsigned int cm
 
 int sendRecord(const char *name, const void *record, unsigned int len, unsigned int cmd) {
     Tr104Msg msg;
-    if (tr104MsgConstruct(&msg) != 0) {
-        say(name, "construct msg error\n");
+    if (!freshRecord(name, &msg)) {
         return TR104_ERR_EXCHANGE;
     }
-    msg.cmd_type = static_cast<uint32_t>(gCurrentModule);
-    msg.cmd = cmd;
+    return sendRecord(&msg, record, len, cmd);
+}
+
+int sendRecord(Tr104Msg *msg, const void *record, unsigned int len, unsigned int cmd) {
+    msg->cmd_type = static_cast<uint32_t>(gCurrentModule);
+    msg->cmd = cmd;
+    std::memset(msg->cfgBuffer, 0, sizeof(msg->cfgBuffer));
+    std::memset(msg->rspBuffer, 0, sizeof(msg->rspBuffer));
     if (record != nullptr) {
-        std::memcpy(msg.cfgBuffer, record, len < TR104_CFG_BUFFER_LEN ? len : TR104_CFG_BUFFER_LEN);
+        std::memcpy(msg->cfgBuffer, record, len < TR104_CFG_BUFFER_LEN ? len : TR104_CFG_BUFFER_LEN);
     }
-    return msgSndAndRcvSem(&msg, 1) == -1 ? TR104_ERR_EXCHANGE : TR104_OK;
+    return msgSndAndRcvSem(msg, 1) == -1 ? TR104_ERR_EXCHANGE : TR104_OK;
 }
 
 int readText(const char *name, char *dst, unsigned int len, unsigned int cmd) {
     Tr104Msg msg;
-    if (tr104MsgConstruct(&msg) != 0) {
-        say(name, "construct msg error\n");
+    if (!freshRecord(name, &msg)) {
         return TR104_ERR_EXCHANGE;
     }
     return CfgPreHandleGetStringParam(&msg, dst, len, static_cast<int>(cmd)) == 0 ? TR104_OK : TR104_ERR_EXCHANGE;
@@ -111,4 +102,4 @@ void copyFieldText(char *dst, const char *field, size_t room) {
     }
 }
 
-}  // namespace tr104::sip
+}  // namespace tr104::core

@@ -35,10 +35,13 @@ static_assert(sizeof "SIP:V2.4.17  H.248:V1.9.06" <= COMM_PROTCL_VERSION_LEN);
 extern "C" {
 
 int CommCheckIpValid(const char *pcIpStr) {
-    if (pcIpStr == nullptr || pcIpStr[0] == '\0') return -1;
+    if (pcIpStr == nullptr || pcIpStr[0] == '\0')
+        return -1;
     uint8_t buf[16];
-    if (inet_pton(AF_INET, pcIpStr, buf) == 1) return COMM_IP_TYPE_V4;
-    if (inet_pton(AF_INET6, pcIpStr, buf) == 1) return COMM_IP_TYPE_V6;
+    if (inet_pton(AF_INET, pcIpStr, buf) == 1)
+        return COMM_IP_TYPE_V4;
+    if (inet_pton(AF_INET6, pcIpStr, buf) == 1)
+        return COMM_IP_TYPE_V6;
     return 0;
 }
 
@@ -68,7 +71,8 @@ int CommGetIpStrByValue(char *pcIpStr, uint8_t *pucMask, const CommIpAddr *pAddr
         std::printf("input data errpr\r");
         return 0;
     }
-    if (pAddr->unType != COMM_IP_TYPE_V4 && pAddr->unType != COMM_IP_TYPE_V6) return 0;
+    if (pAddr->unType != COMM_IP_TYPE_V4 && pAddr->unType != COMM_IP_TYPE_V6)
+        return 0;
     char text[kIpTextLen] = {};
     inet_ntop(pAddr->unType == COMM_IP_TYPE_V6 ? AF_INET6 : AF_INET, pAddr->aucAddr, text, sizeof text);
     // At most unSize characters; the terminator follows only when the text is shorter.  No
@@ -84,7 +88,8 @@ int CommGetIpStrByValue(char *pcIpStr, uint8_t *pucMask, const CommIpAddr *pAddr
 }
 
 int CommIpAddrCopy(CommIpAddr *pDstAddr, const CommIpAddr *pSrcAddr) {
-    if (pDstAddr == nullptr || pSrcAddr == nullptr) return 0;
+    if (pDstAddr == nullptr || pSrcAddr == nullptr)
+        return 0;
     pDstAddr->unType = pSrcAddr->unType;
     std::memcpy(pDstAddr->aucAddr, pSrcAddr->aucAddr, sizeof pDstAddr->aucAddr);
     pDstAddr->ucMask = pSrcAddr->ucMask;
@@ -113,13 +118,15 @@ int CommIpAddrInSameSubnet(CommIpAddr stAddr, CommIpAddr stSubnet) {
     if (whole >= sizeof stAddr.aucAddr) {
         return std::memcmp(stAddr.aucAddr, stSubnet.aucAddr, sizeof stAddr.aucAddr) == 0;
     }
-    if (std::memcmp(stAddr.aucAddr, stSubnet.aucAddr, whole) != 0) return 0;
+    if (std::memcmp(stAddr.aucAddr, stSubnet.aucAddr, whole) != 0)
+        return 0;
     unsigned rest = bits % 8;
     return ((stAddr.aucAddr[whole] ^ stSubnet.aucAddr[whole]) >> (8 - rest)) == 0;
 }
 
 int CommIpAddrUnIntToStr(uint32_t unIpAddr, char *pcIpStr) {
-    if (pcIpStr == nullptr) return -1;
+    if (pcIpStr == nullptr)
+        return -1;
     // The text inet_ntoa gives, made in a local buffer so that concurrent callers never share
     // the C library's static one.
     in_addr addr{};
@@ -131,25 +138,29 @@ int CommIpAddrUnIntToStr(uint32_t unIpAddr, char *pcIpStr) {
 }
 
 uint32_t CommIpAddrStrToUnInt(const char *pcIpStr) {
-    if (pcIpStr == nullptr) return 0xFFFFFFFFu;
+    if (pcIpStr == nullptr)
+        return 0xFFFFFFFFu;
     return inet_addr(pcIpStr);
 }
 
 int CommIpMaskFromBitToUnInt(uint32_t *punMask, unsigned int unBits) {
     unsigned bits = unBits & 0xFFu;
-    if (punMask == nullptr || bits >= 33) return -1;
+    if (punMask == nullptr || bits >= 33)
+        return -1;
     *punMask = bits == 0 ? 0u : 0xFFFFFFFFu << (32 - bits);
     return 0;
 }
 
 int CommIpMaskFromUnIntToBit(uint8_t *pucBits, uint32_t unMask) {
-    if (pucBits == nullptr) return -1;
+    if (pucBits == nullptr)
+        return -1;
     *pucBits = unMask == 0 ? 0 : static_cast<uint8_t>(32 - __builtin_ctz(unMask));
     return 0;
 }
 
 int CommGetIp4FromIpAddr(uint32_t *punIpAddr, uint32_t *punMask, const CommIpAddr *pAddr) {
-    if (punIpAddr == nullptr || punMask == nullptr || pAddr == nullptr) return -1;
+    if (punIpAddr == nullptr || punMask == nullptr || pAddr == nullptr)
+        return -1;
     CommIpMaskFromBitToUnInt(punMask, pAddr->ucMask);
     char text[kIpTextLen] = {};
     uint8_t mask = 0;
@@ -159,7 +170,8 @@ int CommGetIp4FromIpAddr(uint32_t *punIpAddr, uint32_t *punMask, const CommIpAdd
 }
 
 int CommGetIpAddrFromIp4(CommIpAddr *pAddr, uint32_t unIpAddr, uint32_t unMask) {
-    if (pAddr == nullptr) return -1;
+    if (pAddr == nullptr)
+        return -1;
     std::memset(pAddr, 0, sizeof *pAddr);
     pAddr->unType = COMM_IP_TYPE_V4;
     char text[kIp4TextLen] = {};
@@ -175,9 +187,11 @@ void CommIpv6AddrPrint(const CommIpAddr *pAddr, const char *pcLabel) {
         std::printf("CommIpv6AddrPrint: address pointer is null \r");
         return;
     }
-    if (!nIpv6TestFlag) return;
+    if (!nIpv6TestFlag)
+        return;
     std::printf("\r\n%20s address:", pcLabel);
-    for (uint8_t byte : pAddr->aucAddr) std::printf("0x%02x:", byte);
+    for (uint8_t byte : pAddr->aucAddr)
+        std::printf("0x%02x:", byte);
     std::printf(" mask:%4d type:%4d\r\n", pAddr->ucMask, static_cast<int>(pAddr->unType));
 }
 
@@ -191,13 +205,15 @@ void CommIpv6StrPrint(const CommIpAddr *pAddr, const char *pcLabel) {
     uint8_t mask = 0;
     unsigned room = pAddr->unType == COMM_IP_TYPE_V6 ? kIpTextLen : kIp4TextLen;
     CommGetIpStrByValue(text, &mask, pAddr, room - 1);
-    if (!nIpv6TestFlag) return;
+    if (!nIpv6TestFlag)
+        return;
     std::printf("\r\n%20s  ip address:", pcLabel);
     std::printf(" %s mask:%4d type:%4d\r\n", text, pAddr->ucMask, static_cast<int>(pAddr->unType));
 }
 
 int CommGetMacFromIp(uint8_t *pucMac, const CommIpAddr *pAddr) {
-    if (pucMac == nullptr) return -1;
+    if (pucMac == nullptr)
+        return -1;
     // The neighbour lookup is not provided: the address is formatted and nothing is written.
     char text[kIpTextLen] = {};
     uint8_t mask = 0;
@@ -208,7 +224,8 @@ int CommGetMacFromIp(uint8_t *pucMac, const CommIpAddr *pAddr) {
 int nat_nd6_lookup_cmd(const CommIpAddr *, uint8_t *) { return -1; }
 
 int CommSocketSetCloseExec(int nSocket) {
-    if (nSocket < 0) return -1;
+    if (nSocket < 0)
+        return -1;
     int flags = fcntl(nSocket, F_GETFD);
     int ret = fcntl(nSocket, F_SETFD, flags | FD_CLOEXEC);
     // 0 done, 1 failed: the sign bit of fcntl's result.
@@ -216,13 +233,15 @@ int CommSocketSetCloseExec(int nSocket) {
 }
 
 void CommGetProtclModuleVersion(char *pcVersion, unsigned int unSize) {
-    if (pcVersion == nullptr) return;
+    if (pcVersion == nullptr)
+        return;
     unsigned size = unSize & 0xFFu;
     std::memset(pcVersion, 0, size);
     // The test is kept as the device's components know it: only buffers below 32 bytes
     // receive the text.
     if (size < 32) {
-        if (size > 0) std::strncpy(pcVersion, gProtclModuleVersion, size - 1);
+        if (size > 0)
+            std::strncpy(pcVersion, gProtclModuleVersion, size - 1);
     } else {
         std::printf("SIP module version len is too long.");
     }

@@ -2,7 +2,7 @@
 // the block word it reports; one body reads the block, one adds up the two lines of a profile.
 #include <iterator>
 
-#include "tr104/sip/sip_internal.h"
+#include "tr104/core/core.h"
 #include "tr104/statistics.h"
 
 static_assert(sizeof(Tr104LineRtpStatsBlock) == 156);
@@ -27,19 +27,19 @@ static_assert(offsetof(Tr104LineRtpIntervalBlock, unInterval) == 12);
 namespace tr104::stats {
 namespace {
 
-using sip::Access;
-using sip::Locate;
-using sip::Signature;
+using core::Access;
+using core::Locate;
+using core::Signature;
 
 enum class Block : uint8_t {
-    Line,           // command 84, 156 bytes, the line in word 0
-    Interval,       // command 85, 216 bytes, line and interval in words 2 and 3
-    IntervalAny,    // the same without the interval check (the interval's end time)
+    Line,  // command 84, 156 bytes, the line in word 0
+    Interval,  // command 85, 216 bytes, line and interval in words 2 and 3
+    IntervalAny,  // the same without the interval check (the interval's end time)
 };
 
 enum class Report : uint8_t {
-    Word,         // the word itself
-    Zero,         // 0 after a successful read
+    Word,  // the word itself
+    Zero,  // 0 after a successful read
     LostPercent,  // 100 * lost / received of the interval, 0 when nothing was received
 };
 
@@ -49,7 +49,7 @@ struct RtpValue {
     uint16_t offset;  // word reported
     Report report;
     const char *getError;  // "%d" the line
-    const char *getDone;   // line and value
+    const char *getDone;  // line and value
 };
 
 #define TR104_RTP_WORD(field) static_cast<uint16_t>(offsetof(Tr104LineRtpStatsBlock, field))
@@ -59,77 +59,174 @@ struct RtpValue {
 #define TR104_RTP_MESSAGES(what) "get line[%d] " what " failed.\n", "get line[%d] " what " [%d].\n"
 
 const RtpValue kValues[] = {
-    {{"Tr104LineSendRtpPackets", "pSendRtpPacketsNum", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unSendPackets), Report::Word, TR104_RTP_MESSAGES("total send rtp packets number")},
-    {{"Tr104LineSendRtpBytes", "pSendRtpBytesNum", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unSendBytes), Report::Word, TR104_RTP_MESSAGES("total send rtp bytes number")},
-    {{"Tr104LineRcvdRtpPackets", "pRcvdRtpPacketsNum", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unRcvdPackets), Report::Word, TR104_RTP_MESSAGES("total received rtp packets number")},
-    {{"Tr104LineRcvdRtpBytes", "pRcvdRtpBytesNum", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unRcvdBytes), Report::Word, TR104_RTP_MESSAGES("total received rtp bytes number")},
-    {{"Tr104LineLostRtpPackets", "pLostRtpPacketsNum", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unLostPackets), Report::Word, TR104_RTP_MESSAGES("total lost rtp packets number")},
-    {{"Tr104LineLostRtpPacketsPercent", "pLostRtpPacketsPercent", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unLostPercent), Report::Word, TR104_RTP_MESSAGES("rtp packet loss percent")},
+    {{"Tr104LineSendRtpPackets", "pSendRtpPacketsNum", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unSendPackets),
+     Report::Word,
+     TR104_RTP_MESSAGES("total send rtp packets number")},
+    {{"Tr104LineSendRtpBytes", "pSendRtpBytesNum", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unSendBytes),
+     Report::Word,
+     TR104_RTP_MESSAGES("total send rtp bytes number")},
+    {{"Tr104LineRcvdRtpPackets", "pRcvdRtpPacketsNum", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unRcvdPackets),
+     Report::Word,
+     TR104_RTP_MESSAGES("total received rtp packets number")},
+    {{"Tr104LineRcvdRtpBytes", "pRcvdRtpBytesNum", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unRcvdBytes),
+     Report::Word,
+     TR104_RTP_MESSAGES("total received rtp bytes number")},
+    {{"Tr104LineLostRtpPackets", "pLostRtpPacketsNum", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unLostPackets),
+     Report::Word,
+     TR104_RTP_MESSAGES("total lost rtp packets number")},
+    {{"Tr104LineLostRtpPacketsPercent", "pLostRtpPacketsPercent", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unLostPercent),
+     Report::Word,
+     TR104_RTP_MESSAGES("rtp packet loss percent")},
     {{"Tr104LineLostFarEndPacketsPercent", "pLostFarEndPacketsPercent", Locate::Line, Access::GetOnly},
-     Block::Line, TR104_RTP_WORD(unFarEndLostPercent), Report::Word,
+     Block::Line,
+     TR104_RTP_WORD(unFarEndLostPercent),
+     Report::Word,
      TR104_RTP_MESSAGES("far end packet loss percent")},
-    {{"Tr104LineRtpJitter", "pRtpJitter", Locate::Line, Access::GetOnly}, Block::Line, TR104_RTP_WORD(unJitter),
-     Report::Word, TR104_RTP_MESSAGES("rtp jitter")},
-    {{"Tr104LineAverageReceiveInterarrivalJitter", "pAvgRcvJitter", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unJitter), Report::Word, TR104_RTP_MESSAGES("average receive interarrival jitter")},
+    {{"Tr104LineRtpJitter", "pRtpJitter", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unJitter),
+     Report::Word,
+     TR104_RTP_MESSAGES("rtp jitter")},
+    {{"Tr104LineAverageReceiveInterarrivalJitter", "pAvgRcvJitter", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unJitter),
+     Report::Word,
+     TR104_RTP_MESSAGES("average receive interarrival jitter")},
     // The far end's interarrival jitter is the near end's word: the voice module reports one.
     {{"Tr104LineAverageFarEndInterarrivalJitter", "pAvgFarEndJitter", Locate::Line, Access::GetOnly},
-     Block::Line, TR104_RTP_WORD(unJitter), Report::Word,
+     Block::Line,
+     TR104_RTP_WORD(unJitter),
+     Report::Word,
      TR104_RTP_MESSAGES("average far end interarrival jitter")},
-    {{"Tr104LineRtpFarEndJitter", "pRtpFarEndJitter", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unFarEndJitter), Report::Word, TR104_RTP_MESSAGES("rtp far end jitter")},
-    {{"Tr104LineJitterBufferOverruns", "pJitterBufferOverruns", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unBufferOverruns), Report::Word, TR104_RTP_MESSAGES("jitter buffer overruns")},
-    {{"Tr104LineJitterBufferUnderruns", "pJitterBufferUnderruns", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unBufferUnderruns), Report::Word, TR104_RTP_MESSAGES("jitter buffer underruns")},
+    {{"Tr104LineRtpFarEndJitter", "pRtpFarEndJitter", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unFarEndJitter),
+     Report::Word,
+     TR104_RTP_MESSAGES("rtp far end jitter")},
+    {{"Tr104LineJitterBufferOverruns", "pJitterBufferOverruns", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unBufferOverruns),
+     Report::Word,
+     TR104_RTP_MESSAGES("jitter buffer overruns")},
+    {{"Tr104LineJitterBufferUnderruns", "pJitterBufferUnderruns", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unBufferUnderruns),
+     Report::Word,
+     TR104_RTP_MESSAGES("jitter buffer underruns")},
     // Up and down stream report the same word.
-    {{"Tr104LineUpStreamSpeed", "pUpStreamSpeed", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unStreamSpeed), Report::Word, TR104_RTP_MESSAGES("up stream speed")},
-    {{"Tr104LineDownStreamSpeed", "pDownStreamSpeed", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unStreamSpeed), Report::Word, TR104_RTP_MESSAGES("down stream speed")},
+    {{"Tr104LineUpStreamSpeed", "pUpStreamSpeed", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unStreamSpeed),
+     Report::Word,
+     TR104_RTP_MESSAGES("up stream speed")},
+    {{"Tr104LineDownStreamSpeed", "pDownStreamSpeed", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unStreamSpeed),
+     Report::Word,
+     TR104_RTP_MESSAGES("down stream speed")},
     // The block's word 22 carries the longest RTCP interval seen.
-    {{"Tr104LineMaxRtcpTime", "pMaxRtcpTime", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unMaxRtcpTime), Report::Word, TR104_RTP_MESSAGES("max rtcp time")},
-    {{"Tr104LineNetworkAvgDelay", "pNetworkAvgDelay", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unNetworkDelay), Report::Word, TR104_RTP_MESSAGES("network average delay")},
+    {{"Tr104LineMaxRtcpTime", "pMaxRtcpTime", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unMaxRtcpTime),
+     Report::Word,
+     TR104_RTP_MESSAGES("max rtcp time")},
+    {{"Tr104LineNetworkAvgDelay", "pNetworkAvgDelay", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unNetworkDelay),
+     Report::Word,
+     TR104_RTP_MESSAGES("network average delay")},
     // The round-trip delay is the network delay word.
-    {{"Tr104LineAverageRoundTripDelay", "pAvgRoundTripDelay", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unNetworkDelay), Report::Word, TR104_RTP_MESSAGES("average round trip delay")},
-    {{"Tr104LineErrorRtpPackets", "pErrorRtpPackets", Locate::Line, Access::GetOnly}, Block::Line,
-     TR104_RTP_WORD(unErrorPackets), Report::Word, TR104_RTP_MESSAGES("error rtp packets")},
+    {{"Tr104LineAverageRoundTripDelay", "pAvgRoundTripDelay", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unNetworkDelay),
+     Report::Word,
+     TR104_RTP_MESSAGES("average round trip delay")},
+    {{"Tr104LineErrorRtpPackets", "pErrorRtpPackets", Locate::Line, Access::GetOnly},
+     Block::Line,
+     TR104_RTP_WORD(unErrorPackets),
+     Report::Word,
+     TR104_RTP_MESSAGES("error rtp packets")},
     // One 15-minute interval.
     {{"Tr104LineRtpStatisticsIntervalEndTime", "pIntervalEndTime", Locate::Line, Access::GetOnly},
-     Block::IntervalAny, TR104_RTP_INTERVAL(unEndTime), Report::Word,
+     Block::IntervalAny,
+     TR104_RTP_INTERVAL(unEndTime),
+     Report::Word,
      TR104_RTP_MESSAGES("statistics interval end time")},
-    {{"Tr104LineMaxRtcpTimeIntervalEnd", "pMaxRtcpTime", Locate::Line, Access::GetOnly}, Block::Interval,
-     TR104_RTP_INTERVAL(unMaxRtcpTime), Report::Word, TR104_RTP_MESSAGES("interval max rtcp time")},
+    {{"Tr104LineMaxRtcpTimeIntervalEnd", "pMaxRtcpTime", Locate::Line, Access::GetOnly},
+     Block::Interval,
+     TR104_RTP_INTERVAL(unMaxRtcpTime),
+     Report::Word,
+     TR104_RTP_MESSAGES("interval max rtcp time")},
     {{"Tr104LineLostRtpPacketsPercentIntervalEnd", "pLostRtpPacketsPercent", Locate::Line, Access::GetOnly},
-     Block::Interval, TR104_RTP_INTERVAL(unLostPackets), Report::LostPercent, "get line[%d] interval lost packets "
-     "failed.\n", nullptr},
+     Block::Interval,
+     TR104_RTP_INTERVAL(unLostPackets),
+     Report::LostPercent,
+     "get line[%d] interval lost packets "
+     "failed.\n",
+     nullptr},
     // The interval's error count is read and reported as 0: the voice module does not count it.
-    {{"Tr104LineErrorRtpPacketsIntervalEnd", "pErrorRtpPackets", Locate::Line, Access::GetOnly}, Block::Interval,
-     TR104_RTP_INTERVAL(unErrorPackets), Report::Zero, TR104_RTP_MESSAGES("interval error rtp packets")},
-    {{"Tr104LineMaximumRtpJitterIntervalEnd", "pMaxRtpJitter", Locate::Line, Access::GetOnly}, Block::Interval,
-     TR104_RTP_INTERVAL(unMaxJitter), Report::Word, TR104_RTP_MESSAGES("interval maximum rtp jitter")},
+    {{"Tr104LineErrorRtpPacketsIntervalEnd", "pErrorRtpPackets", Locate::Line, Access::GetOnly},
+     Block::Interval,
+     TR104_RTP_INTERVAL(unErrorPackets),
+     Report::Zero,
+     TR104_RTP_MESSAGES("interval error rtp packets")},
+    {{"Tr104LineMaximumRtpJitterIntervalEnd", "pMaxRtpJitter", Locate::Line, Access::GetOnly},
+     Block::Interval,
+     TR104_RTP_INTERVAL(unMaxJitter),
+     Report::Word,
+     TR104_RTP_MESSAGES("interval maximum rtp jitter")},
     {{"Tr104LineJitterBufferOverrunsIntervalEnd", "pJitterBufferOverruns", Locate::Line, Access::GetOnly},
-     Block::Interval, TR104_RTP_INTERVAL(unBufferOverruns), Report::Word,
+     Block::Interval,
+     TR104_RTP_INTERVAL(unBufferOverruns),
+     Report::Word,
      TR104_RTP_MESSAGES("interval jitter buffer overruns")},
     {{"Tr104LineJitterBufferUnderrunsIntervalEnd", "pJitterBufferUnderruns", Locate::Line, Access::GetOnly},
-     Block::Interval, TR104_RTP_INTERVAL(unBufferUnderruns), Report::Word,
+     Block::Interval,
+     TR104_RTP_INTERVAL(unBufferUnderruns),
+     Report::Word,
      TR104_RTP_MESSAGES("interval jitter buffer underruns")},
 };
 
 enum Index {
-    kSendPackets, kSendBytes, kRcvdPackets, kRcvdBytes, kLostPackets, kLostPercent, kFarEndLostPercent, kJitter,
-    kAvgRcvJitter, kAvgFarEndJitter, kFarEndJitter, kOverruns, kUnderruns, kUpSpeed, kDownSpeed, kMaxRtcpTime,
-    kNetworkDelay, kRoundTripDelay, kErrorPackets, kIntervalEndTime, kIntervalMaxRtcp, kIntervalLostPercent,
-    kIntervalErrors, kIntervalMaxJitter, kIntervalOverruns, kIntervalUnderruns, kValueCount
+    kSendPackets,
+    kSendBytes,
+    kRcvdPackets,
+    kRcvdBytes,
+    kLostPackets,
+    kLostPercent,
+    kFarEndLostPercent,
+    kJitter,
+    kAvgRcvJitter,
+    kAvgFarEndJitter,
+    kFarEndJitter,
+    kOverruns,
+    kUnderruns,
+    kUpSpeed,
+    kDownSpeed,
+    kMaxRtcpTime,
+    kNetworkDelay,
+    kRoundTripDelay,
+    kErrorPackets,
+    kIntervalEndTime,
+    kIntervalMaxRtcp,
+    kIntervalLostPercent,
+    kIntervalErrors,
+    kIntervalMaxJitter,
+    kIntervalOverruns,
+    kIntervalUnderruns,
+    kValueCount
 };
 static_assert(std::size(kValues) == kValueCount);
 
@@ -143,15 +240,15 @@ uint32_t wordAt(const void *block, size_t offset) {
 
 int rtpValue(int index, int nFlag, void *pValue, int *nLocate) {
     const RtpValue &v = kValues[index];
-    if (const int rc = sip::checkArguments(v.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(v.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
-    const int lineNo = sip::lineOf(nLocate);
+    const int lineNo = core::lineOf(nLocate);
     uint32_t value = 0;
     if (v.block == Block::Line) {
         Tr104LineRtpStatsBlock block{};
         block.unLine = static_cast<uint32_t>(lineNo);
-        if (sip::readRecord(v.sig.name, &block, sizeof(block), TR104_RTP_STATS_CMD) != TR104_OK) {
+        if (core::readRecord(v.sig.name, &block, sizeof(block), TR104_RTP_STATS_CMD) != TR104_OK) {
             TR104_DEBUG_AS(v.sig.name, v.getError, lineNo);
             return TR104_ERR_EXCHANGE;
         }
@@ -165,7 +262,7 @@ int rtpValue(int index, int nFlag, void *pValue, int *nLocate) {
         Tr104LineRtpIntervalBlock block{};
         block.unLine = static_cast<uint32_t>(lineNo);
         block.unInterval = static_cast<uint32_t>(nLocate[3]);
-        if (sip::readRecord(v.sig.name, &block, sizeof(block), TR104_RTP_INTERVAL_CMD) != TR104_OK) {
+        if (core::readRecord(v.sig.name, &block, sizeof(block), TR104_RTP_INTERVAL_CMD) != TR104_OK) {
             TR104_DEBUG_AS(v.sig.name, v.getError, lineNo);
             return TR104_ERR_EXCHANGE;
         }
@@ -183,7 +280,7 @@ int rtpValue(int index, int nFlag, void *pValue, int *nLocate) {
             value = 0;
         }
     }
-    sip::putInt(pValue, static_cast<int>(value));
+    core::putInt(pValue, static_cast<int>(value));
     if (v.getDone != nullptr) {
         TR104_DEBUG_AS(v.sig.name, v.getDone, lineNo, static_cast<int>(value));
     }
@@ -224,12 +321,12 @@ int profileSum(const ProfileSum &s, int nFlag, void *pValue) {
         int locate[4] = {0, 0, lineNo, 0};
         int value = 0;
         if (rtpValue(s.lineValue, 0, &value, locate) != TR104_OK) {
-            sip::say(s.name, s.failed);
+            core::say(s.name, s.failed);
             return TR104_ERR_EXCHANGE;
         }
         sum += static_cast<uint32_t>(value);
     }
-    sip::putInt(pValue, static_cast<int>(s.halved ? sum >> 1 : sum));
+    core::putInt(pValue, static_cast<int>(s.halved ? sum >> 1 : sum));
     return TR104_OK;
 }
 
@@ -239,8 +336,8 @@ int rtpProfile(int index, int nFlag, void *pValue) { return profileSum(kSums[ind
 
 }  // namespace tr104::stats
 
-#define TR104_RTP_LINE(name, index)                                          \
-    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {   \
+#define TR104_RTP_LINE(name, index)                                                 \
+    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {          \
         return tr104::stats::rtpValue(tr104::stats::index, nFlag, pValue, nLocate); \
     }
 TR104_RTP_LINE(Tr104LineSendRtpPackets, kSendPackets)
@@ -289,7 +386,7 @@ extern "C" TR104_API int Tr104VoiceBandwidth(int nFlag, void *pValue) {
         TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
         return TR104_ERR_PARAM;
     }
-    tr104::sip::putInt(pValue, 0);
+    tr104::core::putInt(pValue, 0);
     TR104_DEBUG("get average jitter [%d].\n", 0);  // the message the agent's logs know
     return TR104_OK;
 }

@@ -10,7 +10,8 @@
 #include <iterator>
 
 #include "tr104/framework.h"
-#include "tr104/msg/record_layout.h"
+#include "tr104/core/core.h"
+#include "tr104/core/record_layout.h"
 
 extern "C" {
 TR104_API int32_t gTr104RcvMsgQueueSemId = -1;
@@ -31,22 +32,23 @@ struct ModuleKind {
 };
 
 constexpr ModuleKind kModuleKinds[] = {
-    {7, 36, 37},     // kind 1
-    {9, 160, 161},   // kind 2
+    {7, 36, 37},  // kind 1
+    {9, 160, 161},  // kind 2
     {10, 162, 163},  // kind 3
     {15, 164, 165},  // kind 4
-    {13, 0, 0},      // kind 5
-    {11, 0, 0},      // kind 6
-    {14, 0, 0},      // kind 7
+    {13, 0, 0},  // kind 5
+    {11, 0, 0},  // kind 6
+    {14, 0, 0},  // kind 7
 };
 
 }  // namespace
 
 extern "C" TR104_API int tr104VoiceMsgQueuesInit(int moduleKind) {
-    if (!tr104::openChannelLock()) {
+    if (!tr104::core::openChannelLock()) {
         return -1;
     }
-    if (!tr104::openQueue(&gTr104SndMsgQueueId, TR104_SND_QUEUE_KEY, "msgget tr104 send msg queue failed, errno = %d\n")) {
+    if (!tr104::core::openQueue(&gTr104SndMsgQueueId, TR104_SND_QUEUE_KEY,
+                                "msgget tr104 send msg queue failed, errno = %d\n")) {
         return -1;
     }
     if (moduleKind < 1 || moduleKind > static_cast<int>(std::size(kModuleKinds))) {
@@ -58,14 +60,16 @@ extern "C" TR104_API int tr104VoiceMsgQueuesInit(int moduleKind) {
     if (kind.replyKey == 0) {
         return 0;
     }
-    if (!tr104::openQueue(&gTr104RcvOutMsgQueueId, kind.replyKey, "msgget tr104 receive msg queue failed, errno = %d\n") ||
-        !tr104::openQueue(&gTr104RcvInMsgQueueId, kind.inboundKey, "msgget tr104 receive in msg queue failed, errno = %d\n")) {
+    if (!tr104::core::openQueue(&gTr104RcvOutMsgQueueId, kind.replyKey,
+                                "msgget tr104 receive msg queue failed, errno = %d\n") ||
+        !tr104::core::openQueue(&gTr104RcvInMsgQueueId, kind.inboundKey,
+                                "msgget tr104 receive in msg queue failed, errno = %d\n")) {
         return -1;
     }
     return 0;
 }
 
-namespace tr104 {
+namespace tr104::core {
 
 bool openChannelLock() {
     if (gTr104RcvMsgQueueSemId != -1) {
@@ -104,13 +108,13 @@ void fillRequestRecord(Tr104Msg *msg) {
     msg->rcvQueueId = gTr104RcvOutMsgQueueId;
 }
 
-}  // namespace tr104
+}  // namespace tr104::core
 
 extern "C" TR104_API int tr104MsgConstruct(Tr104Msg *msg) {
     if (msg == nullptr) {
         return -1;
     }
-    tr104::fillRequestRecord(msg);
+    tr104::core::fillRequestRecord(msg);
     return 0;
 }
 
@@ -121,5 +125,5 @@ extern "C" TR104_API void tr104MsgInit(Tr104Msg *msg) {
         }
         return;
     }
-    tr104::fillRequestRecord(msg);
+    tr104::core::fillRequestRecord(msg);
 }

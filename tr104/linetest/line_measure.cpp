@@ -65,10 +65,10 @@ namespace {
 
 // ---- Thresholds and per-port flags held in library memory --------------------------------------
 
-#define TR104_THRESHOLD(handler, global)                                                                        \
-    Held {                                                                                                     \
-        {handler, "p" #global, Scope::Port, Access::GetSet}, g##global, Accept::Any, false,                    \
-            "get nLocate[1]=%d, *p" #global "[%d]\n", "set nLocate[1]=%d, *p" #global "[%d]\n"                 \
+#define TR104_THRESHOLD(handler, global)                                                       \
+    Held {                                                                                     \
+        {handler, "p" #global, Locate::Port, Access::GetSet}, g##global, Accept::Any, false,   \
+            "get nLocate[1]=%d, *p" #global "[%d]\n", "set nLocate[1]=%d, *p" #global "[%d]\n" \
     }
 
 const Held kThresholds[] = {
@@ -92,8 +92,11 @@ const Held kThresholds[] = {
 };
 #undef TR104_THRESHOLD
 
-const Held kIsTestOnBusy{{"Tr104PhysicalInterfaceIsTestOnBusy", "pIsTestOnBusy", Scope::Port, Access::GetSet},
-                         gIsTestOnBusy, Accept::Any, true, "get *pIsTestOnBusy[%d]\n",
+const Held kIsTestOnBusy{{"Tr104PhysicalInterfaceIsTestOnBusy", "pIsTestOnBusy", Locate::Port, Access::GetSet},
+                         gIsTestOnBusy,
+                         Accept::Any,
+                         true,
+                         "get *pIsTestOnBusy[%d]\n",
                          "set *pIsTestOnBusy[%d], nLocate[1]=%d\n"};
 
 // ---- Measurements ------------------------------------------------------------------------------
@@ -102,7 +105,7 @@ enum class Kind : uint8_t { Integer, Text, Float, PassedWhenZero };
 
 struct Measure {
     const char *name;
-    bool inner;       // inner-line record (8217), else outer-line (8216)
+    bool inner;  // inner-line record (8217), else outer-line (8216)
     uint16_t offset;  // field in the record
     Kind kind;
     const char *field;  // the field's debug name
@@ -167,9 +170,36 @@ const Measure kMeasures[] = {
 #undef TR104_INNER
 
 enum MeasureId : uint8_t {
-    kAGDC, kBGDC, kABDC, kAGIns, kBGIns, kABIns, kABPol, kAGCap, kBGCap, kABCap, kAGAC, kBGAC, kABAC, kLoop, kRen,
-    kAGAC2, kBGAC2, kABAC2, kAGDC2, kBGDC2, kABDC2, kLoopCurrent, kFeeder, kToneVolume, kToneFrequency, kRinging,
-    kQuietPower, kToneState, kFeederState, kLoopState,
+    kAGDC,
+    kBGDC,
+    kABDC,
+    kAGIns,
+    kBGIns,
+    kABIns,
+    kABPol,
+    kAGCap,
+    kBGCap,
+    kABCap,
+    kAGAC,
+    kBGAC,
+    kABAC,
+    kLoop,
+    kRen,
+    kAGAC2,
+    kBGAC2,
+    kABAC2,
+    kAGDC2,
+    kBGDC2,
+    kABDC2,
+    kLoopCurrent,
+    kFeeder,
+    kToneVolume,
+    kToneFrequency,
+    kRinging,
+    kQuietPower,
+    kToneState,
+    kFeederState,
+    kLoopState,
 };
 static_assert(sizeof(kMeasures) / sizeof(kMeasures[0]) == kLoopState + 1);
 
@@ -190,7 +220,7 @@ int fetch(const Measure &m, int port, char (&buffer)[sizeof(Tr104OuterLineResult
 }
 
 int measure(const Measure &m, int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({m.name, "pValue", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int port = checkedPort({m.name, "pValue", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -218,9 +248,7 @@ int measure(const Measure &m, int nFlag, void *pValue, int *nLocate) {
         putFloat(pValue, decimalFloat(raw));
         TR104_DEBUG_AS(m.name, "get line[%d] %s [%s].\n", port, m.label, text);
         break;
-    case Kind::PassedWhenZero:
-        putInt(pValue, *raw == 0 ? 1 : 0);
-        break;
+    case Kind::PassedWhenZero: putInt(pValue, *raw == 0 ? 1 : 0); break;
     }
     return TR104_OK;
 }
@@ -228,11 +256,11 @@ int measure(const Measure &m, int nFlag, void *pValue, int *nLocate) {
 // ---- Flag words --------------------------------------------------------------------------------
 
 enum class Rule : uint8_t {
-    Voltages,     // |threshold| against |A| and B with its sign: bits 5 and 2
+    Voltages,  // |threshold| against |A| and B with its sign: bits 5 and 2
     Resistances,  // threshold against A and B, unsigned: bits 5 and 2
-    ABResistance, // 24 when the threshold is set and below the value, else 56
-    RingerLoad,   // 7 within min..max (max 0: no upper bound), unsigned, else 3
-    TonePower,    // 59 when the tone volume exceeds the threshold, else 63
+    ABResistance,  // 24 when the threshold is set and below the value, else 56
+    RingerLoad,  // 7 within min..max (max 0: no upper bound), unsigned, else 3
+    TonePower,  // 59 when the tone volume exceeds the threshold, else 63
 };
 
 struct FlagWord {
@@ -249,8 +277,8 @@ const FlagWord kAbgFlags{"Tr104PhysicalInterfaceTestABGResistanceFlags", Rule::R
                          kAGIns, kBGIns};
 const FlagWord kAbFlags{"Tr104PhysicalInterfaceTestABResistanceFlags", Rule::ABResistance, gABResistanceThreshold,
                         kABIns, kABIns};
-const FlagWord kRingerFlags{"Tr104PhysicalInterfaceTestRingerLoadFlags", Rule::RingerLoad, gRingerEquivalenceMin,
-                            kRen, kRen};
+const FlagWord kRingerFlags{"Tr104PhysicalInterfaceTestRingerLoadFlags", Rule::RingerLoad, gRingerEquivalenceMin, kRen,
+                            kRen};
 const FlagWord kToneFlags{"Tr104PhysicalInterfaceTestDialTonePowerFlags", Rule::TonePower, gDialTonePowerThreshold,
                           kToneVolume, kToneVolume};
 
@@ -296,14 +324,13 @@ int computeFlags(const FlagWord &f, int port) {
         const auto max = static_cast<uint32_t>(gRingerEquivalenceMax[port - 1]);
         return ren >= static_cast<uint32_t>(threshold) && (max == 0 || ren <= max) ? 7 : 3;
     }
-    case Rule::TonePower:
-        return floatAbove(decimalFloat(raw), asFloat(threshold)) ? 59 : 63;
+    case Rule::TonePower: return floatAbove(decimalFloat(raw), asFloat(threshold)) ? 59 : 63;
     }
     return -1;
 }
 
 int flags(const FlagWord &f, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({f.name, "pFlags", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({f.name, "pFlags", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -320,9 +347,12 @@ int flags(const FlagWord &f, int nFlag, void *pValue, int *nLocate) {
 // ---- Selector and state ------------------------------------------------------------------------
 
 const TextCode kTestTypes[] = {
-    {"X_CU_LineTest", TR104_TEST_TYPE_OUTER},   {"PhoneConnectivityTest", TR104_TEST_TYPE_OUTER},
-    {"Outer_Line_Test", TR104_TEST_TYPE_OUTER}, {"Inner_Line_Test", TR104_TEST_TYPE_INNER},
-    {"X_ CT-COM _SimulateTest", 0},             {"X_CMCC_SimulateTest", 0},
+    {"X_CU_LineTest", TR104_TEST_TYPE_OUTER},
+    {"PhoneConnectivityTest", TR104_TEST_TYPE_OUTER},
+    {"Outer_Line_Test", TR104_TEST_TYPE_OUTER},
+    {"Inner_Line_Test", TR104_TEST_TYPE_INNER},
+    {"X_ CT-COM _SimulateTest", 0},
+    {"X_CMCC_SimulateTest", 0},
 };
 constexpr int kSimulated = 0;
 
@@ -406,13 +436,9 @@ int getState(const char *name, int port, void *pValue) {
         return TR104_OK;
     }
     switch (gTestProgess[port - 1]) {
-    case 0:
-        putText(pValue, gTestState[port - 1]);
-        return TR104_OK;
-    case 1:
-        return lineTestState(name, port, pValue);
-    default:
-        return TR104_ERR_EXCHANGE;
+    case 0: putText(pValue, gTestState[port - 1]); return TR104_OK;
+    case 1: return lineTestState(name, port, pValue);
+    default: return TR104_ERR_EXCHANGE;
     }
 }
 
@@ -430,7 +456,7 @@ const TextCode kConclusions[] = {
 
 // Waits of the end handlers: in the caller's thread, then 0.
 int endWait(const char *name, int seconds, const char *message, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({name, "pValue", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({name, "pValue", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -447,7 +473,7 @@ struct Fixed {
     const char *setDone;
 };
 int fixedOne(const Fixed &f, int nFlag, void *pValue, int *nLocate) {
-    const int rc = check({f.name, "pValue", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int rc = checkArguments({f.name, "pValue", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
         return rc;
     }
@@ -473,7 +499,7 @@ using namespace tr104::linetest;
 extern "C" __attribute__((weak)) int Tr104PhysicalInterfaceTestIsDeviceBusySip(int, void *, int *);
 
 TR104_API int Tr104PhysicalInterfaceTestSelector(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pTestSelector", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int port = checkedPort({__func__, "pTestSelector", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -490,7 +516,7 @@ TR104_API int Tr104PhysicalInterfaceTestSelector(int nFlag, void *pValue, int *n
 }
 
 TR104_API int Tr104PhysicalInterfaceTestState(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pTestState", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int port = checkedPort({__func__, "pTestState", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -526,7 +552,7 @@ TR104_API int Tr104PhysicalInterfaceTestIsDeviceBusy(int nFlag, void *pValue, in
 }
 
 TR104_API int Tr104PhysicalInterfaceAllTests(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pAllTests", Scope::Port, Access::SetOnly}, nFlag, pValue, nLocate);
+    const int port = checkedPort({__func__, "pAllTests", Locate::Port, Access::SetOnly}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -538,7 +564,8 @@ TR104_API int Tr104PhysicalInterfaceAllTests(int nFlag, void *pValue, int *nLoca
 }
 
 TR104_API int Tr104PhysicalInterfaceTestHazardousPotential(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pHazardousPotential", Scope::Port, Access::GetSet}, nFlag, pValue, nLocate);
+    const int port =
+        checkedPort({__func__, "pHazardousPotential", Locate::Port, Access::GetSet}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -564,7 +591,7 @@ TR104_API int Tr104PhysicalInterfaceAllTestsEnd(int nFlag, void *pValue, int *nL
 }
 
 TR104_API int Tr104PhysicalInterfaceTestConclusion(int nFlag, void *pValue, int *nLocate) {
-    const int port = checkedPort({__func__, "pTestConclusion", Scope::Port, Access::GetOnly}, nFlag, pValue, nLocate);
+    const int port = checkedPort({__func__, "pTestConclusion", Locate::Port, Access::GetOnly}, nFlag, pValue, nLocate);
     if (port < 0) {
         return port;
     }
@@ -592,8 +619,10 @@ TR104_API int Tr104PhysicalInterfaceTestDcSignature(int nFlag, void *pValue, int
 }
 
 // One line per handler, naming its descriptor.
-#define TR104_HELD(handler, index) \
-    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { return held(kThresholds[index], nFlag, pValue, nLocate); }
+#define TR104_HELD(handler, index)                                 \
+    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { \
+        return held(kThresholds[index], nFlag, pValue, nLocate);   \
+    }
 TR104_HELD(Tr104PhysicalInterfaceTestVDCHazardousThreshold, 0)
 TR104_HELD(Tr104PhysicalInterfaceTestVACHazardousThreshold, 1)
 TR104_HELD(Tr104PhysicalInterfaceTestVDCForeignThreshold, 2)
@@ -613,8 +642,10 @@ TR104_HELD(Tr104PhysicalInterfaceTestDialTonePowerThreshold, 15)
 TR104_HELD(Tr104PhysicalInterfaceTestQuietChannelPowerThreshold, 16)
 #undef TR104_HELD
 
-#define TR104_MEASURE(handler, id) \
-    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { return measure(kMeasures[id], nFlag, pValue, nLocate); }
+#define TR104_MEASURE(handler, id)                                 \
+    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { \
+        return measure(kMeasures[id], nFlag, pValue, nLocate);     \
+    }
 TR104_MEASURE(Tr104PhysicalInterfaceTestAGDCVoltage, kAGDC)
 TR104_MEASURE(Tr104PhysicalInterfaceTestBGDCVoltage, kBGDC)
 TR104_MEASURE(Tr104PhysicalInterfaceTestABDCVoltage, kABDC)

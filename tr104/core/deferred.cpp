@@ -4,9 +4,9 @@
 #include <cstring>
 
 #include "tr104/codec.h"
-#include "tr104/framework/debug.h"
-#include "tr104/msg/deferred_internal.h"
-#include "tr104/msg/record_layout.h"
+#include "tr104/core/debug.h"
+#include "tr104/core/deferred_internal.h"
+#include "tr104/core/record_layout.h"
 #include "tr104/startup.h"
 
 // The groups' apply functions live with their handlers.  They are referenced weakly so that a
@@ -41,9 +41,15 @@ struct SlotGroup {
 
 // Slots 10 to 19 hold no group.
 const SlotGroup kSlotGroups[] = {
-    {setIpConfig, 3},     {setRegServer, 2},           {setSecondaryRegServer, 2},
-    {setProxyServer, 2},  {setSecondaryProxyServer, 2}, {setLineAuthCfg, 2},
-    {setSipVlanParam, 6}, {setRtpVlanParam, 6},        {setOutBoundProxyServer, 2},
+    {setIpConfig, 3},
+    {setRegServer, 2},
+    {setSecondaryRegServer, 2},
+    {setProxyServer, 2},
+    {setSecondaryProxyServer, 2},
+    {setLineAuthCfg, 2},
+    {setSipVlanParam, 6},
+    {setRtpVlanParam, 6},
+    {setOutBoundProxyServer, 2},
     {setSecondaryOutBoundProxyServer, 2},
 };
 
@@ -71,7 +77,7 @@ bool groupComplete(const Tr104CfgParamInfo &info) {
 
 }  // namespace
 
-namespace tr104 {
+namespace tr104::core {
 
 void armCfgParamTimer(int slot) {
     if (!validSlot(slot)) {
@@ -86,7 +92,7 @@ void armCfgParamTimer(int slot) {
     }
 }
 
-}  // namespace tr104
+}  // namespace tr104::core
 
 extern "C" TR104_API int constructTr104CfgParamInfo(void) {
     for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
@@ -122,7 +128,7 @@ extern "C" TR104_API int tr104CfgParamHandleByTimer(int nCfgParamTimerType, Tr10
     }
     const int slot = nCfgParamTimerType;
     Tr104CfgParamInfo &info = gTr104CfgParamInfo[slot];
-    tr104::armCfgParamTimer(slot);
+    tr104::core::armCfgParamTimer(slot);
     if (!groupComplete(info)) {
         return 0;
     }

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "tr104/codec.h"
-#include "tr104/netcfg/device_internal.h"
+#include "tr104/device/device_internal.h"
 
 namespace tr104::device {
 namespace {
@@ -34,34 +34,26 @@ const SupportedItem kCodecSilenceSuppression =
     supported("Tr104CodecSilenceSuppression", "pCodecSilenceSuppression", Supported::SilenceSuppression);
 
 int supportedCodec(const SupportedItem &s, int nFlag, void *pValue, const int *nLocate) {
-    if (const int rc = sip::checkArguments(s.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(s.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
-    if (nLocate == nullptr || !sip::inRange(nLocate[1], 1, kSupportedCount)) {
+    if (nLocate == nullptr || !core::inRange(nLocate[1], 1, kSupportedCount)) {
         TR104_DEBUG_AS(s.sig.name, "param error, nLocate[1]=%d\n", nLocate != nullptr ? nLocate[1] : 0);
         return TR104_ERR_PARAM;
     }
     const int code = kSupported[nLocate[1] - 1];
     switch (s.item) {
-    case Supported::Name:
-        std::strcpy(static_cast<char *>(pValue), ConvertCodecTypeInt2Str(code));
-        break;
-    case Supported::BitRate:
-        sip::putInt(pValue, static_cast<int>(tr104GetBitRateByCodecEnum(code)));
-        break;
-    case Supported::Periods:
-        std::strcpy(static_cast<char *>(pValue), kPeriods);
-        break;
-    case Supported::SilenceSuppression:
-        sip::putInt(pValue, 1);
-        break;
+    case Supported::Name: std::strcpy(static_cast<char *>(pValue), ConvertCodecTypeInt2Str(code)); break;
+    case Supported::BitRate: core::putInt(pValue, static_cast<int>(tr104GetBitRateByCodecEnum(code))); break;
+    case Supported::Periods: std::strcpy(static_cast<char *>(pValue), kPeriods); break;
+    case Supported::SilenceSuppression: core::putInt(pValue, 1); break;
     }
     return TR104_OK;
 }
 
 // A parameter the voice module has no request for: the checks, then -1.
 int notProvided(const Signature &sig, int nFlag, void *pValue, const int *nLocate) {
-    if (const int rc = sip::checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
     TR104_DEBUG_AS(sig.name, "%s: this voice module does not provide the parameter\n", sig.name);
@@ -74,20 +66,19 @@ const Signature kSessionDuration{"Tr104SessionDuration", "pSessionDuration", Loc
 const Signature kSipSessionTimerSessionExpires{"Tr104SipSessionTimerSessionExpires", "pSessionExpires", Locate::None,
                                                Access::GetSet};
 // The registration diagnostics of the device: the voice module has no request that runs them.
-const Signature kIADDiagnosticsState{"Tr104IADDiagnosticsState", "pIADDiagnosticsState", Locate::None,
-                                     Access::GetSet};
+const Signature kIADDiagnosticsState{"Tr104IADDiagnosticsState", "pIADDiagnosticsState", Locate::None, Access::GetSet};
 const Signature kLineSessionTimerFlag{"Tr104LineSessionTimerFlag", "pLineSessionTimerFlag", Locate::Line,
                                       Access::GetSet};
 
 }  // namespace
 }  // namespace tr104::device
 
-#define TR104_SUPPORTED_CODEC(name)                                                    \
-    extern "C" TR104_API int Tr104##name(int nFlag, void *pValue, int *nLocate) {         \
+#define TR104_SUPPORTED_CODEC(name)                                                           \
+    extern "C" TR104_API int Tr104##name(int nFlag, void *pValue, int *nLocate) {             \
         return tr104::device::supportedCodec(tr104::device::k##name, nFlag, pValue, nLocate); \
     }
-#define TR104_NOT_PROVIDED(name)                                                      \
-    extern "C" TR104_API int Tr104##name(int nFlag, void *pValue, int *nLocate) {      \
+#define TR104_NOT_PROVIDED(name)                                                           \
+    extern "C" TR104_API int Tr104##name(int nFlag, void *pValue, int *nLocate) {          \
         return tr104::device::notProvided(tr104::device::k##name, nFlag, pValue, nLocate); \
     }
 

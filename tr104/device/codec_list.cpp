@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "tr104/codec.h"
-#include "tr104/netcfg/device_internal.h"
+#include "tr104/device/device_internal.h"
 #include "tr104/sip.h"
 
 namespace tr104::device {
@@ -22,8 +22,8 @@ constexpr uint32_t kChangedSilence = 0x10;
 struct ListItem {
     Signature sig;
     Item item;
-    uint32_t changed;     // bit of the entry's change mask
-    int low, high;        // accepted values of an integer item
+    uint32_t changed;  // bit of the entry's change mask
+    int low, high;  // accepted values of an integer item
     const char *refused;  // "%d" the refused value
 };
 
@@ -58,10 +58,10 @@ Line &lineList(int line) {
 }
 
 int checkEntry(const Signature &sig, int nFlag, const void *pValue, const int *nLocate) {
-    if (const int rc = sip::checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
-    if (!sip::inRange(nLocate[3], 1, TR104_CODEC_LIST_ENTRIES)) {
+    if (!core::inRange(nLocate[3], 1, TR104_CODEC_LIST_ENTRIES)) {
         TR104_DEBUG_AS(sig.name, "param error, nLocate[3]=%d\n", nLocate[3]);
         return TR104_ERR_PARAM;
     }
@@ -108,13 +108,13 @@ int applyToProfile(const char *name, int line, Tr104SipProfileRecord &profile) {
     }
     unsigned int cmd = SET_PROFILE_CMD_ID;
     if (status.unProfileId != 0) {
-        sip::copyBounded(profile.aName, status.aProfileName, sizeof(profile.aName) - 1);
+        core::copyBounded(profile.aName, status.aProfileName, sizeof(profile.aName) - 1);
     } else {
         std::snprintf(profile.aName, sizeof(profile.aName), "port%d", line);
         profile.ucPort = static_cast<uint8_t>(line);
         cmd = CREATE_SET_BIND_PROFILE_ID;
     }
-    if (sip::sendRecord(name, &profile, sizeof(profile), cmd) != TR104_OK) {
+    if (core::sendRecord(name, &profile, sizeof(profile), cmd) != TR104_OK) {
         TR104_DEBUG_AS(name, "set line[%d] codec msg snd failed.\n", line);
         return TR104_ERR_EXCHANGE;
     }
@@ -131,19 +131,23 @@ int changeItem(const ListItem &it, Line &list, int entry, const void *pValue) {
         }
         e.nCodecType = code;
     } else {
-        const int value = sip::intValue(pValue);
-        if (!sip::inRange(value, it.low, it.high)) {
+        const int value = core::intValue(pValue);
+        if (!core::inRange(value, it.low, it.high)) {
             TR104_DEBUG_AS(it.sig.name, it.refused, value);
             return TR104_ERR_PARAM;
         }
         // The voice profile keeps one packetization period and one silence suppression per
         // line: every entry of the line takes the value.
         for (CodecListUnit &each : list) {
-            if (it.item == Item::Packetization) each.ucPacketizationPeriod = static_cast<uint8_t>(value);
-            if (it.item == Item::Silence) each.ucSilenceSuppression = static_cast<uint8_t>(value);
+            if (it.item == Item::Packetization)
+                each.ucPacketizationPeriod = static_cast<uint8_t>(value);
+            if (it.item == Item::Silence)
+                each.ucSilenceSuppression = static_cast<uint8_t>(value);
         }
-        if (it.item == Item::Enable) e.ucEnable = static_cast<uint8_t>(value);
-        if (it.item == Item::Priority) e.unPriority = static_cast<uint32_t>(value);
+        if (it.item == Item::Enable)
+            e.ucEnable = static_cast<uint8_t>(value);
+        if (it.item == Item::Priority)
+            e.unPriority = static_cast<uint32_t>(value);
     }
     e.unChangeMask |= it.changed;
     return TR104_OK;
@@ -191,24 +195,15 @@ int setItem(const ListItem &it, int line, int entry, const void *pValue) {
 
 void getItem(const ListItem &it, const CodecListUnit &e, void *pValue) {
     switch (it.item) {
-    case Item::Codec:
-        std::strcpy(static_cast<char *>(pValue), ConvertCodecTypeInt2Str(e.nCodecType));
-        return;
+    case Item::Codec: std::strcpy(static_cast<char *>(pValue), ConvertCodecTypeInt2Str(e.nCodecType)); return;
     case Item::BitRate:
-        sip::putInt(pValue, e.nCodecType == TR104_CODEC_NONE ? 0 : static_cast<int>(tr104GetBitRateByCodecEnum(e.nCodecType)));
+        core::putInt(pValue,
+                     e.nCodecType == TR104_CODEC_NONE ? 0 : static_cast<int>(tr104GetBitRateByCodecEnum(e.nCodecType)));
         return;
-    case Item::Packetization:
-        sip::putInt(pValue, e.ucPacketizationPeriod);
-        return;
-    case Item::Silence:
-        sip::putInt(pValue, e.ucSilenceSuppression);
-        return;
-    case Item::Enable:
-        sip::putInt(pValue, e.ucEnable);
-        return;
-    case Item::Priority:
-        sip::putInt(pValue, static_cast<int>(e.unPriority));
-        return;
+    case Item::Packetization: core::putInt(pValue, e.ucPacketizationPeriod); return;
+    case Item::Silence: core::putInt(pValue, e.ucSilenceSuppression); return;
+    case Item::Enable: core::putInt(pValue, e.ucEnable); return;
+    case Item::Priority: core::putInt(pValue, static_cast<int>(e.unPriority)); return;
     }
 }
 
@@ -216,7 +211,7 @@ int listValue(const ListItem &it, int nFlag, void *pValue, int *nLocate) {
     if (const int rc = checkEntry(it.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
-    const int line = sip::lineOf(nLocate);
+    const int line = core::lineOf(nLocate);
     if (nFlag == 0) {
         getItem(it, lineList(line)[nLocate[3] - 1], pValue);
         return TR104_OK;
@@ -225,11 +220,11 @@ int listValue(const ListItem &it, int nFlag, void *pValue, int *nLocate) {
 }
 
 int codecUsed(int nFlag, void *pValue, int *nLocate) {
-    if (const int rc = sip::checkArguments(kUsed, nFlag, pValue, nLocate); rc != TR104_OK) {
+    if (const int rc = core::checkArguments(kUsed, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
     uint8_t codecs[TR104_PROFILE_CODEC_COUNT];
-    const int count = selection(lineList(sip::lineOf(nLocate)), codecs);
+    const int count = selection(lineList(core::lineOf(nLocate)), codecs);
     std::strcpy(static_cast<char *>(pValue), count > 0 ? ConvertCodecTypeInt2Str(codecs[0]) : "");
     return TR104_OK;
 }
@@ -237,8 +232,8 @@ int codecUsed(int nFlag, void *pValue, int *nLocate) {
 }  // namespace
 }  // namespace tr104::device
 
-#define TR104_CODEC_LIST_HANDLER(name, item)                                        \
-    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {           \
+#define TR104_CODEC_LIST_HANDLER(name, item)                                          \
+    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {            \
         return tr104::device::listValue(tr104::device::item, nFlag, pValue, nLocate); \
     }
 

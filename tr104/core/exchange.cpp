@@ -10,14 +10,14 @@
 #include <cstring>
 
 #include "tr104/framework.h"
-#include "tr104/framework/debug.h"
-#include "tr104/msg/record_layout.h"
+#include "tr104/core/debug.h"
+#include "tr104/core/record_layout.h"
 
 namespace {
 
 constexpr int kLockWaitSeconds = 5;
-constexpr int kLongPollLimit = 251;   // modules 7 and 10: about 1 s
-constexpr int kShortPollLimit = 51;   // every other module: about 0.2 s
+constexpr int kLongPollLimit = 251;  // modules 7 and 10: about 1 s
+constexpr int kShortPollLimit = 51;  // every other module: about 0.2 s
 constexpr useconds_t kFirstMissPause = 1;
 constexpr useconds_t kFifthMissPause = 20000;
 
@@ -159,7 +159,6 @@ extern "C" TR104_API int msgSndAndRcvSem(Tr104Msg *pIoSemMsgPara, unsigned int i
     return static_cast<int>(received);
 }
 
-
 extern "C" TR104_API int tr104MsgSndAndWaitIfNeedResponse(int eCmdId, void *pCfgBuffer, unsigned int unCfgBufferLen,
                                                           unsigned int ifNeedResponse) {
     if (pCfgBuffer == nullptr) {
@@ -240,7 +239,8 @@ extern "C" TR104_API int getLineStatus(int port, void *status) {
         return -1;
     }
     std::memcpy(status, block, sizeof(block));
-    TR104_DEBUG("get port[%d] status:profilename:%.*s profileid:%d\n", port, static_cast<int>(kPortStatusProfileNameMax),
-                block + kPortStatusProfileNameOffset, static_cast<int>(getWord(block + kPortStatusProfileIdOffset)));
+    TR104_DEBUG("get port[%d] status:profilename:%.*s profileid:%d\n", port,
+                static_cast<int>(kPortStatusProfileNameMax), block + kPortStatusProfileNameOffset,
+                static_cast<int>(getWord(block + kPortStatusProfileIdOffset)));
     return 0;
 }

@@ -1,5 +1,5 @@
 // Announces the library's version to the board-support library when the library is loaded.
-#include "tr104/msg/host_imports.h"
+#include "tr104/core/host_imports.h"
 #include "tr104/version.h"
 
 namespace {

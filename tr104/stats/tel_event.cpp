@@ -1,6 +1,6 @@
 // Telephone-event settings, the same under both protocols: one 20-byte block read whole; a set
 // sends a zero block with its own word and its bit in the mask, without waiting for a reply.
-#include "tr104/sip/sip_internal.h"
+#include "tr104/core/core.h"
 #include "tr104/statistics.h"
 
 static_assert(sizeof(Tr104TelEventBlock) == 20);
@@ -48,17 +48,17 @@ int telEvent(int index, int nFlag, void *pValue) {
         TR104_DEBUG_AS(e.name, "param error, %s is null\n", e.valueName);
         return TR104_ERR_PARAM;
     }
-    TR104_DEBUG_AS(e.name, " nFlag =[%d], *%s= [%d]\n", nFlag, e.valueName, sip::intValue(pValue));
+    TR104_DEBUG_AS(e.name, " nFlag =[%d], *%s= [%d]\n", nFlag, e.valueName, core::intValue(pValue));
     Tr104TelEventBlock block{};
     char *word = reinterpret_cast<char *>(&block) + e.offset;
     if (nFlag == 0) {
-        if (sip::readRecord(e.name, &block, sizeof(block), TR104_TEL_EVENT_GET_CMD) != TR104_OK) {
-            sip::say(e.name, e.getError);
+        if (core::readRecord(e.name, &block, sizeof(block), TR104_TEL_EVENT_GET_CMD) != TR104_OK) {
+            core::say(e.name, e.getError);
             return TR104_ERR_EXCHANGE;
         }
         uint32_t value;
         std::memcpy(&value, word, sizeof(value));
-        sip::putInt(pValue, static_cast<int>(value));
+        core::putInt(pValue, static_cast<int>(value));
         TR104_DEBUG_AS(e.name, e.getDone, static_cast<int>(value));
         return TR104_OK;
     }
@@ -66,15 +66,15 @@ int telEvent(int index, int nFlag, void *pValue) {
         TR104_DEBUG_AS(e.name, "param error, nFlag[%d]\n", nFlag);
         return TR104_ERR_PARAM;
     }
-    const uint32_t value = static_cast<uint32_t>(sip::intValue(pValue));
+    const uint32_t value = static_cast<uint32_t>(core::intValue(pValue));
     if (value > e.high) {
         TR104_DEBUG_AS(e.name, e.rangeError, static_cast<int>(value), static_cast<int>(e.high));
         return TR104_ERR_PARAM;
     }
     std::memcpy(word, &value, sizeof(value));
     block.unMask = e.mask;
-    if (sip::sendRecord(e.name, &block, sizeof(block), e.setCmd) != TR104_OK) {
-        sip::say(e.name, e.setError);
+    if (core::sendRecord(e.name, &block, sizeof(block), e.setCmd) != TR104_OK) {
+        core::say(e.name, e.setError);
         return TR104_ERR_EXCHANGE;
     }
     return TR104_OK;

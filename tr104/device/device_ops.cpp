@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "tr104/netcfg/device_internal.h"
+#include "tr104/device/device_internal.h"
 
 // Registration variants: the H.248 one belongs to the H.248 handlers, the SIP one to a process
 // that provides it.  Either may be absent; the wrapper then answers -1 for its protocol.
@@ -22,9 +22,9 @@ struct Switch {
     Signature sig;
     uint16_t getCmd;
     uint16_t setCmd;
-    const char *entry;    // "%d" nFlag and the value
+    const char *entry;  // "%d" nFlag and the value
     const char *failure;  // read failed
-    const char *done;     // read done ("%d" the value)
+    const char *done;  // read done ("%d" the value)
     const char *sendFailure;
 };
 
@@ -44,23 +44,23 @@ const Switch kIgnoreClearCfg{deviceSignature("Tr104PrivateIgnoreClearCfgEnable",
                              "SET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID msg snd failed.\n"};
 
 int switchValue(const Switch &s, int nFlag, void *pValue) {
-    TR104_DEBUG_AS(s.sig.name, s.entry, nFlag, pValue != nullptr ? sip::intValue(pValue) : 0);
+    TR104_DEBUG_AS(s.sig.name, s.entry, nFlag, pValue != nullptr ? core::intValue(pValue) : 0);
     if (const int rc = checkDevice(s.sig, nFlag, pValue); rc != TR104_OK) {
         return rc;
     }
     int value = 0;
     if (nFlag == 0) {
-        if (sip::readRecord(s.sig.name, &value, sizeof(value), s.getCmd) != TR104_OK) {
-            sip::say(s.sig.name, s.failure);
+        if (core::readRecord(s.sig.name, &value, sizeof(value), s.getCmd) != TR104_OK) {
+            core::say(s.sig.name, s.failure);
             return TR104_ERR_EXCHANGE;
         }
-        sip::putInt(pValue, value);
+        core::putInt(pValue, value);
         TR104_DEBUG_AS(s.sig.name, s.done, value);
         return TR104_OK;
     }
-    value = sip::intValue(pValue);
-    if (sip::sendRecord(s.sig.name, &value, sizeof(value), s.setCmd) != TR104_OK) {
-        sip::say(s.sig.name, s.sendFailure);
+    value = core::intValue(pValue);
+    if (core::sendRecord(s.sig.name, &value, sizeof(value), s.setCmd) != TR104_OK) {
+        core::say(s.sig.name, s.sendFailure);
         return TR104_ERR_EXCHANGE;
     }
     return TR104_OK;
@@ -91,7 +91,9 @@ using namespace tr104::device;
 
 extern "C" {
 
-TR104_API int Tr104PrivateProtocolEnable(int nFlag, void *pValue) { return switchValue(kPrivateProtocol, nFlag, pValue); }
+TR104_API int Tr104PrivateProtocolEnable(int nFlag, void *pValue) {
+    return switchValue(kPrivateProtocol, nFlag, pValue);
+}
 TR104_API int Tr104PrivateIgnoreClearCfgEnable(int nFlag, void *pValue) {
     return switchValue(kIgnoreClearCfg, nFlag, pValue);
 }
@@ -132,12 +134,10 @@ TR104_API int Tr104VoiceOperation(int nFlag, void *pValue) {
     if (const int rc = checkDevice(kOperation, nFlag, pValue); rc != TR104_OK) {
         return rc;
     }
-    const int operation = tr104::sip::intValue(pValue);
+    const int operation = tr104::core::intValue(pValue);
     switch (operation) {
-    case kRegister:
-        return registerWithCallAgent(1);
-    case kUnregister:
-        return registerWithCallAgent(0);
+    case kRegister: return registerWithCallAgent(1);
+    case kUnregister: return registerWithCallAgent(0);
     case kRestart: {
         std::printf("[%s] system reboot...\n", "Tr104VoiceOperation");
         std::fflush(stdout);
@@ -147,9 +147,7 @@ TR104_API int Tr104VoiceOperation(int nFlag, void *pValue) {
         (void)status;
         return TR104_OK;
     }
-    default:
-        TR104_DEBUG("param error, *pOperation=%d\n", operation);
-        return TR104_ERR_PARAM;
+    default: TR104_DEBUG("param error, *pOperation=%d\n", operation); return TR104_ERR_PARAM;
     }
 }
 

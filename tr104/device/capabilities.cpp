@@ -1,15 +1,15 @@
 // Capability and limit parameters of the voice service: read-only, most with a fixed answer,
 // two asked from the voice module, several answered by the SIP handlers while SIP runs.
-#include "tr104/netcfg/device_internal.h"
+#include "tr104/device/device_internal.h"
 #include "tr104/sip.h"
 
 namespace tr104::device {
 namespace {
 
 enum class Source : uint8_t {
-    Fixed,     // the answer, whatever the protocol
+    Fixed,  // the answer, whatever the protocol
     SipFirst,  // SIP: the SIP handler; H.248: the answer; any other protocol: -1, no check
-    Query,     // asked from the voice module
+    Query,  // asked from the voice module
 };
 
 struct Capability {
@@ -17,15 +17,15 @@ struct Capability {
     Source source;
     int answer;
     SipVariant sip = nullptr;
-    uint16_t cmd = 0;                  // Query: command id of the 4-byte get
-    const char *failure = nullptr;     // Query: read failed
-    const char *done = nullptr;        // printed after the answer ("%d" the value), or null
-    const char *entry = nullptr;       // printed on entry ("%d" nFlag and the value), or null
+    uint16_t cmd = 0;  // Query: command id of the 4-byte get
+    const char *failure = nullptr;  // Query: read failed
+    const char *done = nullptr;  // printed after the answer ("%d" the value), or null
+    const char *entry = nullptr;  // printed on entry ("%d" nFlag and the value), or null
 };
 
 constexpr Capability fixed(const char *name, const char *valueName, int answer, const char *done = nullptr) {
-    return Capability{deviceSignature(name, valueName, Access::GetOnly), Source::Fixed, answer, nullptr, 0, nullptr,
-                      done};
+    return Capability{
+        deviceSignature(name, valueName, Access::GetOnly), Source::Fixed, answer, nullptr, 0, nullptr, done};
 }
 constexpr Capability sipFirst(const char *name, const char *valueName, int answer, SipVariant sip) {
     return Capability{deviceSignature(name, valueName, Access::GetOnly), Source::SipFirst, answer, sip};
@@ -63,7 +63,13 @@ const Capability kModemPassThroughFlag =
 const Capability kToneGenerationFlag = fixed("Tr104ToneGenerationFlag", "pToneGenerationFlag", 0);
 const Capability kRingGenerationFlag = fixed("Tr104RingGenerationFlag", "pRingGenerationFlag", 0);
 const Capability kDigitMapFlag{deviceSignature("Tr104DigitMapFlag", "pDigitMapFlag", Access::GetOnly),
-                               Source::Fixed, 1, nullptr, 0, nullptr, nullptr, "nFlag[%d], *pDigitMapFlag[%d]\n"};
+                               Source::Fixed,
+                               1,
+                               nullptr,
+                               0,
+                               nullptr,
+                               nullptr,
+                               "nFlag[%d], *pDigitMapFlag[%d]\n"};
 const Capability kNumberingPlanFlag =
     sipFirst("Tr104NumberingPlanFlag", "pNumberingPlanFlag", 0, Tr104NumberingPlanFlagSip);
 const Capability kButtonMapFlag = fixed("Tr104ButtonMapFlag", "pButtonMapFlag", 0);
@@ -84,19 +90,19 @@ int answerCapability(const Capability &c, int nFlag, void *pValue) {
         }
     }
     if (c.entry != nullptr) {
-        TR104_DEBUG_AS(c.sig.name, c.entry, nFlag, pValue != nullptr ? sip::intValue(pValue) : 0);
+        TR104_DEBUG_AS(c.sig.name, c.entry, nFlag, pValue != nullptr ? core::intValue(pValue) : 0);
     }
     if (const int rc = checkDevice(c.sig, nFlag, pValue); rc != TR104_OK) {
         return rc;
     }
     int value = c.answer;
     if (c.source == Source::Query) {
-        if (sip::readRecord(c.sig.name, &value, sizeof(value), c.cmd) != TR104_OK) {
-            sip::say(c.sig.name, c.failure);
+        if (core::readRecord(c.sig.name, &value, sizeof(value), c.cmd) != TR104_OK) {
+            core::say(c.sig.name, c.failure);
             return TR104_ERR_EXCHANGE;
         }
     }
-    sip::putInt(pValue, value);
+    core::putInt(pValue, value);
     if (c.done != nullptr) {
         TR104_DEBUG_AS(c.sig.name, c.done, value);
     }
@@ -110,9 +116,9 @@ const Signature kRegions = deviceSignature("Tr104CapabilityRegions", "pRegions",
 
 using tr104::device::answerCapability;
 
-#define TR104_CAPABILITY(name) \
-    extern "C" TR104_API int Tr104##name(int nFlag, void *pValue) {                        \
-        return answerCapability(tr104::device::k##name, nFlag, pValue);            \
+#define TR104_CAPABILITY(name)                                          \
+    extern "C" TR104_API int Tr104##name(int nFlag, void *pValue) {     \
+        return answerCapability(tr104::device::k##name, nFlag, pValue); \
     }
 
 TR104_CAPABILITY(ProfileNumber)
@@ -148,7 +154,7 @@ extern "C" TR104_API int Tr104MaxLineCount(int nFlag, void *pValue) {
     if (pValue == nullptr) {
         return TR104_ERR_PARAM;
     }
-    tr104::sip::putInt(pValue, 2);
+    tr104::core::putInt(pValue, 2);
     return TR104_OK;
 }
 

@@ -2,14 +2,14 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tr104/framework/debug.h"
-#include "tr104/msg/host_imports.h"
+#include "tr104/core/debug.h"
+#include "tr104/core/host_imports.h"
 #include "tr104/common.h"
 #include "tr104/notify.h"
 
 namespace {
 
-constexpr size_t kNameLen = 200;   // one data-model path
+constexpr size_t kNameLen = 200;  // one data-model path
 constexpr size_t kValueLen = 256;  // one value string
 
 // Offsets in the inbound blocks: the 452-byte line record and the 276-byte server record.
@@ -35,9 +35,7 @@ struct Notification {
     }
     void name(int i, const char *suffix) { std::snprintf(names[i], kNameLen, "%s%s", kProfile, suffix); }
     // Copies a string of the inbound block, bounded by the value buffer.
-    void text(int i, const char *block, size_t offset) {
-        std::strncpy(values[i], block + offset, kValueLen - 1);
-    }
+    void text(int i, const char *block, size_t offset) { std::strncpy(values[i], block + offset, kValueLen - 1); }
     void number(int i, int n) { std::snprintf(values[i], kValueLen, "%d", n); }
     void send() {
         char *namePtrs[3] = {names[0], names[1], names[2]};
@@ -99,8 +97,7 @@ extern "C" TR104_API void Tr104NotifyChangeValuesToTr069(char **names, char **va
     }
     if (gTr104CfgDebug) {
         for (int i = 0; i < count; ++i) {
-            Tr104DebugPrint(__func__, __LINE__, "NameList[%d]= [%s],ValueList[%d] =[%s]\n", i, names[i], i,
-                            values[i]);
+            Tr104DebugPrint(__func__, __LINE__, "NameList[%d]= [%s],ValueList[%d] =[%s]\n", i, names[i], i, values[i]);
         }
     }
     int result = -1;

@@ -4,9 +4,9 @@
 #include <cstring>
 
 #include "tr104/framework.h"
-#include "tr104/framework/debug.h"
-#include "tr104/msg/record_layout.h"
-#include "tr104/sip/sip_internal.h"
+#include "tr104/core/debug.h"
+#include "tr104/core/record_layout.h"
+#include "tr104/core/core.h"
 
 static_assert(sizeof(Tr104SimpleDataBlock) == TR104_CFG_BUFFER_LEN);
 static_assert(offsetof(Tr104SimpleDataBlock, unValueSize) == 20);
@@ -101,7 +101,7 @@ extern "C" TR104_API int CfgPreHandleGetStringParam(Tr104Msg *pIoMsgParam, char 
     }
     // The text fills the caller's len bytes as strncpy leaves it (no terminator when it is len
     // characters or more); a reply area without a terminator holds a text of its first 2047 bytes.
-    const size_t inReply = tr104::sip::fieldTextLength(pIoMsgParam->rspBuffer, sizeof(pIoMsgParam->rspBuffer));
+    const size_t inReply = tr104::core::fieldTextLength(pIoMsgParam->rspBuffer, sizeof(pIoMsgParam->rspBuffer));
     const size_t textLen = inReply < len ? inReply : len;
     std::memcpy(dst, pIoMsgParam->rspBuffer, textLen);
     if (textLen < len) {
