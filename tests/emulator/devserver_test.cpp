@@ -7,7 +7,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
+#include <string>
+#include <vector>
 
 #include "emulator/control.h"
 #include "emulator/device_emulator.h"
@@ -24,20 +27,38 @@ using Records = std::vector<vmemu::VoiceModuleEmulator::StoredRecord>;
 
 std::string tempPath(const char *name) { return testing::TempDir() + "tr104-devserver-" + name; }
 
-// Files of the test folder whose names start with `prefix`.
-int filesStartingWith(const std::string &prefix) {
-    int n = 0;
-    if (DIR *dir = opendir(testing::TempDir().c_str())) {
-        while (const dirent *e = readdir(dir)) {
-            n += std::string(e->d_name).rfind(prefix, 0) == 0;
-        }
-        closedir(dir);
+// A folder of the test's own, on tmpfs where there is one: the directory offsets of a large host
+// file system do not fit the device build's 32-bit readdir under qemu-user, which then lists
+// nothing.
+std::string ownFolder() {
+    const std::string base = access("/dev/shm", W_OK) == 0 ? "/dev/shm/" : testing::TempDir();
+    std::string folder = base + "tr104-devserver-XXXXXX";
+    return mkdtemp(folder.data()) != nullptr ? folder + "/" : std::string();
+}
+
+// The names in a folder; fails the test when the folder cannot be listed.
+std::vector<std::string> namesIn(const std::string &folder) {
+    std::vector<std::string> names;
+    DIR *dir = opendir(folder.c_str());
+    EXPECT_NE(dir, nullptr) << folder;
+    if (dir == nullptr) {
+        return names;
     }
-    return n;
+    errno = 0;
+    while (const dirent *e = readdir(dir)) {
+        if (std::string(e->d_name) != "." && std::string(e->d_name) != "..") {
+            names.emplace_back(e->d_name);
+        }
+    }
+    EXPECT_EQ(errno, 0) << "listing " << folder;
+    closedir(dir);
+    return names;
 }
 
 TEST(StateFile, EveryRecordComesBackAsSaved) {
-    const std::string path = tempPath("state.json");
+    const std::string folder = ownFolder();
+    ASSERT_FALSE(folder.empty());
+    const std::string path = folder + "state.json";
     vmemu::VoiceModuleEmulator before;
     // Changed records of registered families and one a command handler keeps under its own key.
     Records changed = before.storedRecords();
@@ -61,7 +82,7 @@ TEST(StateFile, EveryRecordComesBackAsSaved) {
     struct stat st {};
     ASSERT_EQ(stat(path.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 07777, 0600u);
-    EXPECT_EQ(filesStartingWith("tr104-devserver-state.json"), 1) << "no temporary file is left beside it";
+    EXPECT_EQ(namesIn(folder), std::vector<std::string>{"state.json"}) << "no temporary file is left beside it";
 
     vmemu::VoiceModuleEmulator after;
     ASSERT_TRUE(vmemu::loadState(after, path, &error)) << error;
@@ -74,6 +95,7 @@ TEST(StateFile, EveryRecordComesBackAsSaved) {
         EXPECT_EQ(vmemu::h248::block(after, cmd), vmemu::h248::block(before, cmd)) << cmd;
     }
     std::remove(path.c_str());
+    rmdir(folder.c_str());
 }
 
 TEST(StateFile, RefusesWhatItCannotRead) {
