@@ -204,6 +204,14 @@ check "sets in pairs: a lone port written at the end" 0 "staged in slot 1" \
   "slot 1: writing its staged values now" -- set $p.SIP.RegistrarServerPort 5071 $p.Line.1.Enable Enabled
 [ "$(($(requests 16389) - registrar_writes))" = 1 ] || { echo "FAIL sets in pairs: the lone port was not written once"; failures=$((failures + 1)); }
 check "sets in pairs: lone port read back" 0 "=5071" -- get $p.SIP.RegistrarServerPort
+# Both lines' credentials share one slot: each line's pair completes its own group, and no line's
+# user name is written without its password.
+auth_writes=$(requests 16585)
+check "sets in pairs: both lines' credentials" 0 "Line.1.SIP.AuthPassword: set, completing slot 5" \
+  "Line.2.SIP.AuthPassword: set, completing slot 5" -- set $p.Line.1.SIP.AuthUserName bob \
+  $p.Line.1.SIP.AuthPassword pw1 $p.Line.2.SIP.AuthUserName carol $p.Line.2.SIP.AuthPassword pw2
+[ "$(($(requests 16585) - auth_writes))" = 2 ] || { echo "FAIL sets in pairs: both lines' credentials were not written once each"; failures=$((failures + 1)); }
+check "sets in pairs: line 2's user name read back" 0 "=carol" -- get $p.Line.2.SIP.AuthUserName
 before=$(served)
 check "sets in pairs: unknown path" 2 "no such parameter in the voice data model: '$p.SIP.ProxyServerPot'" -- \
   set $p.SIP.ProxyServer proxy2.example.net $p.SIP.ProxyServerPot 5071

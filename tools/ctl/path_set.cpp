@@ -69,8 +69,11 @@ bool applyWaitingGroups(const Library &lib, const std::vector<const char *> &pat
 
 int runPathSets(Context &context, const std::vector<PathSet> &sets) {
     const Library &lib = context.lib;
-    std::vector<const char *> staged;  // paths whose values wait in a slot
-    std::vector<const PathSet *> stagedSets;
+    std::vector<const PathSet *> stagedSets;  // pairs whose values wait in a slot
+    // A slot written (its group completed, or its values written early) has nothing waiting.
+    const auto written = [&stagedSets](int slot) {
+        std::erase_if(stagedSets, [slot](const PathSet *s) { return s->entry->deferredSlot == slot; });
+    };
     for (const PathSet &set : sets) {
         const int slot = set.entry->deferredSlot;
         if (slot >= 0 && !startDeferredBuffer(context)) {
@@ -78,11 +81,14 @@ int runPathSets(Context &context, const std::vector<PathSet> &sets) {
         }
         // One slot serves every instance of its group (both lines' credentials): values of
         // another instance waiting there are written before this one replaces them.
-        for (const PathSet *other : stagedSets) {
-            if (other->entry->deferredSlot == slot && !std::equal(set.locate, set.locate + 4, other->locate) &&
-                !applyWaitingGroups(lib, {other->path.c_str()})) {
+        const auto waiting = std::find_if(stagedSets.begin(), stagedSets.end(), [&set, slot](const PathSet *other) {
+            return other->entry->deferredSlot == slot && !std::equal(set.locate, set.locate + 4, other->locate);
+        });
+        if (waiting != stagedSets.end()) {
+            if (!applyWaitingGroups(lib, {(*waiting)->path.c_str()})) {
                 return 1;
             }
+            written(slot);
         }
         char error[512] = "";
         const int rc =
@@ -100,13 +106,17 @@ int runPathSets(Context &context, const std::vector<PathSet> &sets) {
             std::printf("%s: set\n", set.path.c_str());
         } else if (readSlot(lib, slot).idle()) {
             std::printf("%s: set, completing slot %d: its group written at once\n", set.path.c_str(), slot);
+            written(slot);
         } else {
             std::printf("%s: staged in slot %d\n", set.path.c_str(), slot);
-            staged.push_back(set.path.c_str());
             stagedSets.push_back(&set);
         }
     }
     std::fflush(stdout);
+    std::vector<const char *> staged;
+    for (const PathSet *set : stagedSets) {
+        staged.push_back(set->path.c_str());
+    }
     return applyWaitingGroups(lib, staged) ? 0 : 1;
 }
 
