@@ -67,26 +67,15 @@ startVoiced() {
 }
 
 # Writes the registrar and both lines (numbers 1001 and 1002 with their credentials, enabled)
-# by path.  Values the library stages (server, user name, password) are applied 5 s after they
-# are written; the server and each line's credentials go through clients of their own, in
-# parallel, each as another module kind (clients of one kind share a reply queue and would take
-# each other's answers).
+# by path, in one client call as a controller's single message: the groups the library stages
+# (the server and its port, each line's user name and password) are written at the end of the
+# call, not 5 s later.
 configureLines() {
-  local pids=()
-  ctl set $P.Line.1.DirectoryNumber 1001
-  ctl set $P.Line.2.DirectoryNumber 1002
-  ctl set $P.Line.1.Enable Enabled
-  ctl set $P.Line.2.Enable Enabled
-  { ctl --kind 2 set $P.SIP.RegistrarServer 127.0.0.1; ctl --kind 2 set $P.SIP.RegistrarServerPort $SIP_PORT; } \
-    >"$WORK/set-server.log" &
-  pids+=($!)
-  { ctl --kind 3 set $P.Line.1.SIP.AuthUserName 1001; ctl --kind 3 set $P.Line.1.SIP.AuthPassword secret1; } \
-    >"$WORK/set-line1.log" &
-  pids+=($!)
-  { ctl --kind 4 set $P.Line.2.SIP.AuthUserName 1002; ctl --kind 4 set $P.Line.2.SIP.AuthPassword secret2; } \
-    >"$WORK/set-line2.log" &
-  pids+=($!)
-  wait "${pids[@]}"
+  ctl set $P.Line.1.DirectoryNumber 1001 $P.Line.2.DirectoryNumber 1002 \
+    $P.Line.1.Enable Enabled $P.Line.2.Enable Enabled \
+    $P.SIP.RegistrarServer 127.0.0.1 $P.SIP.RegistrarServerPort $SIP_PORT \
+    $P.Line.1.SIP.AuthUserName 1001 $P.Line.1.SIP.AuthPassword secret1 \
+    $P.Line.2.SIP.AuthUserName 1002 $P.Line.2.SIP.AuthPassword secret2 >"$WORK/set-lines.log"
 }
 
 # Stops a process by its id: SIGTERM, then waits for it at most S seconds.  stopProcess PID S
