@@ -18,6 +18,8 @@ shape beyond that schema.  docs/catalogue.md describes the rows.
           tr104/exports-all.txt                          EXPORTS and the handlers: the interface
   gen_catalogue.py docs CATALOGUE_DIR OUT.md                  the handler index
   gen_catalogue.py check-docs CATALOGUE_DIR DOC.md            exit 1 when DOC.md is not that
+  gen_catalogue.py texts CATALOGUE_DIR OUT.txt                the rows' texts: handler, field, text
+  gen_catalogue.py check-texts CATALOGUE_DIR TEXTS.txt        exit 1 when TEXTS.txt is not that
 
 Any problem with a row stops the build with the file and the handler it is about.
 """
@@ -44,7 +46,10 @@ class Catalogue:
             if area == 'shapes':
                 continue
             with open(path, 'rb') as f:
-                data = tomllib.load(f)
+                try:
+                    data = tomllib.load(f)
+                except tomllib.TOMLDecodeError as e:
+                    sys.exit(f'{os.path.relpath(path, ROOT)}: {e}')
             for row in data.get('param', []):
                 row['area'] = area
                 self.rows.append(row)
@@ -67,7 +72,8 @@ class Catalogue:
             if shape is None:
                 self.error(row, f"shape {row.get('shape')!r} is not in shapes.toml")
                 continue
-            allowed = ROW_KEYS | {field_key(f) for f in shape.get('fields', [])}
+            allowed = ROW_KEYS | {field_key(f) if f['kind'] not in ('field', 'size') else f.get('key', 'field')
+                                  for f in shape.get('fields', [])}
             if 'fields' in shape:
                 allowed |= {'record', 'field', 'width'}
             for key in row:
@@ -84,7 +90,7 @@ class Catalogue:
                 if 'path' not in p or 'type' not in p or 'access' not in p:
                     self.error(row, 'a path needs its path, type and access')
             for field in shape.get('fields', []):
-                given = 'record' in row if field['kind'] in ('field', 'size') else field_key(field) in row
+                given = 'record' in row if field['kind'] in ('field', 'size', 'recordsize') else field_key(field) in row
                 if not given and not optional(field):
                     self.error(row, f'shape {row["shape"]} needs {field_key(field)!r}')
 
@@ -114,7 +120,7 @@ def c_string(text):
 def value_of(field, row, shape):
     kind = field['kind']
     key = field_key(field)
-    if field.get('optional') and key not in row:
+    if field.get('optional') and kind not in ('field', 'size') and key not in row:
         return None  # the struct's default member initializer
     value = row.get(key, field.get('default'))
     if kind == 'text':
@@ -123,16 +129,19 @@ def value_of(field, row, shape):
         return str(value)
     if kind == 'enum':
         return f"{field['enum']}::{value}"
-    if kind == 'field':
-        if 'record' not in row:
-            return str(value)
-        return f"offsetof({row['record']}, {row['field']})"
-    if kind == 'size':
-        if 'width' in row:
+    if kind in ('field', 'size'):
+        member = row.get(field.get('key', 'field'))
+        if 'record' not in row or member is None:
+            return str(field.get('default'))
+        if kind == 'field':
+            return f"offsetof({row['record']}, {member})"
+        if 'width' in row and 'key' not in field:
             return str(row['width'])
-        if 'record' not in row:
-            return str(value)
-        return f"sizeof({row['record']}::{row['field']})"
+        return f"sizeof({row['record']}::{member})"
+    if kind == 'recordsize':
+        return f"sizeof({row['record']})"
+    if kind == 'count':
+        return f'sizeof({value}) / sizeof({value}[0])'
     if kind == 'int':
         if not isinstance(value, int) or isinstance(value, bool):
             raise ValueError(f'{key} must be an integer')
@@ -253,6 +262,25 @@ def handler_index(cat):
     return ''.join(out)
 
 
+def escape(text):
+    return text.replace('\\', '\\\\').replace('\n', '\\n').replace('\r', '\\r').replace('\t', '\\t')
+
+
+def texts(cat):
+    """handler, field, text: every text a row gives its handler, one a line (\\n for a newline)."""
+    out = ['# The texts of the catalogue\'s rows: handler, field, text (tab-separated, \\n a newline).\n',
+           '# Written by cmake/gen_catalogue.py texts; the test catalogue.texts_list fails when it differs.\n']
+    for row in cat.rows:
+        shape = cat.shapes[row['shape']]
+        for field in shape.get('fields', []):
+            key = field_key(field)
+            if field['kind'] == 'text' and key != 'handler' and isinstance(row.get(key), str):
+                out.append(f"{row['handler']}\t{field['name']}\t{escape(row[key])}\n")
+        for i, text in enumerate(row.get('texts', [])):
+            out.append(f"{row['handler']}\ttexts[{i}]\t{escape(text)}\n")
+    return ''.join(out)
+
+
 def write(path, text):
     os.makedirs(os.path.dirname(path), exist_ok=True)
     old = None
@@ -304,11 +332,13 @@ def main(argv):
         build(cat, argv[3], argv[4], argv[5])
     elif cmd == 'docs':
         write(argv[3], handler_index(cat))
-    elif cmd == 'check-docs':
+    elif cmd == 'texts':
+        write(argv[3], texts(cat))
+    elif cmd in ('check-docs', 'check-texts'):
+        want, target = (handler_index(cat), 'handler-index') if cmd == 'check-docs' else (texts(cat), 'catalogue-texts')
         with open(argv[3], encoding='utf-8') as f:
-            if f.read() != handler_index(cat):
-                sys.exit(f'{argv[3]} is not what the catalogue gives: cmake --build --preset host --target '
-                         'handler-index')
+            if f.read() != want:
+                sys.exit(f'{argv[3]} is not what the catalogue gives: cmake --build --preset host --target {target}')
     else:
         sys.exit(__doc__)
 

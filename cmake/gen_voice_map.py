@@ -138,7 +138,11 @@ def main():
     rows.sort(key=lambda r: (0, order[r[0]], '') if r[0] in order else (1, 0, r[0]))
     served = sorted({r[1] for r in rows if r[1] != '-'})
     with open(tsv, encoding='utf-8') as f:
-        header = ''.join(line for line in f if line.startswith('#'))
+        comments = [line for line in f if line.startswith('#')]
+    # The source's column description (after its first paragraph) serves the whole map too.
+    columns = comments[comments.index('#\n'):] if '#\n' in comments else []
+    header = '# The TR-104 data model as this library serves it: one line per parameter, tab-separated.\n' + \
+        ''.join(columns)
     with open(out_tsv, 'w', encoding='utf-8') as t:
         t.write(header)
         for path, handler, _, indexes, _, typ, access, value, convert, arg, note, _, _ in rows:

@@ -43,8 +43,25 @@ KEYWORDS = {'const', 'constexpr', 'static', 'inline', 'extern', 'int', 'void', '
 
 
 def read(path):
+    if path in generated():
+        return generated()[path]
     with open(path, encoding='utf-8') as f:
         return f.read()
+
+
+GENERATED = {}
+
+
+def generated():
+    """The descriptors and handlers the build writes from the catalogue, by the path they would
+    have under tr104/catalogue: they are read like the sources."""
+    if not GENERATED:
+        cat = catalogue()
+        gen = sys.modules['gen_catalogue']
+        for area, shape in cat.descriptor_files():
+            GENERATED[os.path.join(LIB, 'catalogue', f'{area}_{shape}.inc')] = gen.descriptor_file(cat, area, shape)
+        GENERATED[None] = ''
+    return GENERATED
 
 
 def sources(top, exts):
@@ -54,6 +71,8 @@ def sources(top, exts):
         if os.path.relpath(d, LIB).startswith('map'):
             continue
         out += [os.path.join(d, f) for f in sorted(files) if f.endswith(exts)]
+    if top == LIB and '.cpp' in exts:
+        out += sorted(p for p in generated() if p)
     return out
 
 
