@@ -57,9 +57,9 @@ struct Case {
     Handler fn;
     const char *field;  // the row's field whose text the call prints
     Call call;
-    uint32_t failingCmd;   // GetFails: the command the voice module refuses
-    int value;             // SetInt
-    const char *text;      // SetText
+    uint32_t failingCmd;  // GetFails: the command the voice module refuses
+    int value;  // SetInt
+    const char *text;  // SetText
     const char *argument;  // what the text's conversion shows
     int rc;
 };
@@ -78,8 +78,7 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         {"Tr104LineEnableSip", Tr104LineEnableSip, "valueError", Call::SetText, 0, 0, "On", "", -2},
         {"Tr104PortStatusSip", Tr104PortStatusSip, "getError", Call::GetFails, GET_PORT_STATUS_ID, 0, nullptr, "1", -1},
         // ProfileValue: a method name refused, a word out of range, a read refused
-        {"Tr104ProfileDTMFMethodSip", Tr104ProfileDTMFMethodSip, "rangeBound", Call::SetText, 0, 0, "Tone", "Tone",
-         -2},
+        {"Tr104ProfileDTMFMethodSip", Tr104ProfileDTMFMethodSip, "rangeBound", Call::SetText, 0, 0, "Tone", "Tone", -2},
         {"Tr104FaxT38HighSpeedRedundancySip", Tr104FaxT38HighSpeedRedundancySip, "rangeBound", Call::SetInt, 0, 4,
          nullptr, "4", -2},
         // ProfileWide: a range, a name, a timer's read refused
@@ -90,7 +89,8 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
          -1},
         // ProfileRead: a word and a text the voice module does not give
         {"Tr104RTCPFlagSip", Tr104RTCPFlagSip, "error", Call::GetFails, GET_RTCP_FLAG_ID, 0, nullptr, "", -1},
-        {"Tr104ProfileWanNameSip", Tr104ProfileWanNameSip, "error", Call::GetFails, GET_WAN_NAME_ID, 0, nullptr, "", -1},
+        {"Tr104ProfileWanNameSip", Tr104ProfileWanNameSip, "error", Call::GetFails, GET_WAN_NAME_ID, 0, nullptr, "",
+         -1},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.handler) + " " + c.field);
@@ -104,12 +104,8 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
             out = debugOutput([&] { EXPECT_EQ(getText(c.fn, 1), "<" + std::to_string(c.rc) + ">"); });
             emulator.setFault(c.failingCmd, {});
             break;
-        case Call::SetInt:
-            out = debugOutput([&] { EXPECT_EQ(setInt(c.fn, 1, c.value), c.rc); });
-            break;
-        case Call::SetText:
-            out = debugOutput([&] { EXPECT_EQ(setText(c.fn, 1, c.text), c.rc); });
-            break;
+        case Call::SetInt: out = debugOutput([&] { EXPECT_EQ(setInt(c.fn, 1, c.value), c.rc); }); break;
+        case Call::SetText: out = debugOutput([&] { EXPECT_EQ(setText(c.fn, 1, c.text), c.rc); }); break;
         }
         EXPECT_TRUE(printed(out, c.handler, formatted(row->second, c.argument))) << out;
     }
