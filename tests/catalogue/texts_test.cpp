@@ -8,6 +8,7 @@
 
 #include "sip/sip_fixture.h"
 #include "tr104/sip.h"
+#include "tr104/statistics.h"
 
 namespace {
 
@@ -64,6 +65,9 @@ struct Case {
     int rc;
 };
 
+// A handler without nLocate, called as the others.
+int telEventNegoState(int nFlag, void *pValue, int *) { return Tr104TelEvent2833NegoState(nFlag, pValue); }
+
 class CatalogueTexts : public siptest::SipTest {};
 
 TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
@@ -91,6 +95,10 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         {"Tr104RTCPFlagSip", Tr104RTCPFlagSip, "error", Call::GetFails, GET_RTCP_FLAG_ID, 0, nullptr, "", -1},
         {"Tr104ProfileWanNameSip", Tr104ProfileWanNameSip, "error", Call::GetFails, GET_WAN_NAME_ID, 0, nullptr, "",
          -1},
+        // TelEvent: a read refused, a value out of range
+        {"Tr104TelEvent2833NegoState", telEventNegoState, "getError", Call::GetFails, TR104_TEL_EVENT_GET_CMD, 0,
+         nullptr, "", -1},
+        {"Tr104TelEvent2833NegoState", telEventNegoState, "rangeError", Call::SetInt, 0, 2, nullptr, "2", -2},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.handler) + " " + c.field);

@@ -43,24 +43,26 @@ KEYWORDS = {'const', 'constexpr', 'static', 'inline', 'extern', 'int', 'void', '
 
 
 def read(path):
-    if path in generated():
-        return generated()[path]
+    """A file's text; a source that includes a file the build writes from the catalogue is read
+    with that file's text in place, as the compiler sees it."""
     with open(path, encoding='utf-8') as f:
-        return f.read()
+        text = f.read()
+    if path.endswith('.cpp') and INCLUDED.search(text):
+        text = INCLUDED.sub(lambda m: generated()[m.group(1)], text)
+    return text
 
 
+INCLUDED = re.compile(r'^#include "tr104/catalogue/(\w+\.inc)"$', re.M)
 GENERATED = {}
 
 
 def generated():
-    """The descriptors and handlers the build writes from the catalogue, by the path they would
-    have under tr104/catalogue: they are read like the sources."""
+    """The descriptors and handlers the build writes from the catalogue, by file name."""
     if not GENERATED:
         cat = catalogue()
         gen = sys.modules['gen_catalogue']
         for area, shape in cat.descriptor_files():
-            GENERATED[os.path.join(LIB, 'catalogue', f'{area}_{shape}.inc')] = gen.descriptor_file(cat, area, shape)
-        GENERATED[None] = ''
+            GENERATED[f'{area}_{shape}.inc'] = gen.descriptor_file(cat, area, shape)
     return GENERATED
 
 
@@ -71,8 +73,6 @@ def sources(top, exts):
         if os.path.relpath(d, LIB).startswith('map'):
             continue
         out += [os.path.join(d, f) for f in sorted(files) if f.endswith(exts)]
-    if top == LIB and '.cpp' in exts:
-        out += sorted(p for p in generated() if p)
     return out
 
 
