@@ -1,5 +1,10 @@
 #!/usr/bin/env python3
-"""Turns the data-model map (tr104/map/voice-map.tsv) into the C table of libtr104map.
+"""Turns the data-model map into the C table of libtr104map.
+
+The map has three sources: the paths of the catalogue's rows (tr104/catalogue/*.toml), the paths
+no handler serves (tr104/catalogue/unserved.tsv) and, for the areas whose handlers have no row
+yet, tr104/map/voice-map.tsv.  A path is in one of them only.  The table lists the standard's
+parameters in the order of its definition, then the vendor parameters by path.
 
 Every served entry is checked against the public headers: the handler must be declared with
 TR104_API and take (nFlag, pValue) or (nFlag, pValue, nLocate); a handler with nLocate maps every
@@ -15,28 +20,23 @@ is hidden when the standard's reference definition marks its syntax hidden="true
 a vendor parameter (not in the definition) follows the same rule by name: a "...Password" is
 hidden.
 
-usage: gen_voice_map.py MAP.tsv INCLUDE_DIR REFERENCE.xml OUT.c
+usage: gen_voice_map.py MAP.tsv CATALOGUE_DIR INCLUDE_DIR REFERENCE.xml OUT.c OUT.tsv
+
+OUT.tsv is the whole map in MAP.tsv's columns (installed with the library, read by the tools).
 """
-import glob
+import os
 import re
 import sys
 import xml.etree.ElementTree as ET
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import gen_catalogue  # noqa: E402
 
 TYPES = {'string', 'int', 'unsignedInt', 'boolean', 'dateTime', 'base64', 'float'}
 ACCESS = {'R', 'W', 'RW'}
 VALUE = re.compile(r'^(int|float|byte|addr|text:[1-9][0-9]*)$')
 ARG = re.compile(r'^(-|nLocate\[[0-3]\]=[0-9]+)$')
 CONVERT = re.compile(r'^(-|bool01|dotted|enum:[A-Za-z0-9_]+=-?[0-9]+(,[A-Za-z0-9_]+=-?[0-9]+)*)$')
-
-
-def declarations(include_dir):
-    found = {}
-    for header in glob.glob(include_dir + '/**/*.h', recursive=True):
-        text = open(header, encoding='utf-8').read()
-        for m in re.finditer(r'TR104_API\s+int\s+(\w+)\s*\(([^)]*)\)', text):
-            args = [a.strip() for a in m.group(2).split(',') if a.strip() and a.strip() != 'void']
-            found[m.group(1)] = args
-    return found
 
 
 def arity(args):
@@ -68,7 +68,7 @@ def typed_note(note):
 
 
 def standard_parameters(xml_path):
-    """Every parameter path of the standard's definition: whether its value is hidden."""
+    """Every parameter path of the standard's definition, in its order: whether its value is hidden."""
     params = {}
     for obj in ET.parse(xml_path).getroot().iter():
         if not obj.tag.endswith('object') or obj.get('name') is None:
@@ -90,24 +90,39 @@ def c_string(text):
     return '"' + text.replace('\\', '\\\\').replace('"', '\\"') + '"'
 
 
-def main():
-    tsv, include_dir, xml_path, out = sys.argv[1:5]
-    decl = declarations(include_dir)
-    standard = standard_parameters(xml_path)
-    rows, seen, errors = [], {}, []
+def tsv_lines(tsv, columns):
+    """(where, fields) of each line of a tab-separated file, comments left out."""
     for number, line in enumerate(open(tsv, encoding='utf-8'), 1):
         line = line.rstrip('\n')
-        if not line or line.startswith('#'):
-            continue
-        f = line.split('\t')
-        where = f'{tsv}:{number}'
-        if len(f) != 9:
-            errors.append(f'{where}: {len(f)} columns, not 9')
-            continue
-        path, handler, locate, typ, access, value, convert, arg, note = f
+        if line and not line.startswith('#'):
+            f = line.split('\t')
+            if len(f) != columns:
+                sys.exit(f'{tsv}:{number}: {len(f)} columns, not {columns}')
+            yield f'{os.path.basename(tsv)}:{number}', f
+
+
+def entries(tsv, catalogue_dir):
+    """Every entry of the three sources, as the catalogue gives them (slot -1: from the note)."""
+    for where, f in tsv_lines(tsv, 9):
+        yield (where, *f, -1, None)
+    cat = gen_catalogue.Catalogue(catalogue_dir)
+    if cat.errors:
+        sys.exit('\n'.join(cat.errors))
+    yield from gen_catalogue.map_entries(cat)
+    for where, (path, typ, access, reason) in tsv_lines(os.path.join(catalogue_dir, 'unserved.tsv'), 4):
+        yield (where, path, '-', '-', typ, access, '-', '-', '-', reason, -1, None)
+
+
+def main():
+    tsv, catalogue_dir, include_dir, xml_path, out, out_tsv = sys.argv[1:7]
+    decl = gen_catalogue.declarations(include_dir)
+    standard = standard_parameters(xml_path)
+    rows, seen, errors = [], {}, []
+    for where, path, handler, locate, typ, access, value, convert, arg, note, row_slot, row_hidden in \
+            entries(tsv, catalogue_dir):
         if path in seen:
-            errors.append(f'{where}: {path} already mapped on line {seen[path]}')
-        seen[path] = number
+            errors.append(f'{where}: {path} already mapped in {seen[path]}')
+        seen[path] = where
         if typ not in TYPES or access not in ACCESS:
             errors.append(f'{where}: type {typ!r} or access {access!r} unknown')
         instances = path.count('{i}')
@@ -133,12 +148,26 @@ def main():
                     errors.append(f'{where}: locate {locate!r} does not fit {instances} instance(s) and {handler}')
         slot = SLOT.search(note)
         rows.append((path, handler, n, indexes, instances, typ, access, value, convert, arg, note,
-                     int(slot.group(1)) if slot else -1, hidden(path, standard)))
+                     int(slot.group(1)) if slot else row_slot,
+                     hidden(path, standard) if row_hidden is None else row_hidden))
     if errors:
         sys.exit('\n'.join(errors))
+    order = {p: i for i, p in enumerate(standard)}
+    rows.sort(key=lambda r: (0, order[r[0]], '') if r[0] in order else (1, 0, r[0]))
     served = sorted({r[1] for r in rows if r[1] != '-'})
+    with open(tsv, encoding='utf-8') as f:
+        comments = [line for line in f if line.startswith('#')]
+    # The source's column description (after its first paragraph) serves the whole map too.
+    columns = comments[comments.index('#\n'):] if '#\n' in comments else []
+    header = '# The TR-104 data model as this library serves it: one line per parameter, tab-separated.\n' + \
+        ''.join(columns)
+    with open(out_tsv, 'w', encoding='utf-8') as t:
+        t.write(header)
+        for path, handler, _, indexes, _, typ, access, value, convert, arg, note, _, _ in rows:
+            locate = ','.join(map(str, indexes)) or '-'
+            t.write('\t'.join((path, handler, locate, typ, access, value, convert, arg, note)) + '\n')
     with open(out, 'w', encoding='utf-8') as c:
-        c.write('/* Generated from tr104/map/voice-map.tsv by cmake/gen_voice_map.py: do not edit. */\n')
+        c.write('/* Generated from tr104/catalogue and tr104/map/voice-map.tsv by cmake/gen_voice_map.py: do not edit. */\n')
         c.write("#include \"tr104.h\"\n#include \"tr104/map.h\"\n\n")
         c.write('#define FN(f) ((Tr104MapFunction)(f))\n\n')
         c.write('const Tr104MapEntry gTr104Map[] = {\n')

@@ -175,46 +175,9 @@ TR104_API int Tr104SipSessionTimerSessionExpires(int nFlag, void *pValue);
 TR104_API int Tr104LineSessionTimerFlag(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104IADDiagnosticsState(int nFlag, void *pValue);
 
-/* SIP variants the library leaves to the embedding process (see above): X(<wrapper name>). */
-#define TR104_EXTENSION_VARIANTS(X) \
-    X(Tr104LineCodecList) \
-    X(Tr069LineCodecListCodecType) \
-    X(Tr104SipRoleString) \
-    X(Tr104SipExtensions) \
-    X(Tr104SipTransportProtocols) \
-    X(Tr104SipURISchemes) \
-    X(Tr104SipEventSubscription) \
-    X(Tr104SipResponseMap) \
-    X(Tr104SipSecondaryProxyServerTransport) \
-    X(Tr104SipRegistrarServerTransport) \
-    X(Tr104SipSecondaryRegServerTransport) \
-    X(Tr104SipRegistrationPeriod) \
-    X(Tr104SipRegisterRetryInterval) \
-    X(Tr104SipReRegistrationHeader) \
-    X(Tr104SipUserAgentDomain) \
-    X(Tr104SipUserAgentPort) \
-    X(Tr104SipUseCodecPriorityInSDPResponse) \
-    X(Tr104SipDSCPMark) \
-    X(Tr104SipTimerT1) \
-    X(Tr104SipTimerT2) \
-    X(Tr104SipTimerT4) \
-    X(Tr104KeepAliveEnable) \
-    X(Tr104KeepAliveInterval) \
-    X(Tr104KeepAliveTimes) \
-    X(Tr104SipSessionUpdateTimer) \
-    X(Tr104JINGCharMode) \
-    X(Tr104CIDHeadField) \
-    X(Tr104CodecAndPtPriority) \
-    X(Tr104PromptToneOfNoReg) \
-    X(Tr104AttentedTransferCode) \
-    X(Tr104UnattentedTransferCode) \
-    X(Tr104PbxDailingFlag) \
-    X(Tr104PbxDailingNum) \
-    X(Tr104CallWaitingOnlyFlash) \
-    X(Tr104CallConferenceOnlyFlash) \
-    X(Tr104DialTonePattern) \
-    X(Tr104MCidService) \
-    X(Tr104NoDialingBehaviour)
+/* SIP variants the library leaves to the embedding process (see above): X(<wrapper name>),
+ * TR104_EXTENSION_VARIANTS, written from the wrappers of the catalogue. */
+#include "tr104/extension_variants.h"
 
 TR104_EXTERN_C_END
 

@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
-# Every exported parameter handler (Tr104*, Tr069*) is named in the README: usage
-#   check_readme_index.sh EXPORTS_LIST README
+# Every exported parameter handler (Tr104*, Tr069*) is named in the README or in another of the
+# documents given (the handler index written from the catalogue, docs/handlers.md): usage
+#   check_readme_index.sh EXPORTS_LIST README [DOC]...
 # A name counts when it, or the name without its trailing Sip or H248 (a wrapper's row covers its
 # variants), is written in backticks anywhere in the README. Braces are expanded as bash does
 # (`Tr104Line{Send,Rcvd}RtpBytes`); text in backticks is split on everything that cannot be part of
 # a name or of a brace list. Prints every name that is missing and fails when there is one.
 set -euo pipefail
 exports=$1 readme=$2
+shift
 
 # Words written in backticks, reduced to the characters of names and brace lists. Only those
 # characters reach eval, so the eval does nothing but expand braces.
-words=$({ grep -o '`[^`]*`' "$readme" || true; } | tr -c 'A-Za-z0-9_{},' '\n' | awk NF | sort -u | tr '\n' ' ')
+words=$({ grep -ho '`[^`]*`' "$@" || true; } | tr -c 'A-Za-z0-9_{},' '\n' | awk NF | sort -u | tr '\n' ' ')
 documented=$(eval "printf '%s\n' $words" | tr ',' '\n' | awk NF | sort -u)
 
 handlers=$(sed 's/#.*//' "$exports" | tr -s ' \t' '\n' | awk '/^(Tr104|Tr069)/' | sort -u)

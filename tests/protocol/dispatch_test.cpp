@@ -11,7 +11,7 @@
 
 #include "common/stdout_capture.h"
 #include "tr104/framework.h"
-#include "tr104/framework/dispatch_table.h"
+#include "tr104/catalogue/dispatch_lists.h"
 #include "tr104/handlers.h"
 #include "tr104/protocol.h"
 
@@ -95,9 +95,8 @@ struct Wrapper {
 
 const std::vector<Wrapper> kWrappers = {
     TR104_BOTH_PROTOCOL_WRAPPERS(ROW_BOTH) TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(ROW_GATEWAY_H248)
-        TR104_SIP_ONLY_WRAPPERS(ROW_SIP_ONLY)
-        TR104_SIP_TOLERATED_WRAPPERS(ROW_SIP_TOLERATED) TR104_H248_ONLY_WRAPPERS(ROW_H248_ONLY)
-            TR104_SIP_STUB_WRAPPERS(ROW_SIP_STUB)};
+        TR104_SIP_ONLY_WRAPPERS(ROW_SIP_ONLY) TR104_SIP_TOLERATED_WRAPPERS(ROW_SIP_TOLERATED)
+            TR104_H248_ONLY_WRAPPERS(ROW_H248_ONLY) TR104_SIP_STUB_WRAPPERS(ROW_SIP_STUB)};
 
 using Notifier = int (*)(const Tr104Msg *);
 struct NotifyWrapper {
@@ -118,17 +117,13 @@ Expected expectedFor(Kind kind, int protocol) {
     const bool sip = protocol == TR104_PROTOCOL_SIP;
     const bool h248 = protocol == TR104_PROTOCOL_H248;
     switch (kind) {
-        case Kind::Both:
-        case Kind::BothGatewayH248:
-            return sip ? Expected{"Sip", kSipAnswer} : h248 ? Expected{"H248", kH248Answer} : Expected{"", -1};
-        case Kind::SipOnly:
-            return sip ? Expected{"Sip", kSipAnswer} : Expected{"", -1};
-        case Kind::SipTolerated:
-            return sip ? Expected{"Sip", kSipAnswer} : h248 ? Expected{"", 0} : Expected{"", -1};
-        case Kind::H248Only:
-            return h248 ? Expected{"H248", kH248Answer} : Expected{"", -1};
-        case Kind::SipStub:
-            return sip ? Expected{"", 0} : Expected{"", -1};
+    case Kind::Both:
+    case Kind::BothGatewayH248:
+        return sip ? Expected{"Sip", kSipAnswer} : h248 ? Expected{"H248", kH248Answer} : Expected{"", -1};
+    case Kind::SipOnly: return sip ? Expected{"Sip", kSipAnswer} : Expected{"", -1};
+    case Kind::SipTolerated: return sip ? Expected{"Sip", kSipAnswer} : h248 ? Expected{"", 0} : Expected{"", -1};
+    case Kind::H248Only: return h248 ? Expected{"H248", kH248Answer} : Expected{"", -1};
+    case Kind::SipStub: return sip ? Expected{"", 0} : Expected{"", -1};
     }
     return {"", -1};
 }
@@ -292,9 +287,9 @@ TEST_F(MixedMemberTest, PhyReferenceListTestsArgumentsUnderEveryProtocol) {
         int result;
     };
     const Case cases[] = {
-        {4, true, 1, -2}, {0, true, 1, -2},  {2, true, 2, -2}, {4, false, 0, -2}, {4, false, 3, -2},
-        {0, false, -1, -2}, {2, false, 3, -2}, {0, false, 1, -1}, {2, false, 2, -1},
-        {4, false, 1, kSipAnswer}, {4, false, 2, kSipAnswer},
+        {4, true, 1, -2},  {0, true, 1, -2},          {2, true, 2, -2},          {4, false, 0, -2},
+        {4, false, 3, -2}, {0, false, -1, -2},        {2, false, 3, -2},         {0, false, 1, -1},
+        {2, false, 2, -1}, {4, false, 1, kSipAnswer}, {4, false, 2, kSipAnswer},
     };
     for (const Case &c : cases) {
         calls.clear();

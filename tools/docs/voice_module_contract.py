@@ -8,7 +8,7 @@ What it reads:
   - which handlers use an id: every definition of tr104/** (functions, descriptors, constants)
     and the names it refers to; an exported function uses an id when the id is reachable from
     its body through definitions that are not themselves exported.  The dispatching wrappers
-    (tr104/framework/dispatch_table.h) reach their <name>Sip and <name>H248 variants;
+    (the wrapper rows of tr104/catalogue) reach their <name>Sip and <name>H248 variants;
   - records: the C structs of include/tr104/*.h and the ...Record structs of tr104/**.  The
     offsets and sizes are not read from the text: a C++ program written by this script
     (`layout-source`) is compiled against the same headers and prints offsetof/sizeof.
@@ -43,8 +43,27 @@ KEYWORDS = {'const', 'constexpr', 'static', 'inline', 'extern', 'int', 'void', '
 
 
 def read(path):
+    """A file's text; a source that includes a file the build writes from the catalogue is read
+    with that file's text in place, as the compiler sees it."""
     with open(path, encoding='utf-8') as f:
-        return f.read()
+        text = f.read()
+    if path.endswith('.cpp') and INCLUDED.search(text):
+        text = INCLUDED.sub(lambda m: generated()[m.group(1)], text)
+    return text
+
+
+INCLUDED = re.compile(r'^#include "tr104/catalogue/(\w+\.inc)"$', re.M)
+GENERATED = {}
+
+
+def generated():
+    """The descriptors and handlers the build writes from the catalogue, by file name."""
+    if not GENERATED:
+        cat = catalogue()
+        gen = sys.modules['gen_catalogue']
+        for area, shape in cat.descriptor_files():
+            GENERATED[f'{area}_{shape}.inc'] = gen.descriptor_file(cat, area, shape)
+    return GENERATED
 
 
 def sources(top, exts):
@@ -269,14 +288,20 @@ def make(stmt, path, internal):
     return Definition(name, path, stmt, function, internal) if name else None
 
 
+def catalogue():
+    sys.path.insert(0, os.path.join(ROOT, 'cmake'))
+    import gen_catalogue  # pylint: disable=import-outside-toplevel
+    return gen_catalogue.Catalogue(os.path.join(LIB, 'catalogue'))
+
+
 def dispatch_variants():
-    """Wrapper name -> its protocol variants, from the X-lists of the dispatch table."""
-    text = read(os.path.join(LIB, 'framework', 'dispatch_table.h'))
-    return {n: [n + 'Sip', n + 'H248'] for n in re.findall(r'\bX\((\w+)\)', text)}
+    """Wrapper name -> its protocol variants, from the catalogue's wrapper rows."""
+    return {r['handler']: [r['handler'] + 'Sip', r['handler'] + 'H248'] for r in catalogue().by_shape('wrapper')}
 
 
 def exported():
-    names = []
+    """The interface: the names of cmake/exports.txt and the catalogue's handlers."""
+    names = [r['handler'] for r in catalogue().rows]
     for line in read(os.path.join(ROOT, 'cmake', 'exports.txt')).splitlines():
         line = line.split('#')[0].strip()
         if line:

@@ -37,6 +37,13 @@ void putWord(std::vector<char> &record, size_t offset, uint32_t value) {
 
 // ---- Families described as data -------------------------------------------------------------
 
+// A member of a shared record as the emulator's field: where the library's handlers find it.
+#define RECORD_FIELD(record, member) \
+    Field { offsetof(record, member), sizeof(record::member) }
+#define LINE_FIELD(member) RECORD_FIELD(Tr104SipLineRecord, member)
+#define IDENTITY_FIELD(member) RECORD_FIELD(Tr104SipLineIdentityRecord, member)
+#define FEATURE_FIELD(member) RECORD_FIELD(Tr104SipLineFeatureRecord, member)
+
 // A value of the line record with its own command pair; a set changes only its field.
 struct LineField {
     const char *family;
@@ -51,32 +58,33 @@ struct LineField {
 const std::vector<LineField> &lineFields() {
     static const std::vector<LineField> fields = {
         {"sip line enable", GET_LINE_ENABLE_ID, SET_LINE_ENABLE_ID, "GET_LINE_ENABLE_ID", "SET_LINE_ENABLE_ID",
-         {{4, 4}}},
+         {LINE_FIELD(unEnable)}},
         {"sip display name", GET_PORT_DISPLAY_NAME_ID, SET_PORT_DISPLAY_NAME_ID, "GET_PORT_DISPLAY_NAME_ID",
-         "SET_PORT_DISPLAY_NAME_ID", {{74, 65}}},
+         "SET_PORT_DISPLAY_NAME_ID", {LINE_FIELD(aDisplayName)}},
         {"sip hotline number", GET_HOTLINE_NUM_ID, SET_HOTLINE_NUM_ID, "GET_HOTLINE_NUM_ID", "SET_HOTLINE_NUM_ID",
-         {{8, 66}}},
+         {LINE_FIELD(aHotlineNum)}},
         {"sip hotline delay", GET_HOTLINE_DELAY_ID, SET_HOTLINE_DELAY_ID, "GET_HOTLINE_DELAY_ID",
-         "SET_HOTLINE_DELAY_ID", {{404, 4}}},
-        {"sip jitter mode", GET_JIT_MODE_ID, SET_JIT_MODE_ID, "GET_JIT_MODE_ID", "SET_JIT_MODE_ID", {{440, 10}}},
+         "SET_HOTLINE_DELAY_ID", {LINE_FIELD(unHotlineDelay)}},
+        {"sip jitter mode", GET_JIT_MODE_ID, SET_JIT_MODE_ID, "GET_JIT_MODE_ID", "SET_JIT_MODE_ID", {LINE_FIELD(aJitterMode)}},
         {"sip max jitter", GET_MAX_JIT_VALUE_ID, SET_MAX_JIT_VALUE_ID, "GET_MAX_JIT_VALUE_ID", "SET_MAX_JIT_VALUE_ID",
-         {{436, 4}}},
+         {LINE_FIELD(unMaxJitter)}},
         {"sip min jitter", GET_MIN_JIT_VALUE_ID, SET_MIN_JIT_VALUE_ID, "GET_MIN_JIT_VALUE_ID", "SET_MIN_JIT_VALUE_ID",
-         {{432, 4}}},
+         {LINE_FIELD(unMinJitter)}},
         // Line identity: directory number and URI share an offset under their own commands.
-        {"sip directory number", 16579, 16578, "GET_LINE_TEL_NUM_ID", "SET_LINE_TEL_NUM_ID", {{8, 66}}},
-        {"sip line uri", 16589, 16588, "GET_LINE_URI_ID", "SET_LINE_URI_ID", {{8, 66}}},
+        {"sip directory number", GET_LINE_TEL_NUM_ID, SET_LINE_TEL_NUM_ID, "GET_LINE_TEL_NUM_ID", "SET_LINE_TEL_NUM_ID",
+         {IDENTITY_FIELD(aNumber)}},
+        {"sip line uri", GET_LINE_URI_ID, SET_LINE_URI_ID, "GET_LINE_URI_ID", "SET_LINE_URI_ID", {IDENTITY_FIELD(aNumber)}},
         {"sip line auth", GET_USER_AUTHOR_ID, SET_USER_AUTHOR_ID, "GET_USER_AUTHOR_ID", "SET_USER_AUTHOR_ID",
          {kAuthUserField, kAuthPasswordField}},
         {"sip fax t38 enable", GET_FAX_T38_ENABLE_ID, SET_FAX_T38_ENABLE_ID, "GET_FAX_T38_ENABLE_ID",
-         "SET_FAX_T38_ENABLE_ID", {{4, 4}}},
+         "SET_FAX_T38_ENABLE_ID", {LINE_FIELD(unEnable)}},
         // Line features.
         {"sip caller id mode", GET_CALLERID_MODE_ID, SET_CALLERID_MODE_ID, "GET_CALLERID_MODE_ID",
-         "SET_CALLERID_MODE_ID", {{4, 1}}, kFeatureLen},
+         "SET_CALLERID_MODE_ID", {FEATURE_FIELD(ucCallerIdMode)}, kFeatureLen},
         {"sip call waiting", GET_CALL_WAITING_ID, SET_CALL_WAITING_ID, "GET_CALL_WAITING_ID", "SET_CALL_WAITING_ID",
-         {{5, 1}}, kFeatureLen},
-        {"sip conference", GET_CONFERENCE_ID, SET_CONFERENCE_ID, "GET_CONFERENCE_ID", "SET_CONFERENCE_ID", {{73, 1}},
-         kFeatureLen},
+         {FEATURE_FIELD(ucCallWaiting)}, kFeatureLen},
+        {"sip conference", GET_CONFERENCE_ID, SET_CONFERENCE_ID, "GET_CONFERENCE_ID", "SET_CONFERENCE_ID",
+         {FEATURE_FIELD(ucConference)}, kFeatureLen},
     };
     return fields;
 }

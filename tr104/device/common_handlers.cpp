@@ -22,17 +22,6 @@ struct SupportedItem {
     Supported item;
 };
 
-constexpr SupportedItem supported(const char *name, const char *valueName, Supported item) {
-    return SupportedItem{Signature{name, valueName, Locate::None, Access::GetOnly}, item};
-}
-
-const SupportedItem kCodecType = supported("Tr104CodecType", "pCodecType", Supported::Name);
-const SupportedItem kCodecBitRate = supported("Tr104CodecBitRate", "pCodecBitRate", Supported::BitRate);
-const SupportedItem kCodecPacketizationPeriod =
-    supported("Tr104CodecPacketizationPeriod", "pCodecPacketizationPeriod", Supported::Periods);
-const SupportedItem kCodecSilenceSuppression =
-    supported("Tr104CodecSilenceSuppression", "pCodecSilenceSuppression", Supported::SilenceSuppression);
-
 int supportedCodec(const SupportedItem &s, int nFlag, void *pValue, const int *nLocate) {
     if (const int rc = core::checkArguments(s.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
@@ -60,41 +49,11 @@ int notProvided(const Signature &sig, int nFlag, void *pValue, const int *nLocat
     return TR104_ERR_EXCHANGE;
 }
 
-const Signature kSessionStartTime{"Tr104SessionStartTime", "pSessionStartTime", Locate::Line, Access::GetOnly};
-const Signature kSessionEndTime{"Tr104SessionEndTime", "pSessionEndTime", Locate::Line, Access::GetOnly};
-const Signature kSessionDuration{"Tr104SessionDuration", "pSessionDuration", Locate::Line, Access::GetOnly};
-const Signature kSipSessionTimerSessionExpires{"Tr104SipSessionTimerSessionExpires", "pSessionExpires", Locate::None,
-                                               Access::GetSet};
-// The registration diagnostics of the device: the voice module has no request that runs them.
-const Signature kIADDiagnosticsState{"Tr104IADDiagnosticsState", "pIADDiagnosticsState", Locate::None, Access::GetSet};
-const Signature kLineSessionTimerFlag{"Tr104LineSessionTimerFlag", "pLineSessionTimerFlag", Locate::Line,
-                                      Access::GetSet};
-
 }  // namespace
 }  // namespace tr104::device
 
-#define TR104_SUPPORTED_CODEC(name)                                                           \
-    extern "C" TR104_API int Tr104##name(int nFlag, void *pValue, int *nLocate) {             \
-        return tr104::device::supportedCodec(tr104::device::k##name, nFlag, pValue, nLocate); \
-    }
-#define TR104_NOT_PROVIDED(name)                                                           \
-    extern "C" TR104_API int Tr104##name(int nFlag, void *pValue, int *nLocate) {          \
-        return tr104::device::notProvided(tr104::device::k##name, nFlag, pValue, nLocate); \
-    }
-
-TR104_SUPPORTED_CODEC(CodecType)
-TR104_SUPPORTED_CODEC(CodecBitRate)
-TR104_SUPPORTED_CODEC(CodecPacketizationPeriod)
-TR104_SUPPORTED_CODEC(CodecSilenceSuppression)
-TR104_NOT_PROVIDED(SessionStartTime)
-TR104_NOT_PROVIDED(SessionEndTime)
-TR104_NOT_PROVIDED(SessionDuration)
-TR104_NOT_PROVIDED(LineSessionTimerFlag)
-
-// Profile- and device-wide: two arguments, like every parameter that exists once per profile.
-extern "C" TR104_API int Tr104SipSessionTimerSessionExpires(int nFlag, void *pValue) {
-    return tr104::device::notProvided(tr104::device::kSipSessionTimerSessionExpires, nFlag, pValue, nullptr);
-}
-extern "C" TR104_API int Tr104IADDiagnosticsState(int nFlag, void *pValue) {
-    return tr104::device::notProvided(tr104::device::kIADDiagnosticsState, nFlag, pValue, nullptr);
-}
+// The descriptors and handlers of the catalogue's SupportedCodec, NotProvided and NotProvidedWide
+// rows (tr104/catalogue/framework.toml).
+#include "tr104/catalogue/framework_NotProvided.inc"
+#include "tr104/catalogue/framework_NotProvidedWide.inc"
+#include "tr104/catalogue/framework_SupportedCodec.inc"

@@ -2,7 +2,8 @@
 //
 // Every wrapper reads gTr104CurrProtocolType once and hands its own arguments, unchanged, to
 // the variant its family names for that protocol.  The wrappers are generated from the lists of
-// dispatch_table.h; one generic body per family does the work.
+// tr104/catalogue/dispatch_lists.h (written from the catalogue's wrapper rows, whose families
+// tr104/catalogue/shapes.toml describes); one generic body per family does the work.
 //
 // Variants are referenced weakly: a variant that is not part of this build leaves a null
 // address, and the wrapper then answers -1 for that protocol.  The variants' public headers are
@@ -13,10 +14,10 @@
 #include "tr104/channel.h"
 #include "tr104/framework.h"
 #include "tr104/core/core.h"
-#include "tr104/framework/dispatch_table.h"
 #include "tr104/h248.h"
 #include "tr104/handlers.h"
 #include "tr104/protocol.h"
+#include "tr104/catalogue/dispatch_lists.h"
 #include "tr104/sip.h"
 
 namespace {
@@ -27,8 +28,8 @@ using Notifier = int (*)(const Tr104Msg *msg);
 
 // What a wrapper does under one protocol.
 enum class Route : uint8_t {
-    Sip,     // call the SIP variant
-    H248,    // call the H.248 variant
+    Sip,  // call the SIP variant
+    H248,  // call the H.248 variant
     Refuse,  // -1
     Accept,  // 0, nothing done
 };
@@ -46,12 +47,9 @@ constexpr Family kSipStub{Route::Accept, Route::Refuse};
 
 inline Route routeFor(const Family &family, int protocol) {
     switch (protocol) {
-        case TR104_PROTOCOL_SIP:
-            return family.underSip;
-        case TR104_PROTOCOL_H248:
-            return family.underH248;
-        default:
-            return Route::Refuse;
+    case TR104_PROTOCOL_SIP: return family.underSip;
+    case TR104_PROTOCOL_H248: return family.underH248;
+    default: return Route::Refuse;
     }
 }
 
@@ -69,14 +67,10 @@ template <typename Fn, typename... Args>
 inline int dispatch(const Family &family, Fn sip, Fn h248, Args... args) {
     const int protocol = gTr104CurrProtocolType;
     switch (routeFor(family, protocol)) {
-        case Route::Sip:
-            return sip != nullptr ? sip(args...) : -1;
-        case Route::H248:
-            return h248 != nullptr ? h248(args...) : -1;
-        case Route::Accept:
-            return 0;
-        case Route::Refuse:
-            break;
+    case Route::Sip: return sip != nullptr ? sip(args...) : -1;
+    case Route::H248: return h248 != nullptr ? h248(args...) : -1;
+    case Route::Accept: return 0;
+    case Route::Refuse: break;
     }
     return -1;
 }
@@ -84,12 +78,9 @@ inline int dispatch(const Family &family, Fn sip, Fn h248, Args... args) {
 // Both protocols, the H.248 variant gateway-wide: it is handed no nLocate.
 inline int dispatchGatewayH248(Handler sip, ProfileHandler h248, int nFlag, void *pValue, int *nLocate) {
     switch (routeFor(kBothProtocols, gTr104CurrProtocolType)) {
-        case Route::Sip:
-            return sip != nullptr ? sip(nFlag, pValue, nLocate) : -1;
-        case Route::H248:
-            return h248 != nullptr ? h248(nFlag, pValue) : -1;
-        default:
-            return -1;
+    case Route::Sip: return sip != nullptr ? sip(nFlag, pValue, nLocate) : -1;
+    case Route::H248: return h248 != nullptr ? h248(nFlag, pValue) : -1;
+    default: return -1;
     }
 }
 
@@ -110,12 +101,11 @@ inline int notify(Notifier sip, const Tr104Msg *msg) {
 #define TR104_WEAK_NOTIFY(name) extern "C" __attribute__((weak)) int name##Sip(const Tr104Msg *);
 
 TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WEAK_BOTH)
-#define TR104_WEAK_BOTH_PROFILE(name)                                   \
-    extern "C" __attribute__((weak)) int name##Sip(int, void *);        \
+#define TR104_WEAK_BOTH_PROFILE(name)                            \
+    extern "C" __attribute__((weak)) int name##Sip(int, void *); \
     extern "C" __attribute__((weak)) int name##H248(int, void *);
 TR104_BOTH_PROTOCOL_PROFILE_WRAPPERS(TR104_WEAK_BOTH_PROFILE)
-#define TR104_WEAK_GATEWAY_H248(name) \
-    TR104_WEAK_SIP(name) extern "C" __attribute__((weak)) int name##H248(int, void *);
+#define TR104_WEAK_GATEWAY_H248(name) TR104_WEAK_SIP(name) extern "C" __attribute__((weak)) int name##H248(int, void *);
 TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(TR104_WEAK_GATEWAY_H248)
 TR104_SIP_ONLY_WRAPPERS(TR104_WEAK_SIP)
 TR104_SIP_TOLERATED_WRAPPERS(TR104_WEAK_SIP)
@@ -123,16 +113,15 @@ TR104_H248_ONLY_WRAPPERS(TR104_WEAK_H248)
 #define TR104_WEAK_H248_GATEWAY(name) extern "C" __attribute__((weak)) int name##H248(int, void *);
 TR104_H248_GATEWAY_WRAPPERS(TR104_WEAK_H248_GATEWAY)
 extern "C" __attribute__((weak)) int Tr104PhyNameRuleH248(int, char *, uint32_t *, uint32_t *, uint32_t *);
-extern "C" __attribute__((weak)) int Tr104EphNameRuleH248(int, char *, uint32_t *, uint32_t *, uint32_t *,
-                                                          uint32_t *);
+extern "C" __attribute__((weak)) int Tr104EphNameRuleH248(int, char *, uint32_t *, uint32_t *, uint32_t *, uint32_t *);
 extern "C" __attribute__((weak)) int Tr104EphNameRule2H248(int, char *, uint32_t *, uint32_t *, uint32_t *);
 TR104_CHANGE_NOTIFY_WRAPPERS(TR104_WEAK_NOTIFY)
 extern "C" __attribute__((weak)) int Tr104LineCallerIdFlagSip(int, void *, int *);
 extern "C" __attribute__((weak)) int Tr104PhyReferenceListSip(int, void *, int *);
 
 // The exported wrappers, one line each.
-#define TR104_WRAPPER(name, family, sip, h248)                                 \
-    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {    \
+#define TR104_WRAPPER(name, family, sip, h248)                               \
+    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {   \
         return dispatch<Handler>(family, sip, h248, nFlag, pValue, nLocate); \
     }
 #define TR104_WRAP_BOTH(name) TR104_WRAPPER(name, kBothProtocols, name##Sip, name##H248)
@@ -145,13 +134,13 @@ extern "C" __attribute__((weak)) int Tr104PhyReferenceListSip(int, void *, int *
 
 TR104_BOTH_PROTOCOL_WRAPPERS(TR104_WRAP_BOTH)
 #define TR104_WRAP_BOTH_PROFILE(name)                                                          \
-    extern "C" TR104_API int name(int nFlag, void *pValue) {                                  \
-        return dispatch<ProfileHandler>(kBothProtocols, name##Sip, name##H248, nFlag, pValue);   \
+    extern "C" TR104_API int name(int nFlag, void *pValue) {                                   \
+        return dispatch<ProfileHandler>(kBothProtocols, name##Sip, name##H248, nFlag, pValue); \
     }
 TR104_BOTH_PROTOCOL_PROFILE_WRAPPERS(TR104_WRAP_BOTH_PROFILE)
-#define TR104_WRAP_GATEWAY_H248(name)                                                 \
-    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {                 \
-        return dispatchGatewayH248(name##Sip, name##H248, nFlag, pValue, nLocate);        \
+#define TR104_WRAP_GATEWAY_H248(name)                                              \
+    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {         \
+        return dispatchGatewayH248(name##Sip, name##H248, nFlag, pValue, nLocate); \
     }
 TR104_BOTH_PROTOCOL_GATEWAY_H248_WRAPPERS(TR104_WRAP_GATEWAY_H248)
 TR104_SIP_ONLY_WRAPPERS(TR104_WRAP_SIP_ONLY)

@@ -7,42 +7,13 @@ namespace tr104::sip {
 namespace {
 
 // A value the voice module reports and the data model cannot change: a 4-byte word or a text,
-// read with an empty request.
+// read with an empty request (the catalogue's ProfileRead rows).
 struct ProfileRead {
     Signature sig;
     uint16_t cmd;
     bool text;
     const char *error;
 };
-
-constexpr ProfileRead readOnly(const char *name, const char *valueName, uint16_t cmd, const char *error,
-                               bool text = false) {
-    return ProfileRead{{name, valueName, Locate::None, Access::GetOnly}, cmd, text, error};
-}
-
-const ProfileRead kMaxSessionsPerLine = readOnly("Tr104MaxSessionsPerLineSip", "pMaxSessionsPerLine",
-                                                 GET_MAX_SESSIONS_PER_LINE_ID, "getMaxSessionsPerLine error \n");
-const ProfileRead kMaxSessionsAllLines = readOnly("Tr104MaxSessionsAllLinesSip", "pMaxSessionsAllLines",
-                                                  GET_MAX_SESSIONS_ALL_LINES_ID, "getMaxSessionsAllLines error \n");
-const ProfileRead kRtcpFlag = readOnly("Tr104RTCPFlagSip", "pRTCPFlag", GET_RTCP_FLAG_ID, "getRTCPFlag error \n");
-const ProfileRead kRtpRedundancyFlag = readOnly("Tr104RTPRedundancyFlagSip", "pRTPRedundancyFlag",
-                                                GET_RTP_REDUNDANCY_FLAG_ID, "getRTPRedundancyFlag error \n");
-const ProfileRead kVlanTagCoupledFlag = readOnly("Tr104VlanTagCoupledFlagSip", "pVlanTagCoupledFlag",
-                                                 GET_VLAN_TAG_COUPLED_FLAG_ID, "getVlanTagCoupledFlag error \n");
-const ProfileRead kFaxT38Flag =
-    readOnly("Tr104FaxT38FlagSip", "pFaxT38Flag", GET_FAX_T38_FLAG_ID, "getFaxT38Flag error \n");
-const ProfileRead kFaxPassThroughFlag = readOnly("Tr104FaxPassThroughFlagSip", "pFaxPassThroughFlag",
-                                                 GET_FAX_PASS_THROUGH_FLAG_ID, "getFaxPassThroughFlag error \n");
-const ProfileRead kModemPassThroughFlag = readOnly("Tr104ModemPassThroughFlagSip", "pModemPassThroughFlag",
-                                                   GET_MODEM_PASS_THROUGH_FLAG_ID, "getModemPassThroughFlag error \n");
-const ProfileRead kDigitMapFlag =
-    readOnly("Tr104DigitMapFlagSip", "pDigitMapFlag", GET_DIGITMAP_FLAG_ID, "getDigitMapFlag error \n");
-const ProfileRead kNumberingPlanFlag = readOnly("Tr104NumberingPlanFlagSip", "pNumberingPlanFlag",
-                                                GET_NUMBERING_PLAN_FLAG_ID, "getNumberingPlanFlag error \n");
-const ProfileRead kNumberOfLines = readOnly("Tr104ProfileNumberOfLinesSip", "pNumberOfLines",
-                                            GET_NUMBER_OF_LINES_ID, "pNumberOfLines error \n");
-const ProfileRead kWanName =
-    readOnly("Tr104ProfileWanNameSip", "pWanName", GET_WAN_NAME_ID, "get WanName error.\n", true);
 
 int profileRead(const ProfileRead &r, int nFlag, void *pValue, int *nLocate) {
     if (const int rc = checkArguments(r.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
@@ -172,8 +143,6 @@ int digitMapString(int nFlag, void *pValue, int *nLocate) {
 }  // namespace
 }  // namespace tr104::sip
 
-using tr104::sip::profileRead;
-
 extern "C" {
 TR104_API int Tr104ProfileDigitMapEnableSip(int nFlag, void *pValue, int *nLocate) {
     return tr104::sip::digitMapEnable(nFlag, pValue, nLocate);
@@ -184,40 +153,7 @@ TR104_API int Tr104ProfileDigitMapMatchModeSip(int nFlag, void *pValue, int *nLo
 TR104_API int Tr104ProfileDigitMapStringSip(int nFlag, void *pValue, int *nLocate) {
     return tr104::sip::digitMapString(nFlag, pValue, nLocate);
 }
-TR104_API int Tr104MaxSessionsPerLineSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kMaxSessionsPerLine, nFlag, pValue, nLocate);
 }
-TR104_API int Tr104MaxSessionsAllLinesSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kMaxSessionsAllLines, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104RTCPFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kRtcpFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104RTPRedundancyFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kRtpRedundancyFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104VlanTagCoupledFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kVlanTagCoupledFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104FaxT38FlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kFaxT38Flag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104FaxPassThroughFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kFaxPassThroughFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104ModemPassThroughFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kModemPassThroughFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104DigitMapFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kDigitMapFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104NumberingPlanFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kNumberingPlanFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104ProfileNumberOfLinesSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kNumberOfLines, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104ProfileWanNameSip(int nFlag, void *pValue, int *nLocate) {
-    return profileRead(tr104::sip::kWanName, nFlag, pValue, nLocate);
-}
-}
+
+// The descriptors and handlers of the catalogue's ProfileRead rows (tr104/catalogue/sip.toml).
+#include "tr104/catalogue/sip_ProfileRead.inc"

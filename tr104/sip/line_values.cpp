@@ -1,6 +1,6 @@
 // Values kept in the line record: line enable and registration, display name, hotline,
-// jitter buffer, and the conversions of the port status.  Each handler is a descriptor; one
-// body reads or writes the record and converts the value.
+// jitter buffer, and the conversions of the port status.  Each handler is a descriptor (the
+// catalogue's LineValue rows); one body reads or writes the record and converts the value.
 #include "tr104/sip/templates.h"
 
 namespace tr104::sip {
@@ -8,87 +8,10 @@ namespace {
 
 using Conv = LineConv;
 
-constexpr uint16_t kEnable = offsetof(Tr104SipLineRecord, unEnable);
-constexpr uint16_t kHotlineNum = offsetof(Tr104SipLineRecord, aHotlineNum);
-constexpr uint16_t kDisplayName = offsetof(Tr104SipLineRecord, aDisplayName);
-constexpr uint16_t kHotlineDelay = offsetof(Tr104SipLineRecord, unHotlineDelay);
-constexpr uint16_t kMinJitter = offsetof(Tr104SipLineRecord, unMinJitter);
-constexpr uint16_t kMaxJitter = offsetof(Tr104SipLineRecord, unMaxJitter);
-constexpr uint16_t kJitterMode = offsetof(Tr104SipLineRecord, aJitterMode);
-constexpr uint16_t kHotlineNumRoom = TR104_FIELD_ROOM(Tr104SipLineRecord, aHotlineNum, aDisplayName);
-constexpr uint16_t kDisplayNameRoom = TR104_FIELD_ROOM(Tr104SipLineRecord, aDisplayName, aucReserved1);
-constexpr uint16_t kJitterModeRoom = TR104_FIELD_ROOM(Tr104SipLineRecord, aJitterMode, aucReserved3);
-
-constexpr const char *kStatusError = "get port[%d] status error\n";
-
-const LineValue kLineEnable{{"Tr104LineEnableSip", "pLineEnable", Locate::Line, Access::GetSet},
-                            GET_LINE_ENABLE_ID, SET_LINE_ENABLE_ID, kEnable, 4, Conv::EnableText,
-                            "get Line Enable error.\n", "SET_LINE_ENABLE_ID msg snd failed.\n",
-                            "line enable param error.\n"};
-const LineValue kLineRegister{{"Tr104LineRegisterSip", "pLineRegister", Locate::Line, Access::SetOnly},
-                              0, REGISTER_LINE_ID, 0, 0, Conv::Register, nullptr,
-                              "register or unregister msg snd failed.\n", nullptr};
-const LineValue kLineDisplayName{{"Tr104LineDisplayNameSip", "pLineDisplayName", Locate::Line, Access::GetSet},
-                                 GET_PORT_DISPLAY_NAME_ID,
-                                 SET_PORT_DISPLAY_NAME_ID,
-                                 kDisplayName,
-                                 kDisplayNameRoom,
-                                 Conv::Text,
-                                 "get line[%d] display name error.\n",
-                                 "SET_PORT_DISPLAY_NAME_ID msg snd failed.\n",
-                                 nullptr,
-                                 TooLong::RunOn};
-const LineValue kLineHotlineNum{{"Tr104LineHotlineNumSip", "pLineHotlineNum", Locate::Line, Access::GetSet},
-                                GET_HOTLINE_NUM_ID,
-                                SET_HOTLINE_NUM_ID,
-                                kHotlineNum,
-                                kHotlineNumRoom,
-                                Conv::Text,
-                                "get line[%d] hotline num error.\n",
-                                "SET_HOTLINE_NUM_ID msg snd failed.\n",
-                                "param error, line HotlineNum len too long\n",
-                                TooLong::Refuse,
-                                65};
-const LineValue kLineHotlineDelay{{"Tr104LineHotlineDelaySip", "pLineHotlineDelay", Locate::Line, Access::GetSet},
-                                  GET_HOTLINE_DELAY_ID, SET_HOTLINE_DELAY_ID, kHotlineDelay, 4, Conv::Integer,
-                                  "get line[%d] hotline delay error.\n", "SET_HOTLINE_DELAY_ID msg snd failed.\n",
-                                  nullptr};
-// Its send failure names the display name's command: that is the text operators know.
-const LineValue kLineJitterMode{{"Tr104LineJitterBufferModeSip", "pLineJitterBufferMode", Locate::Line, Access::GetSet},
-                                GET_JIT_MODE_ID,
-                                SET_JIT_MODE_ID,
-                                kJitterMode,
-                                kJitterModeRoom,
-                                Conv::Text,
-                                "get line[%d] jitter buffer mode error.\n",
-                                "SET_PORT_DISPLAY_NAME_ID msg snd failed.\n",
-                                nullptr,
-                                TooLong::Cut,
-                                9};
-const LineValue kLineMaxJitter{{"Tr104LineMaxJitterBufferValueSip", "pLineMaxJitterBufferValue", Locate::Line,
-                                Access::GetSet},
-                               GET_MAX_JIT_VALUE_ID, SET_MAX_JIT_VALUE_ID, kMaxJitter, 4, Conv::Integer,
-                               "get line[%d] max jitter buffer value error.\n",
-                               "SET_MAX_JIT_VALUE_ID msg snd failed.\n", nullptr};
-const LineValue kLineMinJitter{{"Tr104LineMinJitterBufferValueSip", "pLineMinJitterBufferValue", Locate::Line,
-                                Access::GetSet},
-                               GET_MIN_JIT_VALUE_ID, SET_MIN_JIT_VALUE_ID, kMinJitter, 4, Conv::Integer,
-                               "get line[%d] min jitter buffer value error.\n",
-                               "SET_MIN_JIT_VALUE_ID msg snd failed.\n", nullptr};
-
-// The port status conversions: get only, from GET_PORT_STATUS_ID.
-constexpr LineValue portStatusValue(const char *name, const char *valueName, Conv conv) {
-    return LineValue{{name, valueName, Locate::Line, Access::GetOnly}, GET_PORT_STATUS_ID, 0, 0, 0, conv,
-                     kStatusError, nullptr, nullptr};
-}
-const LineValue kLineRegStatus = portStatusValue("Tr104LineRegStatusSip", "pLineRegStatus", Conv::RegStatus);
-const LineValue kLineServerStatus =
-    portStatusValue("Tr104LineServerStatusSip", "pLineServerStatus", Conv::ServerStatus);
-const LineValue kPortStatus = portStatusValue("Tr104PortStatusSip", "pPortStatus", Conv::PortState);
-const LineValue kLineHookStatus = portStatusValue("Tr104LineHookStatusSip", "pLineHookStatus", Conv::HookText);
-const LineValue kLineCallStatus = portStatusValue("Tr104LineCallStatusSip", "pLineCallStatus", Conv::CallStatus);
-const LineValue kLineSessionType =
-    portStatusValue("Tr104LineSessionTypeSip", "pLineSessionType", Conv::SessionType);
+// The longest hotline number a set accepts, and the part of a jitter-buffer mode a set keeps:
+// the field less its terminator.
+constexpr uint16_t kHotlineNumLimit = sizeof(Tr104SipLineRecord::aHotlineNum) - 1;
+constexpr uint16_t kJitterModeKept = sizeof(Tr104SipLineRecord::aJitterMode) - 1;
 
 struct TextMap {
     const char *from;
@@ -276,52 +199,7 @@ int lineValue(const LineValue &v, int nFlag, void *pValue, int *nLocate) {
 
 }  // namespace tr104::sip
 
-using tr104::sip::lineValue;
-
 extern "C" {
-TR104_API int Tr104LineEnableSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineEnable, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineRegisterSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineRegister, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineDisplayNameSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineDisplayName, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineHotlineNumSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineHotlineNum, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineHotlineDelaySip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineHotlineDelay, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineJitterBufferModeSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineJitterMode, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineMaxJitterBufferValueSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineMaxJitter, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineMinJitterBufferValueSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineMinJitter, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineRegStatusSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineRegStatus, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineServerStatusSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineServerStatus, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104PortStatusSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kPortStatus, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineHookStatusSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineHookStatus, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineCallStatusSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineCallStatus, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineSessionTypeSip(int nFlag, void *pValue, int *nLocate) {
-    return lineValue(tr104::sip::kLineSessionType, nFlag, pValue, nLocate);
-}
-
 // A get yields 0 without asking; a set of 1 resets the line's counters, any other value is
 // reported and accepted.
 TR104_API int Tr104LineResetStatisticsFlagSip(int nFlag, void *pValue, int *nLocate) {
@@ -330,3 +208,6 @@ TR104_API int Tr104LineResetStatisticsFlagSip(int nFlag, void *pValue, int *nLoc
     return tr104::sip::resetLineStatistics(kReset, nFlag, pValue, nLocate);
 }
 }
+
+// The descriptors and handlers of the catalogue's LineValue rows (tr104/catalogue/sip.toml).
+#include "tr104/catalogue/sip_LineValue.inc"

@@ -1,6 +1,7 @@
 // A line's audio settings live in the voice profile bound to its port.  Each handler finds the
 // bound profile through the port status and, when the port has none, creates a profile named
-// "port%d" and binds it.  One body serves every member; the members are descriptors.
+// "port%d" and binds it.  One body serves every member; the members are descriptors (the
+// catalogue's ProfileValue rows, and the audio settings below, which SIP and H.248 share).
 #include <cstdio>
 
 #include "tr104/sip/templates.h"
@@ -48,12 +49,6 @@ const ProfileValue kLineAudio[] = {
               TR104_PROFILE_JITTER_TARGET, "get line[%d] jitter buffer target error\n"),
 };
 static_assert(sizeof(kLineAudio) / sizeof(kLineAudio[0]) == static_cast<size_t>(LineAudio::Count));
-
-const ProfileValue kDtmfMethod{{"Tr104ProfileDTMFMethodSip", "pProfileDTMFMethod", Locate::LineOrAll, Access::GetSet},
-                               offsetof(Tr104SipProfileRecord, ucDtmfMethod), 1, TR104_PROFILE_DTMF_METHOD,
-                               ProfileConv::DtmfText, 0, 0, TR104_ERR_PARAM, "get line[%d] DTMF method error\n",
-                               nullptr, "param error, DTMF Method[%s].\n", "param error, DTMF Method[%s].\n",
-                               "DTMF method[%d] error.\n"};
 
 const TextCode kDtmfMethods[] = {{"InBand", 0}, {"RFC2833", 1}, {"RFC2833 Redundancy", 2}, {"SIPInfo", 3}};
 
@@ -320,10 +315,10 @@ int lineAudio(LineAudio which, const char *name, int nFlag, void *pValue, int *n
 TR104_LINE_AUDIO_SETTINGS(TR104_LINE_AUDIO_SIP)
 
 extern "C" {
-TR104_API int Tr104ProfileDTMFMethodSip(int nFlag, void *pValue, int *nLocate) {
-    return tr104::sip::profileValue(tr104::sip::kDtmfMethod, nFlag, pValue, nLocate);
-}
 TR104_API int Tr104LineGainSip(int nFlag, int nDirection, void *pValue, int *nLocate) {
     return tr104::sip::lineGain(__func__, nFlag, nDirection, pValue, nLocate);
 }
 }
+
+// The descriptors and handlers of the catalogue's ProfileValue rows (tr104/catalogue/sip.toml).
+#include "tr104/catalogue/sip_ProfileValue.inc"

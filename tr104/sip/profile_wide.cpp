@@ -8,6 +8,9 @@ namespace {
 // Large enough for every such record.
 constexpr size_t kLargestRecord = 64;
 
+// The fax control mode by name.
+const TextCode kPassThroughNames[] = {{"Force", 0}, {"Disable", 1}, {"Auto", 2}};
+
 bool accepted(const ProfileWide &w, int value) {
     switch (w.accept) {
     case Accept::Any:
@@ -91,3 +94,7 @@ int profileWide(const ProfileWide &w, int nFlag, void *pValue, int *nLocate) {
 }
 
 }  // namespace tr104::sip
+
+// The descriptors and handlers of the catalogue's ProfileWide rows (tr104/catalogue/sip.toml):
+// the fax mode and voice-band-data records, the signalling and inter-digit timers.
+#include "tr104/catalogue/sip_ProfileWide.inc"

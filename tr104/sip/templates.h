@@ -136,6 +136,9 @@ struct ProfileWide {
     uint8_t nameCount = 0;
 };
 
+// The scale of a timer kept in seconds by the data model and in milliseconds by the voice module.
+constexpr uint32_t kMsPerSecond = 1000;
+
 int profileWide(const ProfileWide &w, int nFlag, void *pValue, int *nLocate);
 
 }  // namespace tr104::sip

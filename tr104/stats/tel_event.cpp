@@ -1,6 +1,7 @@
 // Telephone-event settings, the same under both protocols: one 20-byte block read whole; a set
 // sends a zero block with its own word and its bit in the mask, without waiting for a reply.
-#include "tr104/core/core.h"
+// Each handler is a descriptor (the catalogue's TelEvent rows).
+#include "tr104/sip/sip_internal.h"
 #include "tr104/statistics.h"
 
 static_assert(sizeof(Tr104TelEventBlock) == 20);
@@ -24,26 +25,7 @@ struct TelEvent {
     const char *setError;
 };
 
-const TelEvent kEvents[] = {
-    {"Tr104TelEvent2833NegoState", "pNegoState", offsetof(Tr104TelEventBlock, un2833NegoState),
-     TR104_TEL_EVENT_NEGO_STATE, TR104_TEL_EVENT_SET_NEGO_CMD, 1, "get 2833 nego state [%d] \n",
-     "get 2833 nego state error \n", "set 2833NegoState param *pNegoState=%d(0~1)error \n",
-     "config 2833 nego state msg snd failed.\n"},
-    // 128 is accepted: only 129 and above are refused.
-    {"Tr104TelEvent2833PayloadType", "p2833PayloadType", offsetof(Tr104TelEventBlock, un2833PayloadType),
-     TR104_TEL_EVENT_2833_PAYLOAD, TR104_TEL_EVENT_SET_PAYLOAD_CMD, 128, "get 2833 payload [%d] \n",
-     "get 2833 payload error \n", "set 2833PayloadType param *p2833PayloadType=%d(0~%d)error \n",
-     "config 2833 payload msg snd failed.\n"},
-    {"Tr104TelEvent2198PayloadType", "p2198PayloadType", offsetof(Tr104TelEventBlock, un2198PayloadType),
-     TR104_TEL_EVENT_2198_PAYLOAD, TR104_TEL_EVENT_SET_PAYLOAD_CMD, 128, "get 2198 payload [%d] \n",
-     "get 2198 payload error \n", "set p2198PayloadType param *p2198PayloadType=%d(0~%d)error \n",
-     "config 2198 payload msg snd failed.\n"},
-};
-
-}  // namespace
-
-int telEvent(int index, int nFlag, void *pValue) {
-    const TelEvent &e = kEvents[index];
+int telEvent(const TelEvent &e, int nFlag, void *pValue) {
     if (pValue == nullptr) {
         TR104_DEBUG_AS(e.name, "param error, %s is null\n", e.valueName);
         return TR104_ERR_PARAM;
@@ -80,14 +62,8 @@ int telEvent(int index, int nFlag, void *pValue) {
     return TR104_OK;
 }
 
+}  // namespace
 }  // namespace tr104::stats
 
-extern "C" TR104_API int Tr104TelEvent2833NegoState(int nFlag, void *pValue) {
-    return tr104::stats::telEvent(0, nFlag, pValue);
-}
-extern "C" TR104_API int Tr104TelEvent2833PayloadType(int nFlag, void *pValue) {
-    return tr104::stats::telEvent(1, nFlag, pValue);
-}
-extern "C" TR104_API int Tr104TelEvent2198PayloadType(int nFlag, void *pValue) {
-    return tr104::stats::telEvent(2, nFlag, pValue);
-}
+// The descriptors and handlers of the catalogue's TelEvent rows (tr104/catalogue/framework.toml).
+#include "tr104/catalogue/framework_TelEvent.inc"

@@ -1,0 +1,76 @@
+#!/usr/bin/env python3
+"""The map's generator refuses a path given by two of its sources (a row and voice-map.tsv, a row
+and the unserved list, two rows), and a row the catalogue cannot take; the real sources pass.
+
+usage: merge_check_test.py GEN_VOICE_MAP.py CATALOGUE_DIR MAP.tsv INCLUDE_DIR REFERENCE.xml
+"""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+gen, catalogue, tsv, include, xml = sys.argv[1:6]
+PATH = 'InternetGatewayDevice.Services.VoiceService.{i}.VoiceProfile.{i}.Line.{i}.Enable'
+ROW = f'''
+[[param]]
+handler = "Tr104LineEnable"
+shape = "wrapper"
+family = "both"
+
+[[param.paths]]
+path = "{PATH}"
+locate = [0, 1, 2]
+type = "string"
+access = "RW"
+value = "text:16"
+'''
+TSV_LINE = f'{PATH}\tTr104LineEnable\t0,1,2\tstring\tRW\ttext:16\t-\t-\t-\n'
+
+
+def run(tmp, rows, tsv_text, unserved):
+    cat = os.path.join(tmp, 'catalogue')
+    shutil.rmtree(cat, ignore_errors=True)
+    os.makedirs(cat)
+    shutil.copy(os.path.join(catalogue, 'shapes.toml'), cat)
+    with open(os.path.join(cat, 'area.toml'), 'w', encoding='utf-8') as f:
+        f.write(rows)
+    with open(os.path.join(cat, 'unserved.tsv'), 'w', encoding='utf-8') as f:
+        f.write(unserved)
+    with open(os.path.join(tmp, 'map.tsv'), 'w', encoding='utf-8') as f:
+        f.write('# columns\n#\n' + tsv_text)
+    p = subprocess.run([sys.executable, gen, os.path.join(tmp, 'map.tsv'), cat, include, xml,
+                        os.path.join(tmp, 'out.c'), os.path.join(tmp, 'out.tsv')],
+                       capture_output=True, text=True, check=False)
+    return p.returncode, p.stdout + p.stderr
+
+
+failures = 0
+
+
+def expect(name, result, ok, words=''):
+    global failures  # pylint: disable=global-statement
+    rc, out = result
+    if (rc == 0) != ok or words not in out:
+        failures += 1
+        print(f'FAIL {name}: exit {rc}, wanted {"success" if ok else "failure"} naming {words!r}:\n{out}')
+    else:
+        print(f'ok   {name}')
+
+
+with tempfile.TemporaryDirectory() as tmp:
+    expect('a row alone', run(tmp, ROW, '', ''), True)
+    expect('a row and voice-map.tsv', run(tmp, ROW, TSV_LINE, ''), False, 'already mapped')
+    expect('a row and the unserved list', run(tmp, ROW, '', f'{PATH}\tstring\tRW\tno reason\n'), False,
+           'already mapped')
+    expect('two rows', run(tmp, ROW + ROW.replace('Tr104LineEnable"', 'Tr104LineRegister"'), '', ''), False,
+           'already mapped')
+    expect('a handler given twice', run(tmp, ROW + ROW, '', ''), False, 'already a row')
+    expect('an unknown row field', run(tmp, ROW.replace('family =', 'famly = "x"\nfamily ='), '', ''), False,
+           "'famly'")
+    expect('an unknown map column', run(tmp, ROW.replace('value =', 'valeu = "int"\nvalue ='), '', ''), False,
+           "'valeu'")
+    expect('the real sources', (subprocess.run(
+        [sys.executable, gen, tsv, catalogue, include, xml, os.path.join(tmp, 'real.c'),
+         os.path.join(tmp, 'real.tsv')], capture_output=True, text=True, check=False).returncode, ''), True)
+sys.exit(1 if failures else 0)
