@@ -195,9 +195,9 @@ def descriptor_file(cat, area, shape_name):
 
 def dispatch_lists(cat):
     out = [GENERATED, '// The dispatching wrappers by family: X(<exported name>).\n#pragma once\n']
-    for family, spec in cat.shapes['wrapper']['families'].items():
+    for family, rules in cat.shapes['wrapper']['families'].items():
         names = [r['handler'] for r in cat.by_shape('wrapper') if r['family'] == family]
-        out.append(f"\n// {family}: {spec['rule']}\n#define {spec['list']}(X)")
+        out.append(f"\n// {family}: {rules['rule']}\n#define {rules['list']}(X)")
         out.append(''.join(f' \\\n    X({n})' for n in names) + '\n')
     return ''.join(out)
 
