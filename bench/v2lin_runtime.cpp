@@ -36,7 +36,8 @@ std::atomic<int> gStop{0};
 int32_t pongTask(int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t) {
     for (;;) {
         semTake(gPing, V2LIN_WAIT_FOREVER);
-        if (gStop.load()) break;
+        if (gStop.load())
+            break;
         semGive(gPong);
     }
     return 0;
@@ -53,7 +54,8 @@ void BM_RuntimeSemPingPong(benchmark::State &state) {
     }
     gStop = 1;
     semGive(gPing);
-    while (taskIdVerify(id) == 0) taskDelay(1);
+    while (taskIdVerify(id) == 0)
+        taskDelay(1);
     semDelete(gPing);
     semDelete(gPong);
     state.SetItemsProcessed(state.iterations() * 2);
@@ -71,8 +73,7 @@ void BM_RuntimeSemGiveTake(benchmark::State &state) {
 
 MSG_Q_ID gQueue;
 
-int32_t producerTask(int32_t count, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t,
-                     int32_t) {
+int32_t producerTask(int32_t count, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t) {
     Payload p{};
     for (int32_t i = 0; i < count; i++) {
         p.words[0] = static_cast<uint32_t>(i);
@@ -90,7 +91,8 @@ void BM_RuntimeMsgQStream(benchmark::State &state) {
         msgQReceive(gQueue, &p, sizeof p, V2LIN_WAIT_FOREVER);
         benchmark::DoNotOptimize(p);
     }
-    while (taskIdVerify(id) == 0) taskDelay(1);
+    while (taskIdVerify(id) == 0)
+        taskDelay(1);
     msgQDelete(gQueue);
     state.SetItemsProcessed(state.iterations());
 }
@@ -109,7 +111,8 @@ struct Flag {
     }
     void take() {
         pthread_mutex_lock(&mu);
-        while (tokens < 1) pthread_cond_wait(&cond, &mu);
+        while (tokens < 1)
+            pthread_cond_wait(&cond, &mu);
         tokens--;
         pthread_mutex_unlock(&mu);
     }
@@ -131,7 +134,8 @@ struct Ring {
     int head = 0, count = 0;
     void put(const Payload &p) {
         pthread_mutex_lock(&mu);
-        while (count == kQueueSlots) pthread_cond_wait(&notFull, &mu);
+        while (count == kQueueSlots)
+            pthread_cond_wait(&notFull, &mu);
         memcpy(&slots[(head + count) % kQueueSlots], &p, sizeof p);
         count++;
         pthread_cond_broadcast(&notEmpty);
@@ -139,7 +143,8 @@ struct Ring {
     }
     void get(Payload *p) {
         pthread_mutex_lock(&mu);
-        while (count == 0) pthread_cond_wait(&notEmpty, &mu);
+        while (count == 0)
+            pthread_cond_wait(&notEmpty, &mu);
         memcpy(p, &slots[head], sizeof *p);
         head = (head + 1) % kQueueSlots;
         count--;
@@ -159,7 +164,8 @@ pthread_t startPartner(void *(*body)(void *), void *arg) {
     pthread_attr_setschedparam(&attr, &sp);
     pthread_attr_setinheritsched(&attr, PTHREAD_EXPLICIT_SCHED);
     pthread_t th;
-    if (pthread_create(&th, &attr, body, arg) != 0) pthread_create(&th, nullptr, body, arg);
+    if (pthread_create(&th, &attr, body, arg) != 0)
+        pthread_create(&th, nullptr, body, arg);
     pthread_attr_destroy(&attr);
     return th;
 }
@@ -173,7 +179,8 @@ void *pongThread(void *arg) {
     PingPong *pp = static_cast<PingPong *>(arg);
     for (;;) {
         pp->ping.take();
-        if (pp->stop.load()) break;
+        if (pp->stop.load())
+            break;
         pp->pong.give();
     }
     return nullptr;
@@ -236,7 +243,8 @@ void watchdogFired(int32_t) {
 
 void keepDelays(benchmark::State &state, const char *name, std::vector<double> ms) {
     std::sort(ms.begin(), ms.end());
-    if (ms.empty()) return;
+    if (ms.empty())
+        return;
     state.counters["min_ms"] = ms.front();
     state.counters["p50_ms"] = ms[ms.size() / 2];
     state.counters["max_ms"] = ms.back();
@@ -266,7 +274,8 @@ void *timerThread(void *arg) {
     OneShot *t = static_cast<OneShot *>(arg);
     for (;;) {
         t->armed.take();
-        if (t->stop.load()) break;
+        if (t->stop.load())
+            break;
         timespec due;
         clock_gettime(CLOCK_REALTIME, &due);
         due.tv_nsec += kTimerMs * 1000000L;
@@ -313,7 +322,8 @@ public:
     void ReportRuns(const std::vector<Run> &runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run &r : runs)
-            if (r.iterations > 0) nsPerIteration[r.run_name.function_name] = r.GetAdjustedRealTime();
+            if (r.iterations > 0)
+                nsPerIteration[r.run_name.function_name] = r.GetAdjustedRealTime();
     }
     std::map<std::string, double> nsPerIteration;
 };
@@ -326,13 +336,15 @@ int main(int argc, char **argv) {
     for (int i = 1; i < argc; ++i) {
         if (strncmp(argv[i], "--markdown=", 11) == 0) {
             markdown = argv[i] + 11;
-            for (int j = i; j < argc; ++j) argv[j] = argv[j + 1];
+            for (int j = i; j < argc; ++j)
+                argv[j] = argv[j + 1];
             --argc;
             break;
         }
     }
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
     v2lin_init();
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
@@ -349,28 +361,33 @@ int main(int argc, char **argv) {
     };
     FILE *md = markdown != nullptr ? fopen(markdown, "w") : nullptr;
     if (md != nullptr) {
-        fprintf(md, "## Runtime primitives beside pthread equivalents (both partners at SCHED_FIFO 80)\n\n"
-                    "| pattern | runtime ns | pthread ns | runtime / pthread time | goal |\n|---|---:|---:|---:|---|\n");
+        fprintf(md,
+                "## Runtime primitives beside pthread equivalents (both partners at SCHED_FIFO 80)\n\n"
+                "| pattern | runtime ns | pthread ns | runtime / pthread time | goal |\n|---|---:|---:|---:|---|\n");
     }
     for (const auto &p : pairs) {
         auto a = reporter.nsPerIteration.find(p.runtime), b = reporter.nsPerIteration.find(p.plain);
-        if (a == reporter.nsPerIteration.end() || b == reporter.nsPerIteration.end() || b->second <= 0) continue;
+        if (a == reporter.nsPerIteration.end() || b == reporter.nsPerIteration.end() || b->second <= 0)
+            continue;
         const double ratio = a->second / b->second;
         std::printf("ratio runtime/pthread, %s: %.2f (%.0f ns vs %.0f ns per iteration)\n", p.what, ratio, a->second,
                     b->second);
         if (md != nullptr) {
             char goal[64] = "-";
-            if (p.goal > 0) snprintf(goal, sizeof goal, "<= %.2f: %s", p.goal, ratio <= p.goal ? "met" : "**missed**");
+            if (p.goal > 0)
+                snprintf(goal, sizeof goal, "<= %.2f: %s", p.goal, ratio <= p.goal ? "met" : "**missed**");
             fprintf(md, "| %s | %.0f | %.0f | %.2f | %s |\n", p.what, a->second, b->second, ratio, goal);
         }
     }
     if (md != nullptr) {
-        fprintf(md, "\nActual delay of a 50 ms one-shot timer (the watchdog fires on the first pass of the timer task "
-                    "after its delay; the pthread timer waits on a condition variable until its deadline):\n\n"
-                    "| timer | fired | min ms | p50 ms | max ms | spread ms |\n|---|---:|---:|---:|---:|---:|\n");
+        fprintf(md,
+                "\nActual delay of a 50 ms one-shot timer (the watchdog fires on the first pass of the timer task "
+                "after its delay; the pthread timer waits on a condition variable until its deadline):\n\n"
+                "| timer | fired | min ms | p50 ms | max ms | spread ms |\n|---|---:|---:|---:|---:|---:|\n");
         for (const char *name : {"watchdog", "pthread"}) {
             const std::vector<double> &ms = gTimerDelays[name];
-            if (ms.empty()) continue;
+            if (ms.empty())
+                continue;
             fprintf(md, "| %s | %zu | %.2f | %.2f | %.2f | %.2f |\n", name, ms.size(), ms.front(), ms[ms.size() / 2],
                     ms.back(), ms.back() - ms.front());
         }

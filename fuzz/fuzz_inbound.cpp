@@ -9,7 +9,7 @@
 #include "tr104.h"
 
 extern "C" __attribute__((visibility("default"))) int notifyChangedValues_toTr069(int, char **names, char **values,
-                                                                                   int count) {
+                                                                                  int count) {
     if (count < 1 || count > 3 || names == nullptr || values == nullptr) {
         std::abort();
     }

@@ -11,26 +11,26 @@
 using namespace v2lin;
 
 struct v2lin_msgq {
-    pthread_mutex_t lock;      // guards every field below and the ring
-    pthread_cond_t recvCond;   // broadcast when a message is put, and on delete
-    pthread_mutex_t hsLock;    // the deleting task waits here ...
-    pthread_cond_t hsCond;     // ... until every reader and writer has left
-    pthread_mutex_t spaceLock; // writers waiting for room wait on spaceCond with this mutex
+    pthread_mutex_t lock;  // guards every field below and the ring
+    pthread_cond_t recvCond;  // broadcast when a message is put, and on delete
+    pthread_mutex_t hsLock;  // the deleting task waits here ...
+    pthread_cond_t hsCond;  // ... until every reader and writer has left
+    pthread_mutex_t spaceLock;  // writers waiting for room wait on spaceCond with this mutex
     pthread_cond_t spaceCond;
-    uint8_t *readPtr;          // slot of the next message to receive
-    uint8_t *writePtr;         // slot for the next normal message
-    uint32_t state;            // 0x02 deleted, 0x01 last put was urgent
+    uint8_t *readPtr;  // slot of the next message to receive
+    uint8_t *writePtr;  // slot for the next normal message
+    uint32_t state;  // 0x02 deleted, 0x01 last put was urgent
     uint8_t *ringStart;
-    uint8_t *ringEnd;          // last slot: ringStart + maxMsgs * slotSize
-    v2lin_msgq *next;          // global queue list
+    uint8_t *ringEnd;  // last slot: ringStart + maxMsgs * slotSize
+    v2lin_msgq *next;  // global queue list
     V2LIN_TCB *readers;
     V2LIN_TCB *writers;
     int32_t count;
     int32_t maxMsgs;
     int32_t maxLen;
-    int32_t slotSize;          // maxLen + 4: a 32-bit length, then the bytes
-    int32_t order;             // 1: readers and writers served by priority
-    int32_t inside;            // readers and writers inside a wait, tasks or not
+    int32_t slotSize;  // maxLen + 4: a 32-bit length, then the bytes
+    int32_t order;  // 1: readers and writers served by priority
+    int32_t inside;  // readers and writers inside a wait, tasks or not
 };
 
 namespace {
@@ -63,7 +63,8 @@ uint8_t *stepBack(const v2lin_msgq *q, uint8_t *p) {
 }
 
 void store(uint8_t *slot, const void *buffer, uint32_t nBytes) {
-    if (buffer && nBytes) memcpy(slot + 4, buffer, nBytes);
+    if (buffer && nBytes)
+        memcpy(slot + 4, buffer, nBytes);
     memcpy(slot, &nBytes, 4);
 }
 
@@ -91,7 +92,8 @@ void put(v2lin_msgq *q, const void *buffer, uint32_t nBytes, int priority) {
 }
 
 bool nobodyWaits(v2lin_msgq *q) {
-    return !waitListHead(&q->readers) && !waitListHead(&q->writers) && __atomic_load_n(&q->inside, __ATOMIC_RELAXED) == 0;
+    return !waitListHead(&q->readers) && !waitListHead(&q->writers) &&
+           __atomic_load_n(&q->inside, __ATOMIC_RELAXED) == 0;
 }
 
 // State of one send or receive, shared with its cancellation clean-up.
@@ -126,9 +128,12 @@ void leaveWait(WaitCtx *c) {
 
 void waitCleanup(void *arg) {
     WaitCtx *c = static_cast<WaitCtx *>(arg);
-    if (c->spaceHeld.held) heldUnlock(&c->spaceHeld);
-    if (!c->queueHeld.held) heldLock(&c->queueHeld);
-    if (c->inWait) leaveWait(c);
+    if (c->spaceHeld.held)
+        heldUnlock(&c->spaceHeld);
+    if (!c->queueHeld.held)
+        heldLock(&c->queueHeld);
+    if (c->inWait)
+        leaveWait(c);
     heldUnlock(&c->queueHeld);
 }
 
@@ -144,9 +149,12 @@ bool pollTick(HeldMutex *held, const struct timespec *deadline) {
 bool maySend(WaitCtx *c, const struct timespec *deadline) {
     v2lin_msgq *q = c->q;
     for (;;) {
-        if (countOf(q) >= q->maxMsgs && !(q->maxMsgs == 0 && waitListHead(&q->readers))) return false;
-        if (signal_for_my_task(&q->writers, q->order)) return true;
-        if (pollTick(&c->spaceHeld, deadline) || deleted(q)) return false;
+        if (countOf(q) >= q->maxMsgs && !(q->maxMsgs == 0 && waitListHead(&q->readers)))
+            return false;
+        if (signal_for_my_task(&q->writers, q->order))
+            return true;
+        if (pollTick(&c->spaceHeld, deadline) || deleted(q))
+            return false;
     }
 }
 
@@ -154,14 +162,18 @@ bool maySend(WaitCtx *c, const struct timespec *deadline) {
 bool mayReceive(WaitCtx *c, const struct timespec *deadline) {
     v2lin_msgq *q = c->q;
     for (;;) {
-        if (countOf(q) < 1) return false;
-        if (signal_for_my_task(&q->readers, q->order)) return true;
-        if (pollTick(&c->queueHeld, deadline)) return false;
+        if (countOf(q) < 1)
+            return false;
+        if (signal_for_my_task(&q->readers, q->order))
+            return true;
+        if (pollTick(&c->queueHeld, deadline))
+            return false;
     }
 }
 
 const struct timespec *deadlineFor(uint32_t timeout, struct timespec *storage) {
-    if (timeout == kWaitForever) return nullptr;
+    if (timeout == kWaitForever)
+        return nullptr;
     *storage = makeDeadline(timeout);
     return storage;
 }
@@ -169,7 +181,8 @@ const struct timespec *deadlineFor(uint32_t timeout, struct timespec *storage) {
 // Queue mutex held on entry and on return.
 int waitToSend(WaitCtx *c, uint32_t timeout, const void *buffer, uint32_t nBytes, int priority) {
     v2lin_msgq *q = c->q;
-    if (timeout == 0) return S_objLib_OBJ_UNAVAILABLE;
+    if (timeout == 0)
+        return S_objLib_OBJ_UNAVAILABLE;
     enterWait(c);
     heldUnlock(&c->queueHeld);
     struct timespec storage;
@@ -185,7 +198,8 @@ int waitToSend(WaitCtx *c, uint32_t timeout, const void *buffer, uint32_t nBytes
                 mayPut = true;
                 break;
             }
-            if (last == ETIMEDOUT) break;
+            if (last == ETIMEDOUT)
+                break;
             last = condWait(&q->spaceCond, &q->spaceLock, deadline);
         }
         heldUnlock(&c->spaceHeld);
@@ -199,8 +213,10 @@ int waitToSend(WaitCtx *c, uint32_t timeout, const void *buffer, uint32_t nBytes
         break;
     }
     leaveWait(c);
-    if (deleted(q)) return S_objLib_OBJ_DELETED;
-    if (last == ETIMEDOUT) return S_objLib_OBJ_TIMEOUT;
+    if (deleted(q))
+        return S_objLib_OBJ_DELETED;
+    if (last == ETIMEDOUT)
+        return S_objLib_OBJ_TIMEOUT;
     put(q, buffer, nBytes, priority);
     return 0;
 }
@@ -246,7 +262,8 @@ MSG_Q_ID msgQCreate(int maxMsgs, int maxMsgLength, int options) {
 int msgQSend(MSG_Q_ID queue, const void *buffer, uint32_t nBytes, int32_t timeout, int priority) {
     V2LIN_TCB *me = my_task();
     v2lin_msgq *q = lookup(queue);
-    if (!q) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!q)
+        return fail(S_objLib_OBJ_ID_ERROR);
     WaitCtx ctx{q, me, &q->writers, {&q->lock, 1}, {&q->spaceLock, 0}, 0};
     int rc = 0;
     pthread_cleanup_push(waitCleanup, &ctx);
@@ -271,7 +288,8 @@ int msgQSend(MSG_Q_ID queue, const void *buffer, uint32_t nBytes, int32_t timeou
 int msgQReceive(MSG_Q_ID queue, void *buffer, uint32_t maxNBytes, int32_t timeout) {
     V2LIN_TCB *me = my_task();
     v2lin_msgq *q = lookup(queue);
-    if (!q) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!q)
+        return fail(S_objLib_OBJ_ID_ERROR);
     if (maxNBytes < static_cast<uint32_t>(q->maxLen)) {
         pthread_mutex_unlock(&q->lock);
         return fail(S_msgQLib_INVALID_MSG_LENGTH);
@@ -295,7 +313,8 @@ int msgQReceive(MSG_Q_ID queue, void *buffer, uint32_t maxNBytes, int32_t timeou
             mayTake = true;
             break;
         }
-        if (last == ETIMEDOUT) break;
+        if (last == ETIMEDOUT)
+            break;
         last = condWait(&q->recvCond, &q->lock, deadline);
     }
     leaveWait(&ctx);
@@ -309,9 +328,12 @@ int msgQReceive(MSG_Q_ID queue, void *buffer, uint32_t maxNBytes, int32_t timeou
         uint8_t *slot = q->readPtr;
         uint32_t len;
         memcpy(&len, slot, 4);
-        if (len > static_cast<uint32_t>(q->maxLen)) len = static_cast<uint32_t>(q->maxLen);
-        if (buffer && len) memcpy(buffer, slot + 4, len);
-        if (q->maxLen > 0) slot[4] = 0;
+        if (len > static_cast<uint32_t>(q->maxLen))
+            len = static_cast<uint32_t>(q->maxLen);
+        if (buffer && len)
+            memcpy(buffer, slot + 4, len);
+        if (q->maxLen > 0)
+            slot[4] = 0;
         memset(slot, 0, 4);
         q->readPtr = advance(q, q->readPtr);
         addCount(q, -1);
@@ -344,7 +366,8 @@ int msgQDelete(MSG_Q_ID queue) {
         pthread_mutex_lock(&q->spaceLock);
         pthread_cond_broadcast(&q->spaceCond);
         pthread_mutex_unlock(&q->spaceLock);
-        while (!nobodyWaits(q)) pthread_cond_wait(&q->hsCond, &q->hsLock);
+        while (!nobodyWaits(q))
+            pthread_cond_wait(&q->hsCond, &q->hsLock);
         pthread_cleanup_pop(1);
     } else {
         pthread_mutex_unlock(&q->lock);
@@ -366,7 +389,8 @@ int msgQDelete(MSG_Q_ID queue) {
 
 int msgQNumMsgs(MSG_Q_ID queue) {
     v2lin_msgq *q = lookup(queue);
-    if (!q) return kError;
+    if (!q)
+        return kError;
     int n = countOf(q);
     pthread_mutex_unlock(&q->lock);
     return n;
@@ -387,7 +411,8 @@ int msgQShow(MSG_Q_ID queue, FILE *stream, void *verbose) {
             fprintf(stream, "%x %s ", hex32(t), nameOrNull(t->name));
     }
     pthread_mutex_unlock(&task_list_lock);
-    if (verbose) dumpWords(stream, q, sizeof *q);
+    if (verbose)
+        dumpWords(stream, q, sizeof *q);
     fputc('\n', stream);
     return kOk;
 }

@@ -10,18 +10,18 @@
 using namespace v2lin;
 
 struct v2lin_sem {
-    pthread_mutex_t lock;     // guards every field below
-    pthread_cond_t tokenCond; // broadcast on give, flush and delete
-    uint32_t options;         // 0x01 priority order, 0x04 delete safe, 0x08 inversion safe, kind in 0xF0
-    pthread_mutex_t hsLock;   // a flushing or deleting task waits here ...
-    pthread_cond_t hsCond;    // ... until every waiter has left
+    pthread_mutex_t lock;  // guards every field below
+    pthread_cond_t tokenCond;  // broadcast on give, flush and delete
+    uint32_t options;  // 0x01 priority order, 0x04 delete safe, 0x08 inversion safe, kind in 0xF0
+    pthread_mutex_t hsLock;  // a flushing or deleting task waits here ...
+    pthread_cond_t hsCond;  // ... until every waiter has left
     int32_t tokens;
-    uint32_t state;           // 0x01 flushed, 0x02 deleted
-    int32_t recursion;        // takes held by the owner of a mutual-exclusion semaphore
-    V2LIN_TCB *owner;         // task that took it last
-    v2lin_sem *next;          // global semaphore list
-    V2LIN_TCB *waiters;       // waiter list through the tasks' wait-list link
-    int32_t inside;           // threads inside a wait, tasks or not (a deleter waits for all of them)
+    uint32_t state;  // 0x01 flushed, 0x02 deleted
+    int32_t recursion;  // takes held by the owner of a mutual-exclusion semaphore
+    V2LIN_TCB *owner;  // task that took it last
+    v2lin_sem *next;  // global semaphore list
+    V2LIN_TCB *waiters;  // waiter list through the tasks' wait-list link
+    int32_t inside;  // threads inside a wait, tasks or not (a deleter waits for all of them)
 };
 
 namespace {
@@ -42,9 +42,7 @@ pthread_mutex_t gSemListLock = PTHREAD_MUTEX_INITIALIZER;
 
 bool isMutex(const v2lin_sem *s) { return (s->options & kKindMask) == kMutex; }
 
-v2lin_sem *lookup(v2lin_sem *sem, bool unlink = false) {
-    return lookupRecord(&gSemList, &gSemListLock, sem, unlink);
-}
+v2lin_sem *lookup(v2lin_sem *sem, bool unlink = false) { return lookupRecord(&gSemList, &gSemListLock, sem, unlink); }
 
 SEM_ID create(int options, uint32_t word, int32_t tokens) {
     if (static_cast<uint32_t>(options) & kRefusedOptions) {
@@ -52,7 +50,8 @@ SEM_ID create(int options, uint32_t word, int32_t tokens) {
         return nullptr;
     }
     v2lin_sem *s = static_cast<v2lin_sem *>(ts_malloc(sizeof(v2lin_sem)));
-    if (!s) return nullptr;
+    if (!s)
+        return nullptr;
     memset(s, 0, sizeof *s);
     pthread_mutex_init(&s->lock, nullptr);
     pthread_cond_init(&s->tokenCond, nullptr);
@@ -65,7 +64,8 @@ SEM_ID create(int options, uint32_t word, int32_t tokens) {
 }
 
 void setPendSem(V2LIN_TCB *me, v2lin_sem *s) {
-    if (!me) return;
+    if (!me)
+        return;
     pthread_mutex_lock(&task_list_lock);
     me->pendSem = s;
     pthread_mutex_unlock(&task_list_lock);
@@ -100,8 +100,10 @@ void leaveWait(TakeCtx *c) {
 
 void takeCleanup(void *arg) {
     TakeCtx *c = static_cast<TakeCtx *>(arg);
-    if (!c->held.held) heldLock(&c->held);
-    if (c->inWait) leaveWait(c);
+    if (!c->held.held)
+        heldLock(&c->held);
+    if (c->inWait)
+        leaveWait(c);
     setPendSem(c->me, nullptr);
     heldUnlock(&c->held);
 }
@@ -111,7 +113,8 @@ void takeCleanup(void *arg) {
 bool tryTake(TakeCtx *c, const struct timespec *deadline) {
     v2lin_sem *s = c->s;
     for (;;) {
-        if (s->tokens < 1) return false;
+        if (s->tokens < 1)
+            return false;
         if (signal_for_my_task(&s->waiters, s->options & kPriorityOrder)) {
             s->tokens--;
             return true;
@@ -120,8 +123,10 @@ bool tryTake(TakeCtx *c, const struct timespec *deadline) {
         taskDelay(1);
         heldLock(&c->held);
         // A flush or delete that came meanwhile releases this waiter without a token.
-        if (s->state & (kFlushed | kDeleted)) return false;
-        if (deadline && deadlinePassed(*deadline)) return false;
+        if (s->state & (kFlushed | kDeleted))
+            return false;
+        if (deadline && deadlinePassed(*deadline))
+            return false;
     }
 }
 
@@ -140,7 +145,8 @@ int waitForToken(TakeCtx *c, uint32_t timeout) {
     link_susp_task(&s->waiters, c->me);
     __atomic_add_fetch(&s->inside, 1, __ATOMIC_RELAXED);
     c->inWait = 1;
-    if (timeout != 0 && (s->options & kInversionSafe) && s->owner && c->me) raiseOwner(s, c->me);
+    if (timeout != 0 && (s->options & kInversionSafe) && s->owner && c->me)
+        raiseOwner(s, c->me);
 
     struct timespec deadline;
     const struct timespec *pdl = nullptr;
@@ -150,13 +156,15 @@ int waitForToken(TakeCtx *c, uint32_t timeout) {
     }
     int last = 0;
     for (;;) {
-        if (s->state & (kFlushed | kDeleted)) break;
+        if (s->state & (kFlushed | kDeleted))
+            break;
         if (tryTake(c, pdl)) {
             // A token really taken is a success, even if the wait before it had timed out.
             last = 0;
             break;
         }
-        if (last == ETIMEDOUT) break;
+        if (last == ETIMEDOUT)
+            break;
         last = condWait(&s->tokenCond, &s->lock, pdl);
     }
     // A no-wait take that finds no token still reports success: long-standing behaviour of this
@@ -176,7 +184,8 @@ int waitForToken(TakeCtx *c, uint32_t timeout) {
         s->owner = c->me;
         if (isMutex(s)) {
             s->recursion++;
-            if (s->options & kDeleteSafe) taskSafe();
+            if (s->options & kDeleteSafe)
+                taskSafe();
         }
         return 0;
     }
@@ -195,7 +204,8 @@ void releaseWaiters(v2lin_sem *s, uint32_t bit) {
     s->state |= bit;
     pthread_cond_broadcast(&s->tokenCond);
     pthread_mutex_unlock(&s->lock);
-    while (!nobodyWaits(s)) pthread_cond_wait(&s->hsCond, &s->hsLock);
+    while (!nobodyWaits(s))
+        pthread_cond_wait(&s->hsCond, &s->hsLock);
     pthread_cleanup_pop(1);
 }
 
@@ -222,10 +232,12 @@ SEM_ID semCCreate(int options, int initialCount) {
 SEM_ID semMCreate(int options) { return create(options, (static_cast<uint32_t>(options) & 0x0F) | kMutex, 1); }
 
 int semTake(SEM_ID sem, int32_t timeout) {
-    if (!sem) return kError;
+    if (!sem)
+        return kError;
     V2LIN_TCB *me = my_task();
     v2lin_sem *s = lookup(sem);
-    if (!s) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!s)
+        return fail(S_objLib_OBJ_ID_ERROR);
     TakeCtx ctx{s, me, {&s->lock, 1}, 0};
     int rc;
     pthread_cleanup_push(takeCleanup, &ctx);
@@ -243,10 +255,12 @@ int semTake(SEM_ID sem, int32_t timeout) {
 }
 
 int semGive(SEM_ID sem) {
-    if (!sem) return kError;
+    if (!sem)
+        return kError;
     V2LIN_TCB *me = my_task();
     v2lin_sem *s = lookup(sem);
-    if (!s) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!s)
+        return fail(S_objLib_OBJ_ID_ERROR);
     int rc = 0;
     pthread_cleanup_push(unlockMutexCleanup, &s->lock);
     if (isMutex(s) && s->owner != me) {
@@ -256,7 +270,8 @@ int semGive(SEM_ID sem) {
             if (--s->recursion == 0) {
                 s->tokens++;
                 s->owner = nullptr;
-                if (s->options & kDeleteSafe) taskUnsafe();
+                if (s->options & kDeleteSafe)
+                    taskUnsafe();
                 if (s->options & kInversionSafe) {
                     taskLock();
                     taskUnlock();
@@ -273,7 +288,8 @@ int semGive(SEM_ID sem) {
 }
 
 int semFlush(SEM_ID sem) {
-    if (!sem) return kError;
+    if (!sem)
+        return kError;
     // The scheduler lock comes before the record mutex.
     taskLock();
     v2lin_sem *s = lookup(sem);
@@ -291,7 +307,8 @@ int semFlush(SEM_ID sem) {
 }
 
 int semDelete(SEM_ID sem) {
-    if (!sem) return kError;
+    if (!sem)
+        return kError;
     taskLock();
     // Leaving the list at once keeps newcomers away while the waiters leave.
     v2lin_sem *s = lookup(sem, true);
@@ -334,11 +351,13 @@ int semShow(SEM_ID sem, FILE *stream, void *verbose) {
     fprintf(stream, "tc:%i ", s->tokens);
     fputc('(', stream);
     pthread_mutex_lock(&task_list_lock);
-    for (V2LIN_TCB *t = s->waiters; t; t = t->waitNext) fprintf(stream, "%x %s ", hex32(t), nameOrNull(t->name));
+    for (V2LIN_TCB *t = s->waiters; t; t = t->waitNext)
+        fprintf(stream, "%x %s ", hex32(t), nameOrNull(t->name));
     pthread_mutex_unlock(&task_list_lock);
     fputs(") ", stream);
     fprintf(stream, "%x ", s->options);
-    if (verbose) dumpWords(stream, s, sizeof *s);
+    if (verbose)
+        dumpWords(stream, s, sizeof *s);
     fputc('\n', stream);
     return kOk;
 }
@@ -353,7 +372,8 @@ int semList(FILE *stream, void *verbose) {
 }
 
 pthread_mutex_t *mgMutexConstruct(pthread_mutex_t *mutex) {
-    if (!mutex) return nullptr;
+    if (!mutex)
+        return nullptr;
     pthread_mutexattr_t attr;
     pthread_mutexattr_init(&attr);
     pthread_mutexattr_settype(&attr, PTHREAD_MUTEX_RECURSIVE_NP);

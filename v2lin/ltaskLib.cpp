@@ -68,9 +68,11 @@ void setLocker(pthread_t who) { __atomic_store_n(&locker, who, __ATOMIC_RELAXED)
 
 // First block with the given id; task_list_lock held.
 V2LIN_TCB *findLocked(int32_t id) {
-    if (id == 0) return myTaskLocked();
+    if (id == 0)
+        return myTaskLocked();
     for (V2LIN_TCB *t = task_list; t; t = t->next)
-        if (t->taskId == id) return t;
+        if (t->taskId == id)
+            return t;
     return nullptr;
 }
 
@@ -97,11 +99,13 @@ int attrPolicy(const V2LIN_TCB *tcb) {
 // to the policy's minimum because of the remainder step; that is how this runtime has always
 // mapped them.
 int translatePriority(int p, int policy, int *error) {
-    if (p >= 256) *error = S_taskLib_ILLEGAL_PRIORITY;
+    if (p >= 256)
+        *error = S_taskLib_ILLEGAL_PRIORITY;
     int min = sched_get_priority_min(policy);
     int max = sched_get_priority_max(policy);
     int q = ((255 - p) * max) / 256;
-    if (max - 1 != 0) q = q % (max - 1);
+    if (max - 1 != 0)
+        q = q % (max - 1);
     return q < min ? min : q;
 }
 
@@ -119,7 +123,8 @@ void releaseTask(V2LIN_TCB *tcb) {
     pthread_mutex_lock(&task_list_lock);
     struct v2lin_sem *sem = tcb->pendSem;
     pthread_mutex_unlock(&task_list_lock);
-    if (sem) semForgetWaiter(sem, tcb);
+    if (sem)
+        semForgetWaiter(sem, tcb);
     pthread_mutex_lock(&task_list_lock);
     for (V2LIN_TCB **pp = &task_list; *pp; pp = &(*pp)->next) {
         if (*pp == tcb) {
@@ -145,14 +150,17 @@ void releaseTask(V2LIN_TCB *tcb) {
 
 // Lets the pending deleters of a task go on and waits until they have left its list.
 void notifyDeletion(V2LIN_TCB *tcb, bool forced) {
-    if (!waitListHead(&tcb->pendingDeleters)) return;
+    if (!waitListHead(&tcb->pendingDeleters))
+        return;
     pthread_mutex_lock(&tcb->delLock);
     pthread_cleanup_push(unlockMutexCleanup, &tcb->delLock);
     pthread_mutex_lock(&tcb->safeLock);
-    if (forced) tcb->forceDeleting = 1;
+    if (forced)
+        tcb->forceDeleting = 1;
     pthread_cond_broadcast(&tcb->safeCond);
     pthread_mutex_unlock(&tcb->safeLock);
-    while (waitListHead(&tcb->pendingDeleters)) pthread_cond_wait(&tcb->delCond, &tcb->delLock);
+    while (waitListHead(&tcb->pendingDeleters))
+        pthread_cond_wait(&tcb->delCond, &tcb->delLock);
     pthread_cleanup_pop(1);
 }
 
@@ -189,15 +197,14 @@ void *taskWrapper(void *arg) {
     int32_t a[10];
     memcpy(a, tcb->args, sizeof a);
     pthread_mutex_unlock(&task_list_lock);
-    if (entry) entry(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9]);
+    if (entry)
+        entry(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9]);
     pthread_cleanup_pop(1);
     taskDeleteForce(0);
     return nullptr;
 }
 
-void reportFallback() {
-    errnoLine(EPERM);
-}
+void reportFallback() { errnoLine(EPERM); }
 
 // Pending deleter's clean-up when it is cancelled while waiting for the target to become unsafe.
 struct PendCtx {
@@ -215,7 +222,8 @@ void pendCleanup(void *arg) {
 
 void lockNoteCleanup(void *arg) {
     V2LIN_TCB *me = static_cast<V2LIN_TCB *>(arg);
-    if (me) __atomic_store_n(&me->lockWait, nullptr, __ATOMIC_RELAXED);
+    if (me)
+        __atomic_store_n(&me->lockWait, nullptr, __ATOMIC_RELAXED);
     pthread_mutex_unlock(&v2pthread_task_lock);
 }
 
@@ -237,8 +245,10 @@ void applyTaskPriority(V2LIN_TCB *tcb, int priority) {
     struct sched_param sp {};
     sp.sched_priority = priority;
     int rc = pthread_attr_setschedparam(&tcb->attr, &sp);
-    if (rc != 0) errnoLine(rc);
-    if (tcb->thread == 0) return;
+    if (rc != 0)
+        errnoLine(rc);
+    if (tcb->thread == 0)
+        return;
     int policy = SCHED_FIFO;
     pthread_attr_getschedpolicy(&tcb->attr, &policy);
     rc = pthread_setschedparam(tcb->thread, policy, &sp);
@@ -266,7 +276,8 @@ void quietWrite(const char *text) {
 
 void heldMutexCleanup(void *arg) {
     HeldMutex *h = static_cast<HeldMutex *>(arg);
-    if (h->held) heldUnlock(h);
+    if (h->held)
+        heldUnlock(h);
 }
 void heldLock(HeldMutex *h) {
     pthread_mutex_lock(h->mutex);
@@ -281,7 +292,8 @@ void unlockMutexCleanup(void *mutex) { pthread_mutex_unlock(static_cast<pthread_
 V2LIN_TCB *myTaskLocked() {
     pthread_t self = pthread_self();
     for (V2LIN_TCB *t = task_list; t; t = t->next)
-        if (t->thread != 0 && pthread_equal(t->thread, self)) return t;
+        if (t->thread != 0 && pthread_equal(t->thread, self))
+            return t;
     return nullptr;
 }
 
@@ -323,13 +335,16 @@ struct timespec normalisedDeadline(const struct timespec &deadline) {
 bool deadlinePassed(const struct timespec &deadline) {
     struct timeval now;
     gettimeofday(&now, nullptr);
-    if (deadline.tv_sec < now.tv_sec) return true;
-    if (deadline.tv_sec > now.tv_sec) return false;
+    if (deadline.tv_sec < now.tv_sec)
+        return true;
+    if (deadline.tv_sec > now.tv_sec)
+        return false;
     return static_cast<long>(now.tv_usec) * 1000 >= deadline.tv_nsec;
 }
 
 int condWait(pthread_cond_t *cond, pthread_mutex_t *mutex, const struct timespec *deadline) {
-    if (!deadline) return pthread_cond_wait(cond, mutex);
+    if (!deadline)
+        return pthread_cond_wait(cond, mutex);
     struct timespec ts = normalisedDeadline(*deadline);
     return pthread_cond_timedwait(cond, mutex, &ts);
 }
@@ -357,7 +372,8 @@ int startTaskThread(V2LIN_TCB *tcb) {
 void dumpWords(FILE *stream, const void *record, size_t size) {
     // Records are word aligned; the words are read one by one, as the owner may be updating them.
     const uint32_t *words = static_cast<const uint32_t *>(record);
-    for (size_t i = 0; i < size / 4; i++) fprintf(stream, "%x ", __atomic_load_n(&words[i], __ATOMIC_RELAXED));
+    for (size_t i = 0; i < size / 4; i++)
+        fprintf(stream, "%x ", __atomic_load_n(&words[i], __ATOMIC_RELAXED));
 }
 
 }  // namespace v2lin
@@ -366,7 +382,8 @@ extern "C" {
 
 const char *VxWorksError(int errnum) {
     for (const ErrorName &e : kErrorNames)
-        if (e.code == errnum) return e.name;
+        if (e.code == errnum)
+            return e.name;
     return strerror(errnum);
 }
 
@@ -385,7 +402,8 @@ V2LIN_TCB *task_for(int32_t id) {
 }
 
 void link_susp_task(V2LIN_TCB **list, V2LIN_TCB *task) {
-    if (!task) return;
+    if (!task)
+        return;
     pthread_mutex_lock(&task_list_lock);
     // An earlier occurrence is spliced out with its link still intact, so that the tasks behind
     // it stay on the list; then the task goes to the tail with a cleared link.
@@ -403,7 +421,8 @@ void link_susp_task(V2LIN_TCB **list, V2LIN_TCB *task) {
 }
 
 void unlink_susp_task(V2LIN_TCB **list, V2LIN_TCB *task) {
-    if (!task) return;
+    if (!task)
+        return;
     pthread_mutex_lock(&task_list_lock);
     for (V2LIN_TCB **pp = list; *pp; pp = &(*pp)->waitNext) {
         if (*pp == task) {
@@ -422,7 +441,8 @@ int signal_for_my_task(V2LIN_TCB **list, int byPriority) {
     V2LIN_TCB *next = *list;
     if (byPriority) {
         for (V2LIN_TCB *t = *list; t; t = t->waitNext)
-            if (t->prvParam.sched_priority > next->prvParam.sched_priority) next = t;
+            if (t->prvParam.sched_priority > next->prvParam.sched_priority)
+                next = t;
     }
     pthread_mutex_unlock(&task_list_lock);
     return next == me;
@@ -442,12 +462,14 @@ void ts_free(void *block) {
 }
 
 int taskInit(V2LIN_TCB *tcb, const char *name, int priority, int options, char *stackBase, int stackSize,
-             V2LIN_FUNCPTR entry, int32_t a1, int32_t a2, int32_t a3, int32_t a4, int32_t a5, int32_t a6,
-             int32_t a7, int32_t a8, int32_t a9, int32_t a10) {
+             V2LIN_FUNCPTR entry, int32_t a1, int32_t a2, int32_t a3, int32_t a4, int32_t a5, int32_t a6, int32_t a7,
+             int32_t a8, int32_t a9, int32_t a10) {
     (void)stackBase;
     (void)stackSize;
-    if (options != 0) return fail(ENOSYS);
-    if (!tcb) return fail(S_objLib_OBJ_ID_ERROR);
+    if (options != 0)
+        return fail(ENOSYS);
+    if (!tcb)
+        return fail(S_objLib_OBJ_ID_ERROR);
 
     pthread_mutex_lock(&task_list_lock);
     memset(tcb, 0, sizeof *tcb);
@@ -456,14 +478,16 @@ int taskInit(V2LIN_TCB *tcb, const char *name, int priority, int options, char *
     if (name) {
         size_t len = strlen(name) + 1;
         tcb->name = static_cast<char *>(ts_malloc(len));
-        if (tcb->name) memcpy(tcb->name, name, len);
+        if (tcb->name)
+            memcpy(tcb->name, name, len);
     }
     tcb->vxPriority = priority;
     pthread_attr_init(&tcb->attr);
     pthread_attr_getschedparam(&tcb->attr, &tcb->prvParam);
     int policy = gRoundRobin ? SCHED_RR : SCHED_FIFO;
     int rc = pthread_attr_setschedpolicy(&tcb->attr, policy);
-    if (rc != 0) errnoLine(rc);
+    if (rc != 0)
+        errnoLine(rc);
 
     int error = 0;
     translatePriority(priority, policy, &error);
@@ -475,7 +499,8 @@ int taskInit(V2LIN_TCB *tcb, const char *name, int priority, int options, char *
     // the range.
     tcb->prvParam.sched_priority = priority;
     rc = pthread_attr_setschedparam(&tcb->attr, &tcb->prvParam);
-    if (rc != 0) errnoLine(rc);
+    if (rc != 0)
+        errnoLine(rc);
     pthread_attr_setinheritsched(&tcb->attr, PTHREAD_EXPLICIT_SCHED);
 
     tcb->entry = entry;
@@ -490,7 +515,8 @@ int taskInit(V2LIN_TCB *tcb, const char *name, int priority, int options, char *
 
     if (!error) {
         V2LIN_TCB **pp = &task_list;
-        while (*pp) pp = &(*pp)->next;
+        while (*pp)
+            pp = &(*pp)->next;
         *pp = tcb;
     }
     char *unusedName = error ? tcb->name : nullptr;
@@ -537,7 +563,8 @@ int32_t taskSpawn(const char *name, int priority, int options, int stackSize, V2
         // Only small positive ids come from taskSpawn; block-address ids are skipped (on a 64-bit
         // host an address's low word may even look negative).
         for (V2LIN_TCB *t = task_list; t; t = t->next)
-            if (t->taskId > 0 && t->taskId < kSpawnIdLimit && t->taskId > largest) largest = t->taskId;
+            if (t->taskId > 0 && t->taskId < kSpawnIdLimit && t->taskId > largest)
+                largest = t->taskId;
         pthread_mutex_unlock(&task_list_lock);
         id = largest + 1;
         char generated[16];
@@ -575,22 +602,27 @@ int taskLock(void) {
         if (owner == 0 || pthread_equal(owner, self)) {
             setLocker(self);
             uint32_t level = __atomic_load_n(&taskLock_level, __ATOMIC_RELAXED);
-            if (level != 0xFFFFFFFFu) __atomic_store_n(&taskLock_level, level + 1, __ATOMIC_RELAXED);
+            if (level != 0xFFFFFFFFu)
+                __atomic_store_n(&taskLock_level, level + 1, __ATOMIC_RELAXED);
             pthread_cond_broadcast(&gLockCond);
             owned = true;
         } else {
-            if (me) __atomic_store_n(&me->lockWait, &v2pthread_task_lock, __ATOMIC_RELAXED);
+            if (me)
+                __atomic_store_n(&me->lockWait, &v2pthread_task_lock, __ATOMIC_RELAXED);
             pthread_cond_wait(&gLockCond, &v2pthread_task_lock);
         }
         pthread_cleanup_pop(1);
         pthread_testcancel();
-        if (owned) break;
+        if (owned)
+            break;
     }
-    if (!pthread_equal(self, lockerNow())) assertionFailed("pthread_self() == locker", 210, __func__);
+    if (!pthread_equal(self, lockerNow()))
+        assertionFailed("pthread_self() == locker", 210, __func__);
 
     pthread_mutex_lock(&task_list_lock);
     me = myTaskLocked();
-    if (me) applyTaskPriority(me, kLockPriority);
+    if (me)
+        applyTaskPriority(me, kLockPriority);
     pthread_mutex_unlock(&task_list_lock);
     return kOk;
 }
@@ -599,11 +631,13 @@ int taskUnlock(void) {
     pthread_mutex_lock(&v2pthread_task_lock);
     if (pthread_equal(lockerNow(), pthread_self())) {
         uint32_t level = __atomic_load_n(&taskLock_level, __ATOMIC_RELAXED);
-        if (level > 0) __atomic_store_n(&taskLock_level, --level, __ATOMIC_RELAXED);
+        if (level > 0)
+            __atomic_store_n(&taskLock_level, --level, __ATOMIC_RELAXED);
         if (level == 0) {
             pthread_mutex_lock(&task_list_lock);
             V2LIN_TCB *me = myTaskLocked();
-            if (me) applyTaskPriority(me, me->prvParam.sched_priority);
+            if (me)
+                applyTaskPriority(me, me->prvParam.sched_priority);
             pthread_mutex_unlock(&task_list_lock);
             setLocker(0);
             pthread_cond_broadcast(&gLockCond);
@@ -635,11 +669,13 @@ int taskUnsafe(void) {
     if (me) {
         pthread_mutex_lock(&me->safeLock);
         was = me->safeCount;
-        if (me->safeCount > 0) me->safeCount--;
+        if (me->safeCount > 0)
+            me->safeCount--;
         pthread_mutex_unlock(&me->safeLock);
     }
     taskUnlock();
-    if (me && was == 1) notifyDeletion(me, false);
+    if (me && was == 1)
+        notifyDeletion(me, false);
     return kOk;
 }
 
@@ -673,22 +709,26 @@ int taskDelete(int32_t id) {
     bool forced = false;
     pthread_cleanup_push(pendCleanup, &ctx);
     taskUnlock();
-    while (target->safeCount > 0 && !target->forceDeleting) pthread_cond_wait(&target->safeCond, &target->safeLock);
+    while (target->safeCount > 0 && !target->forceDeleting)
+        pthread_cond_wait(&target->safeCond, &target->safeLock);
     forced = target->forceDeleting != 0;
     // A target that is being force-deleted holds the scheduler lock and waits for its pending
     // deleters to leave: re-taking the lock here would deadlock, so a released deleter leaves
     // without it.
-    if (!forced) taskLock();
+    if (!forced)
+        taskLock();
     if (me) {
         pthread_mutex_lock(&task_list_lock);
         struct v2lin_sem *sem = me->pendSem;
         pthread_mutex_unlock(&task_list_lock);
-        if (sem) semForgetWaiter(sem, me);
+        if (sem)
+            semForgetWaiter(sem, me);
     }
     // The deleter leaves the target's pending-deleter list before the target is told: a deleter
     // left on the list would keep the target waiting in taskUnsafe for ever and leave a stale link.
     pthread_cleanup_pop(1);
-    if (!forced) taskUnlock();
+    if (!forced)
+        taskUnlock();
     return kOk;
 }
 
@@ -723,11 +763,13 @@ int taskRestart(int32_t id) {
     V2LIN_TCB *me = my_task();
     V2LIN_TCB *target = id == 0 ? me : task_for(id);
     // An unknown id leaves the caller holding the scheduler lock.
-    if (!target) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!target)
+        return fail(S_objLib_OBJ_ID_ERROR);
     pthread_mutex_lock(&task_list_lock);
     struct v2lin_sem *sem = target->pendSem;
     pthread_mutex_unlock(&task_list_lock);
-    if (sem) semForgetWaiter(sem, target);
+    if (sem)
+        semForgetWaiter(sem, target);
     if (target == me) {
         pthread_detach(pthread_self());
         // The block no longer names this thread: until the timer task starts the new one, a
@@ -760,7 +802,8 @@ int taskRestart(int32_t id) {
 
 int taskDelay(int ticks) {
     V2LIN_TCB *me = my_task();
-    if (me) __atomic_or_fetch(&me->state, V2LIN_TASK_DELAYED, __ATOMIC_RELAXED);
+    if (me)
+        __atomic_or_fetch(&me->state, V2LIN_TASK_DELAYED, __ATOMIC_RELAXED);
     // The sleep goes in one-tick pieces and deletion acts between them: a task is never
     // cancelled inside usleep itself (whose blocking state would not be unwound cleanly), and a
     // deleter waits at most one tick.
@@ -773,7 +816,8 @@ int taskDelay(int ticks) {
         pthread_setcancelstate(oldState, nullptr);
     } while (pieces && --pieces);
     pthread_testcancel();
-    if (me) __atomic_and_fetch(&me->state, ~V2LIN_TASK_DELAYED, __ATOMIC_RELAXED);
+    if (me)
+        __atomic_and_fetch(&me->state, ~V2LIN_TASK_DELAYED, __ATOMIC_RELAXED);
     return kOk;
 }
 
@@ -823,7 +867,8 @@ char *taskName(int32_t id) {
 }
 
 int32_t taskNameToId(const char *name) {
-    if (!name) return kError;
+    if (!name)
+        return kError;
     int32_t id = kError;
     pthread_mutex_lock(&task_list_lock);
     for (V2LIN_TCB *t = task_list; t; t = t->next) {
@@ -839,11 +884,13 @@ int32_t taskNameToId(const char *name) {
 V2LIN_TCB *taskTcb(int32_t id) { return task_for(id); }
 
 int taskIdListGet(int32_t *list, int max) {
-    if (!list) assertionFailed("list", 711, __func__);
+    if (!list)
+        assertionFailed("list", 711, __func__);
     taskLock();
     int n = 0;
     pthread_mutex_lock(&task_list_lock);
-    for (V2LIN_TCB *t = task_list; t && n < max; t = t->next) list[n++] = t->taskId;
+    for (V2LIN_TCB *t = task_list; t && n < max; t = t->next)
+        list[n++] = t->taskId;
     pthread_mutex_unlock(&task_list_lock);
     taskUnlock();
     return n;
@@ -852,7 +899,8 @@ int taskIdListGet(int32_t *list, int max) {
 int taskPriorityGet(int32_t id, int *priority) {
     pthread_mutex_lock(&task_list_lock);
     V2LIN_TCB *t = findLocked(id);
-    if (t && priority) *priority = t->vxPriority;
+    if (t && priority)
+        *priority = t->vxPriority;
     pthread_mutex_unlock(&task_list_lock);
     return t ? kOk : fail(S_objLib_OBJ_ID_ERROR);
 }
@@ -867,11 +915,13 @@ int taskPrioritySet(int32_t id, int priority) {
         t->vxPriority = priority;
         t->prvParam.sched_priority = q;
         // The caller's own change takes effect when the taskUnlock below restores its base priority.
-        if (id != 0 && t != myTaskLocked()) applyTaskPriority(t, q);
+        if (id != 0 && t != myTaskLocked())
+            applyTaskPriority(t, q);
     }
     pthread_mutex_unlock(&task_list_lock);
     taskUnlock();
-    if (!t) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!t)
+        return fail(S_objLib_OBJ_ID_ERROR);
     return error ? fail(error) : kOk;
 }
 
@@ -882,7 +932,8 @@ int kernelTimeSlice(int ticks) {
     pthread_mutex_lock(&task_list_lock);
     for (V2LIN_TCB *t = task_list; t; t = t->next) {
         int rc = pthread_attr_setschedpolicy(&t->attr, policy);
-        if (rc != 0) errnoLine(rc);
+        if (rc != 0)
+            errnoLine(rc);
         applyTaskPriority(t, attrPriority(t));
     }
     pthread_mutex_unlock(&task_list_lock);
@@ -907,12 +958,15 @@ int taskShow(FILE *stream, V2LIN_TCB *tcb) {
     fprintf(stream, "th:%x ", static_cast<unsigned>(tcb->thread));
     uint32_t state = __atomic_load_n(&tcb->state, __ATOMIC_RELAXED);
     fprintf(stream, "s:%#x ", state);
-    if (state & V2LIN_TASK_PENDED) fputs("P ", stream);
-    if (state & V2LIN_TASK_DELAYED) fputs("D ", stream);
+    if (state & V2LIN_TASK_PENDED)
+        fputs("P ", stream);
+    if (state & V2LIN_TASK_DELAYED)
+        fputs("D ", stream);
     fprintf(stream, "w:%x ", hex32(tcb->pendSem));
     if (tcb->pendSem) {
         const char *owner = semOwnerName(tcb->pendSem);
-        if (owner) fprintf(stream, "%s ", owner);
+        if (owner)
+            fprintf(stream, "%s ", owner);
     }
     fprintf(stream, "w:%x ", hex32(__atomic_load_n(&tcb->lockWait, __ATOMIC_RELAXED)));
     fprintf(stream, "s:%x ", hex32(tcb->pendingDeleters));
@@ -945,7 +999,8 @@ int taskList(FILE *stream, void *verbose) {
 
 int display_task(FILE *stream, int32_t id) {
     V2LIN_TCB *t = task_for(id);
-    if (!t) return kError;
+    if (!t)
+        return kError;
     fprintf(stream, "Task %x Name: %s  Task ID: %d  Thread ID: %lx  Vxworks priority: %d", hex32(t),
             nameOrNull(t->name), static_cast<int>(t->taskId), static_cast<unsigned long>(t->thread),
             static_cast<int>(t->vxPriority));

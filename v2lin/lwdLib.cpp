@@ -18,11 +18,11 @@ using namespace v2lin;
 
 struct v2lin_wdog {
     pthread_mutex_t lock;
-    int32_t delay;        // armed delay in milliseconds, 0 = not armed
-    uint32_t start;       // monotonic milliseconds when started (wraps)
+    int32_t delay;  // armed delay in milliseconds, 0 = not armed
+    uint32_t start;  // monotonic milliseconds when started (wraps)
     V2LIN_WDFUNC handler;
     int32_t arg;
-    v2lin_wdog *next;     // global watchdog list
+    v2lin_wdog *next;  // global watchdog list
 };
 
 int32_t offset = 0;
@@ -63,7 +63,8 @@ uint32_t monotonicMs() {
 // Reads the first number of /proc/uptime; false when the file cannot be opened or read.
 bool readUptime(double *seconds) {
     FILE *f = fopen("/proc/uptime", "r");
-    if (!f) return false;
+    if (!f)
+        return false;
     int n = fscanf(f, "%lf", seconds);
     fclose(f);
     return n == 1;
@@ -73,14 +74,16 @@ bool readUptime(double *seconds) {
 void restartHandler(int32_t id) {
     wdDelete(gRestartWd);
     V2LIN_TCB *t = task_for(id);
-    if (!t) return;
+    if (!t)
+        return;
     pthread_mutex_lock(&task_list_lock);
     __atomic_store_n(&t->state, 0u, __ATOMIC_RELAXED);
     t->thread = 0;
     t->lockWait = nullptr;
     pthread_mutex_unlock(&task_list_lock);
     int rc = startTaskThread(t);
-    if (rc != 0) errnoLine(rc);
+    if (rc != 0)
+        errnoLine(rc);
 }
 
 V2LIN_TV tvNow() {
@@ -104,7 +107,8 @@ namespace v2lin {
 
 void armSelfRestart(int32_t id) {
     gRestartWd = wdCreate();
-    if (gRestartWd) wdStart(gRestartWd, 1, restartHandler, id);
+    if (gRestartWd)
+        wdStart(gRestartWd, 1, restartHandler, id);
 }
 
 }  // namespace v2lin
@@ -113,7 +117,8 @@ extern "C" {
 
 WDOG_ID wdCreate(void) {
     v2lin_wdog *w = static_cast<v2lin_wdog *>(ts_malloc(sizeof(v2lin_wdog)));
-    if (!w) return nullptr;
+    if (!w)
+        return nullptr;
     memset(w, 0, sizeof *w);
     pthread_mutex_init(&w->lock, nullptr);
     appendRecord(&gWdList, &gWdListLock, w);
@@ -122,7 +127,8 @@ WDOG_ID wdCreate(void) {
 
 int wdStart(WDOG_ID wd, int32_t delay, V2LIN_WDFUNC handler, int32_t argument) {
     v2lin_wdog *w = lookup(wd);
-    if (!w) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!w)
+        return fail(S_objLib_OBJ_ID_ERROR);
     w->start = monotonicMs();
     w->delay = delay < 1 ? 1 : delay;
     w->handler = handler;
@@ -133,7 +139,8 @@ int wdStart(WDOG_ID wd, int32_t delay, V2LIN_WDFUNC handler, int32_t argument) {
 
 int wdCancel(WDOG_ID wd) {
     v2lin_wdog *w = lookup(wd);
-    if (!w) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!w)
+        return fail(S_objLib_OBJ_ID_ERROR);
     w->delay = 0;
     pthread_mutex_unlock(&w->lock);
     return kOk;
@@ -142,7 +149,8 @@ int wdCancel(WDOG_ID wd) {
 int wdDelete(WDOG_ID wd) {
     // Unlinked in the same step as the lookup, so that a timer pass cannot find it any more.
     v2lin_wdog *w = lookup(wd, nullptr, true);
-    if (!w) return fail(S_objLib_OBJ_ID_ERROR);
+    if (!w)
+        return fail(S_objLib_OBJ_ID_ERROR);
     pthread_mutex_unlock(&w->lock);
     pthread_mutex_destroy(&w->lock);
     ts_free(w);
@@ -154,8 +162,7 @@ int wdogShow(FILE *stream) {
     int n = 0;
     pthread_mutex_lock(&gWdListLock);
     for (v2lin_wdog *w = gWdList; w; w = w->next, n++)
-        fprintf(stream, "%x %i %i\n", static_cast<unsigned>(reinterpret_cast<uintptr_t>(w->handler)), w->delay,
-                w->arg);
+        fprintf(stream, "%x %i %i\n", static_cast<unsigned>(reinterpret_cast<uintptr_t>(w->handler)), w->delay, w->arg);
     pthread_mutex_unlock(&gWdListLock);
     return n;
 }
@@ -166,7 +173,8 @@ void process_timer_list(void) {
     pthread_mutex_unlock(&gWdListLock);
     while (w) {
         v2lin_wdog *next = nullptr;
-        if (!lookup(w, &next)) break;  // gone from the list: the pass ends
+        if (!lookup(w, &next))
+            break;  // gone from the list: the pass ends
         if (w->delay > 0) {
             uint32_t now = monotonicMs();
             uint32_t elapsed = now < w->start ? now - w->start - 1 : now - w->start;
@@ -198,16 +206,17 @@ int sysClkRateGet(void) { return kClockRate; }
 
 uint32_t tickGet(void) {
     double up = 0;
-    if (!readUptime(&up)) return 0;
+    if (!readUptime(&up))
+        return 0;
     return static_cast<uint32_t>(static_cast<uint64_t>(up * 1000.0));
 }
 
 void tickSet(uint32_t ticks) {
     double up = 0;
-    if (!readUptime(&up)) return;
+    if (!readUptime(&up))
+        return;
     // Recorded only: tickGet keeps counting milliseconds since boot.
-    __atomic_store_n(&offset, static_cast<int32_t>(static_cast<int64_t>(ticks - up * 1000.0 / 10.0)),
-                     __ATOMIC_RELAXED);
+    __atomic_store_n(&offset, static_cast<int32_t>(static_cast<int64_t>(ticks - up * 1000.0 / 10.0)), __ATOMIC_RELAXED);
 }
 
 int v2lin_init(void) {
@@ -222,8 +231,8 @@ int v2lin_init(void) {
         gUsrRoot.thread = pthread_self();
         pthread_mutex_unlock(&task_list_lock);
         taskActivate(gUsrRoot.taskId);
-        taskInit(&gExcTask, "tExcTask", kTimerTaskPriority, 0, nullptr, 0, exception_task, 0, 0, 0, 0, 0, 0, 0, 0,
-                 0, 0);
+        taskInit(&gExcTask, "tExcTask", kTimerTaskPriority, 0, nullptr, 0, exception_task, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                 0);
         taskActivate(gExcTask.taskId);
     }
     pthread_cleanup_pop(1);
@@ -245,7 +254,8 @@ int trace_time(void) {
     if (prev_tv.tv_sec != 0 || prev_tv.tv_usec != 0) {
         delta = tvSub(now, prev_tv);
         // Only the microsecond part counts here: 3.005 s apart is as quiet as 5 ms apart.
-        if (delta.tv_usec <= kTraceQuietUsec && (delta.tv_sec != 0 || delta.tv_usec != 0)) return 1;
+        if (delta.tv_usec <= kTraceQuietUsec && (delta.tv_sec != 0 || delta.tv_usec != 0))
+            return 1;
     }
     fprintf(stderr, "uptime=%d.%06d s ", static_cast<int>(up.tv_sec), static_cast<int>(up.tv_usec));
     fprintf(stderr, "+%d.%06d ", static_cast<int>(delta.tv_sec), static_cast<int>(delta.tv_usec));
@@ -264,11 +274,14 @@ void sighandler(int signum) {
 void gdb(void) {
     char pidText[kPidTextSize];
     snprintf(pidText, sizeof pidText, "%i", static_cast<int>(getpid()));
-    if (gGdbChild != 0) exit(1);
+    if (gGdbChild != 0)
+        exit(1);
     pid_t child = fork();
-    if (child == 0) return;  // the child returns from the handler
+    if (child == 0)
+        return;  // the child returns from the handler
     gGdbChild = child;
-    if (child > 0) waitpid(child, nullptr, 0);
+    if (child > 0)
+        waitpid(child, nullptr, 0);
 }
 
 }  // extern "C"

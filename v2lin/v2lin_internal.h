@@ -30,7 +30,8 @@ template <class R>
 void appendRecord(R **head, pthread_mutex_t *listLock, R *record) {
     pthread_mutex_lock(listLock);
     R **pp = head;
-    while (*pp) pp = &(*pp)->next;
+    while (*pp)
+        pp = &(*pp)->next;
     *pp = record;
     pthread_mutex_unlock(listLock);
 }
@@ -42,12 +43,15 @@ template <class R>
 R *lookupRecord(R **head, pthread_mutex_t *listLock, R *wanted, bool unlink = false, R **next = nullptr) {
     pthread_mutex_lock(listLock);
     R **pp = head;
-    while (*pp && *pp != wanted) pp = &(*pp)->next;
+    while (*pp && *pp != wanted)
+        pp = &(*pp)->next;
     R *r = *pp;
     if (r) {
         pthread_mutex_lock(&r->lock);
-        if (next) *next = r->next;
-        if (unlink) *pp = r->next;
+        if (next)
+            *next = r->next;
+        if (unlink)
+            *pp = r->next;
     }
     pthread_mutex_unlock(listLock);
     return r;

@@ -38,13 +38,13 @@ TR104_EXTERN_C_BEGIN
  * System V message as the 32-bit device sends it; the last three words never leave the
  * process. */
 typedef struct Tr104Msg {
-    uint32_t cmd_type;                       /* request: module number; reply: 1, keep-alive: 3 */
-    uint32_t cmd;                            /* command id */
-    char cfgBuffer[TR104_CFG_BUFFER_LEN];    /* request payload */
-    char rspBuffer[TR104_RSP_BUFFER_LEN];    /* reply payload (zero in a request) */
-    int32_t semId;                           /* semaphore taken around the exchange */
-    int32_t sndQueueId;                      /* queue the request goes out on */
-    int32_t rcvQueueId;                      /* queue the reply is read from */
+    uint32_t cmd_type; /* request: module number; reply: 1, keep-alive: 3 */
+    uint32_t cmd; /* command id */
+    char cfgBuffer[TR104_CFG_BUFFER_LEN]; /* request payload */
+    char rspBuffer[TR104_RSP_BUFFER_LEN]; /* reply payload (zero in a request) */
+    int32_t semId; /* semaphore taken around the exchange */
+    int32_t sndQueueId; /* queue the request goes out on */
+    int32_t rcvQueueId; /* queue the reply is read from */
 } Tr104Msg;
 
 /* What the kernel carries.  The message type is a `long` (8 bytes on 64-bit hosts, 4 on the

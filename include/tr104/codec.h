@@ -45,21 +45,21 @@ TR104_API unsigned int tr104GetBitRateByCodecEnum(int nCodecType);
 
 /* One entry of the per-line codec list (20 bytes). */
 typedef struct CodecListUnit {
-    uint32_t unLineNo;              /* line number, 1 or 2 */
-    uint32_t unChangeMask;          /* fields set: 0x2 priority, 0x8 enable; other bits codec
+    uint32_t unLineNo; /* line number, 1 or 2 */
+    uint32_t unChangeMask; /* fields set: 0x2 priority, 0x8 enable; other bits codec
                                        type and packetization */
-    int32_t nCodecType;             /* code from the codec table, -1 none */
-    uint32_t unPriority;            /* codec priority */
-    uint8_t ucPacketizationPeriod;  /* milliseconds */
-    uint8_t ucSilenceSuppression;   /* flag */
-    uint8_t ucEnable;               /* entry enabled */
+    int32_t nCodecType; /* code from the codec table, -1 none */
+    uint32_t unPriority; /* codec priority */
+    uint8_t ucPacketizationPeriod; /* milliseconds */
+    uint8_t ucSilenceSuppression; /* flag */
+    uint8_t ucEnable; /* entry enabled */
     uint8_t ucReserved;
 } CodecListUnit;
 
 #define TR104_CODEC_LIST_LINES 2
 #define TR104_CODEC_LIST_ENTRIES 5
 /* Entry k (1..5) of line l (1..2). */
-#define TR104_CODEC_LIST_INDEX(l, k) (((l) - 1) * TR104_CODEC_LIST_ENTRIES + ((k) - 1))
+#define TR104_CODEC_LIST_INDEX(l, k) (((l)-1) * TR104_CODEC_LIST_ENTRIES + ((k)-1))
 
 TR104_API extern CodecListUnit gCodecListUnit[TR104_CODEC_LIST_LINES * TR104_CODEC_LIST_ENTRIES];
 

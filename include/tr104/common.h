@@ -84,11 +84,11 @@ TR104_API void rvSkipAllInvalidSpaceInSdp(char *pcBuf, int nLen);
 
 /* rvResolveNumList results. */
 #define RV_NUMLIST_OK 1
-#define RV_NUMLIST_BAD_NUMBER (-1)   /* a single item is not a decimal number */
+#define RV_NUMLIST_BAD_NUMBER (-1) /* a single item is not a decimal number */
 #define RV_NUMLIST_OUT_OF_RANGE (-2) /* a single item outside nMin..nMax */
-#define RV_NUMLIST_NULL_ARG (-3)     /* a null list, value array or count */
+#define RV_NUMLIST_NULL_ARG (-3) /* a null list, value array or count */
 #define RV_NUMLIST_BAD_RANGE_END (-4) /* the part after "~" is not a decimal number */
-#define RV_NUMLIST_BAD_RANGE (-5)    /* b < a, a < nMin, a > nMax or b > nMax */
+#define RV_NUMLIST_BAD_RANGE (-5) /* b < a, a < nMin, a > nMax or b > nMax */
 
 /* Parses a comma-separated list of numbers and ranges ("1~3,5") into pusValues and stores
  * the number of values in *pnCount; returns 1, or one of the negative codes above (the count
@@ -99,8 +99,7 @@ TR104_API void rvSkipAllInvalidSpaceInSdp(char *pcBuf, int nLen);
  * to nCapacity ends the list; a range stops its own values there but the list goes on, and
  * every later item still stores one value past the capacity.  Give pusValues room beyond
  * nCapacity, or keep lists short. */
-TR104_API int rvResolveNumList(char *pcList, int nMin, int nMax, int nCapacity, uint16_t *pusValues,
-                               int *pnCount);
+TR104_API int rvResolveNumList(char *pcList, int nMin, int nMax, int nCapacity, uint16_t *pusValues, int *pnCount);
 
 /* Checks a dotted IPv4 address text: 0 valid, -1 invalid.  A null or empty text gives 0.
  * Only the first 19 characters are looked at.  They are split at "." (empty parts between two
@@ -122,9 +121,9 @@ TR104_API int rvVerifyIpValid(const char *pcIpAddr);
 
 /* One IPv4 or IPv6 address with its prefix length (24 bytes, shared with other components). */
 typedef struct CommIpAddr {
-    uint32_t unType;        /* 1 IPv4, 2 IPv6 */
-    uint8_t aucAddr[16];    /* network byte order; IPv4 fills the first 4 bytes, the rest 0 */
-    uint8_t ucMask;         /* prefix length in bits */
+    uint32_t unType; /* 1 IPv4, 2 IPv6 */
+    uint8_t aucAddr[16]; /* network byte order; IPv4 fills the first 4 bytes, the rest 0 */
+    uint8_t ucMask; /* prefix length in bits */
     uint8_t aucReserved[3]; /* zero */
 } CommIpAddr;
 

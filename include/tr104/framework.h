@@ -62,9 +62,9 @@ typedef struct Tr104SimpleDataBlock {
     uint32_t unCmdId;
     uint32_t unPortNo;
     uint32_t unParamId;
-    uint32_t unOne;        /* always 1 */
-    uint32_t unParamId2;   /* the parameter id again */
-    uint32_t unValueSize;  /* bytes of aValue carried */
+    uint32_t unOne; /* always 1 */
+    uint32_t unParamId2; /* the parameter id again */
+    uint32_t unValueSize; /* bytes of aValue carried */
     char aValue[TR104_SIMPLE_VALUE_MAX];
 } Tr104SimpleDataBlock;
 

@@ -78,35 +78,35 @@ enum Tr104H248CommandId {
 
 /* MGC block (432 bytes). Mask bit 0 address, bit 1 port; the index word names the entry. */
 typedef struct Tr104H248MgcBlock {
-    uint16_t usMask;                                 /*   0 */
-    char aMgcAddr[2][TR104_H248_MGC_ADDR_LEN];       /*   2 entry 0 primary, entry 1 secondary */
-    char aPad1[130];                                 /* 140 */
-    uint16_t usMgcPort[2];                           /* 270 */
-    char aPad2[6];                                   /* 274 */
-    uint32_t unMgcIndex;                             /* 280 0 primary, 1 secondary */
-    uint32_t unCurrMgcNum;                           /* 284 read only */
-    uint32_t unMgcStatus;                            /* 288 read only, internal code */
-    char aCurrMgcAddr[140];                          /* 292 read only */
+    uint16_t usMask; /*   0 */
+    char aMgcAddr[2][TR104_H248_MGC_ADDR_LEN]; /*   2 entry 0 primary, entry 1 secondary */
+    char aPad1[130]; /* 140 */
+    uint16_t usMgcPort[2]; /* 270 */
+    char aPad2[6]; /* 274 */
+    uint32_t unMgcIndex; /* 280 0 primary, 1 secondary */
+    uint32_t unCurrMgcNum; /* 284 read only */
+    uint32_t unMgcStatus; /* 288 read only, internal code */
+    char aCurrMgcAddr[140]; /* 292 read only */
 } Tr104H248MgcBlock;
 
 /* MG identity block (80 bytes). Mask bit 0 MID, bit 1 registration mode. */
 typedef struct Tr104H248MidBlock {
-    uint16_t usMask;                     /*  0 */
-    uint16_t usPad;                      /*  2 */
-    uint32_t unRegMode;                  /*  4 0..2 */
-    uint8_t aReserved[2];                /*  8 sent as zeros */
-    char aMid[TR104_H248_MID_LEN];       /* 10 */
-    char aPad[1];                        /* 79 */
+    uint16_t usMask; /*  0 */
+    uint16_t usPad; /*  2 */
+    uint32_t unRegMode; /*  4 0..2 */
+    uint8_t aReserved[2]; /*  8 sent as zeros */
+    char aMid[TR104_H248_MID_LEN]; /* 10 */
+    char aPad[1]; /* 79 */
 } Tr104H248MidBlock;
 
 /* Physical termination naming block (32 bytes). Bits: 0 prefix, 1 start, 2 added length, 3 fill. */
 typedef struct Tr104H248PhyNameBlock {
-    uint16_t usMask;                       /*  0 */
-    char aPrefix[TR104_H248_PREFIX_LEN];   /*  2 */
-    uint16_t usPad;                        /* 18 */
-    uint32_t unStart;                      /* 20 */
-    uint32_t unAddLen;                     /* 24 */
-    uint32_t unFillFlag;                   /* 28 0 zero-filled (uniform), 1 not filled */
+    uint16_t usMask; /*  0 */
+    char aPrefix[TR104_H248_PREFIX_LEN]; /*  2 */
+    uint16_t usPad; /* 18 */
+    uint32_t unStart; /* 20 */
+    uint32_t unAddLen; /* 24 */
+    uint32_t unFillFlag; /* 28 0 zero-filled (uniform), 1 not filled */
 } Tr104H248PhyNameBlock;
 
 /* Ephemeral termination naming block (104 bytes). Bits: 0 prefix, 1 added length, 2 fill,
@@ -114,14 +114,14 @@ typedef struct Tr104H248PhyNameBlock {
  * instance, the instance's name from offset 37 over the fill word's last bytes: aTail is read
  * at the TR104_H248_EPH_* offsets below. */
 typedef struct Tr104H248EphNameBlock {
-    uint16_t usMask;                       /*  0 */
-    uint16_t usInstance;                   /*  2 the instance a get concerns */
-    char aPrefix[TR104_H248_PREFIX_LEN];   /*  4 */
-    uint32_t unStart;                      /* 20 */
-    uint32_t unEnd;                        /* 24 */
-    uint32_t unStep;                       /* 28 */
-    uint32_t unAddLen;                     /* 32 */
-    unsigned char aTail[68];               /* 36 fill word, instance name, first name */
+    uint16_t usMask; /*  0 */
+    uint16_t usInstance; /*  2 the instance a get concerns */
+    char aPrefix[TR104_H248_PREFIX_LEN]; /*  4 */
+    uint32_t unStart; /* 20 */
+    uint32_t unEnd; /* 24 */
+    uint32_t unStep; /* 28 */
+    uint32_t unAddLen; /* 32 */
+    unsigned char aTail[68]; /* 36 fill word, instance name, first name */
 } Tr104H248EphNameBlock;
 #define TR104_H248_EPH_FILL_OFFSET 36
 #define TR104_H248_EPH_NAME_OFFSET 37
@@ -129,33 +129,33 @@ typedef struct Tr104H248EphNameBlock {
 
 /* Termination identifier block (128 bytes). */
 typedef struct Tr104H248TermIdBlock {
-    uint32_t unLine;                                           /* 0 1-based */
+    uint32_t unLine; /* 0 1-based */
     char aTermId[TR104_H248_TERM_IDS][TR104_H248_TERM_ID_LEN]; /* 4 entry line - 1 */
     char aPad[25];
 } Tr104H248TermIdBlock;
 
 /* Alive (heartbeat) block (124 bytes). Bits: 0 cycle, 1 count, 3 format, 4 mode. */
 typedef struct Tr104H248AliveBlock {
-    uint16_t usMask;      /*  0 */
+    uint16_t usMask; /*  0 */
     uint16_t usPad;
-    uint32_t unMode;      /*  4 */
-    uint32_t unCycle;     /*  8 */
-    uint32_t unCount;     /* 12 */
-    uint32_t unReserved;  /* 16 sent as zero */
-    uint32_t unFormat;    /* 20 */
+    uint32_t unMode; /*  4 */
+    uint32_t unCycle; /*  8 */
+    uint32_t unCount; /* 12 */
+    uint32_t unReserved; /* 16 sent as zero */
+    uint32_t unFormat; /* 20 */
     char aPad[100];
 } Tr104H248AliveBlock;
 
 /* Transaction timer block (28 bytes). Bits: 0 initial, 1 cycle, 2 time, 3 count, 4 handshake. */
 typedef struct Tr104H248TransTimerBlock {
-    uint16_t usMask;            /*  0 */
+    uint16_t usMask; /*  0 */
     uint16_t usPad;
-    uint32_t unRetranInitial;   /*  4 ms */
-    uint32_t unReserved;        /*  8 */
-    uint32_t unRetranCycle;     /* 12 ms */
-    uint32_t unRetranTime;      /* 16 ms */
-    uint32_t unMaxRetranCount;  /* 20 */
-    uint32_t unHandShake;       /* 24 */
+    uint32_t unRetranInitial; /*  4 ms */
+    uint32_t unReserved; /*  8 */
+    uint32_t unRetranCycle; /* 12 ms */
+    uint32_t unRetranTime; /* 16 ms */
+    uint32_t unMaxRetranCount; /* 20 */
+    uint32_t unHandShake; /* 24 */
 } Tr104H248TransTimerBlock;
 
 /* Registration block (32 bytes): the cycle at offset 8. */
@@ -168,36 +168,36 @@ typedef struct Tr104H248RegBlock {
 /* Authentication block (588 bytes): the method at offset 4. */
 typedef struct Tr104H248AuthBlock {
     uint32_t unReserved;
-    uint32_t unAuthMethod;   /* 4 */
+    uint32_t unAuthMethod; /* 4 */
     char aRest[580];
 } Tr104H248AuthBlock;
 
 /* Local port block (16 bytes): the gateway's H.248 port at offset 4. */
 typedef struct Tr104H248LocalPortBlock {
     uint32_t unReserved;
-    uint32_t unLocalPort;    /* 4 */
+    uint32_t unLocalPort; /* 4 */
     uint32_t aRest[2];
 } Tr104H248LocalPortBlock;
 
 /* Digit-timer block (40 bytes). Bits as the fields' masks below. */
 typedef struct Tr104H248DigitTimerBlock {
-    uint16_t usMask;            /*  0 */
+    uint16_t usMask; /*  0 */
     uint16_t usPad;
-    uint32_t unDialTone;        /*  4 ms, bit 0x1 */
-    uint32_t unNoAnswer;        /*  8 ms, bit 0x2 */
-    uint32_t aReserved[2];      /* 12 */
-    uint32_t unBusyTone;        /* 20 ms, bit 0x10 */
+    uint32_t unDialTone; /*  4 ms, bit 0x1 */
+    uint32_t unNoAnswer; /*  8 ms, bit 0x2 */
+    uint32_t aReserved[2]; /* 12 */
+    uint32_t unBusyTone; /* 20 ms, bit 0x10 */
     uint32_t unHangingReminder; /* 24 ms, bit 0x20 */
-    uint32_t unStartDigit;      /* 28 bit 0x40 */
-    uint32_t unShortDigit;      /* 32 bit 0x80 */
-    uint32_t unLongDigit;       /* 36 bit 0x100 */
+    uint32_t unStartDigit; /* 28 bit 0x40 */
+    uint32_t unShortDigit; /* 32 bit 0x80 */
+    uint32_t unLongDigit; /* 36 bit 0x100 */
 } Tr104H248DigitTimerBlock;
 
 /* Line-enable block (128 bytes). */
 typedef struct Tr104H248LineEnableBlock {
-    uint32_t unLine;           /*   0 */
+    uint32_t unLine; /*   0 */
     char aPad[116];
-    uint32_t unEnable;         /* 120 1 "Enabled", 0 "Disabled" */
+    uint32_t unEnable; /* 120 1 "Enabled", 0 "Disabled" */
     uint32_t unRest;
 } Tr104H248LineEnableBlock;
 
@@ -206,29 +206,29 @@ typedef struct Tr104H248MatchModeBlock {
     uint16_t usMask;
     uint16_t usPad;
     uint32_t aReserved[2];
-    uint32_t unMatchMode;      /* 12 */
+    uint32_t unMatchMode; /* 12 */
     uint32_t aRest[3];
 } Tr104H248MatchModeBlock;
 
 /* RTP local port block (12 bytes). */
 typedef struct Tr104H248RtpPortBlock {
-    uint32_t unMinPort;        /* 0 */
-    uint32_t unMaxPort;        /* 4 */
+    uint32_t unMinPort; /* 0 */
+    uint32_t unMaxPort; /* 4 */
     uint32_t unRest;
 } Tr104H248RtpPortBlock;
 
 /* Fax and voice-band-data block (48 bytes); the mask is one of the field values below, whole. */
 typedef struct Tr104H248FaxBlock {
-    uint16_t usMask;           /*  0 */
+    uint16_t usMask; /*  0 */
     uint16_t usPad;
     uint32_t aReserved[2];
-    uint32_t unEventDetect;    /* 12 0x4, data model value - 1 */
-    uint32_t unVbdEnable;      /* 16 0x8 */
-    uint32_t unVbdRxInterval;  /* 20 0x20 */
-    uint32_t unVbdTxInterval;  /* 24 0x10 */
-    uint32_t unVbdCodec;       /* 28 0x40 */
+    uint32_t unEventDetect; /* 12 0x4, data model value - 1 */
+    uint32_t unVbdEnable; /* 16 0x8 */
+    uint32_t unVbdRxInterval; /* 20 0x20 */
+    uint32_t unVbdTxInterval; /* 24 0x10 */
+    uint32_t unVbdCodec; /* 28 0x40 */
     uint32_t aReserved2[3];
-    uint32_t unFaxCtrlMode;    /* 44 0x400 */
+    uint32_t unFaxCtrlMode; /* 44 0x400 */
 } Tr104H248FaxBlock;
 
 /* Caller-id block (16 bytes): mask bit 1, mode 0 "FSK", 8 "DTMF". */
@@ -236,51 +236,51 @@ typedef struct Tr104H248CallerIdBlock {
     uint16_t usMask;
     uint16_t usPad;
     uint32_t unReserved;
-    uint32_t unMode;           /* 8 */
+    uint32_t unMode; /* 8 */
     uint32_t unRest;
 } Tr104H248CallerIdBlock;
 
 /* Port status record (276 bytes), get 12299; word 0 of the request is the line.  The reply
  * holds single bytes from offset 1 over the request's line word. */
 typedef struct Tr104H248PortStatusBlock {
-    uint8_t ucReserved;           /*   0 */
-    uint8_t ucSessionType;        /*   1 */
-    uint8_t ucPortState;          /*   2 port status code, 0..255 */
-    uint8_t ucServiceState;       /*   3 0 in service, 1 out of service, 2 locked */
-    uint32_t unLocalRtpPort;      /*   4 local RTP port of the line's session */
-    uint32_t unAnnounceType;      /*   8 announcement type code */
-    char aReserved[21];           /*  12 */
-    char aRegState[20];           /*  33 registration state text */
-    char aReserved2[201];         /*  53 */
-    char aHookState[22];          /* 254 hook state text */
+    uint8_t ucReserved; /*   0 */
+    uint8_t ucSessionType; /*   1 */
+    uint8_t ucPortState; /*   2 port status code, 0..255 */
+    uint8_t ucServiceState; /*   3 0 in service, 1 out of service, 2 locked */
+    uint32_t unLocalRtpPort; /*   4 local RTP port of the line's session */
+    uint32_t unAnnounceType; /*   8 announcement type code */
+    char aReserved[21]; /*  12 */
+    char aRegState[20]; /*  33 registration state text */
+    char aReserved2[201]; /*  53 */
+    char aHookState[22]; /* 254 hook state text */
 } Tr104H248PortStatusBlock;
 
 /* Statistics block (124 bytes), get 12393; word 0 of the request is the line. */
 typedef struct Tr104H248StatsBlock {
-    uint32_t unLine;                  /*   0 */
-    uint32_t unIncomingReceived;      /*   4 */
-    uint32_t unIncomingAnswered;      /*   8 */
-    uint32_t unIncomingConnected;     /*  12 */
-    uint32_t unIncomingFailed;        /*  16 */
-    uint32_t unOutgoingAttempted;     /*  20 */
-    uint32_t unOutgoingAnswered;      /*  24 */
-    uint32_t unOutgoingConnected;     /*  28 */
-    uint32_t unOutgoingFailed;        /*  32 */
-    uint32_t unCallsDropped;          /*  36 */
-    uint32_t unCallsTime;             /*  40 */
-    uint32_t unCallsSetupTimer;       /*  44 */
-    uint32_t unCallTerminateFails;    /*  48 */
-    uint32_t unPotsReleaseCounts;     /*  52 */
-    uint32_t unPotsOffHookTimer;      /*  56 */
-    uint32_t unRcvdReqs;              /*  60 */
-    uint32_t unSendReqs;              /*  64 */
-    uint32_t unRcvdResponses;         /*  68 */
-    uint32_t unSendResponses;         /*  72 */
-    uint32_t aReserved[8];            /*  76 */
-    uint32_t unPacketLoss;            /* 108 */
-    uint32_t unPacketRetrans;         /* 112 */
-    uint32_t unPacketError;           /* 116 */
-    uint32_t unPacketUnknown;         /* 120 */
+    uint32_t unLine; /*   0 */
+    uint32_t unIncomingReceived; /*   4 */
+    uint32_t unIncomingAnswered; /*   8 */
+    uint32_t unIncomingConnected; /*  12 */
+    uint32_t unIncomingFailed; /*  16 */
+    uint32_t unOutgoingAttempted; /*  20 */
+    uint32_t unOutgoingAnswered; /*  24 */
+    uint32_t unOutgoingConnected; /*  28 */
+    uint32_t unOutgoingFailed; /*  32 */
+    uint32_t unCallsDropped; /*  36 */
+    uint32_t unCallsTime; /*  40 */
+    uint32_t unCallsSetupTimer; /*  44 */
+    uint32_t unCallTerminateFails; /*  48 */
+    uint32_t unPotsReleaseCounts; /*  52 */
+    uint32_t unPotsOffHookTimer; /*  56 */
+    uint32_t unRcvdReqs; /*  60 */
+    uint32_t unSendReqs; /*  64 */
+    uint32_t unRcvdResponses; /*  68 */
+    uint32_t unSendResponses; /*  72 */
+    uint32_t aReserved[8]; /*  76 */
+    uint32_t unPacketLoss; /* 108 */
+    uint32_t unPacketRetrans; /* 112 */
+    uint32_t unPacketError; /* 116 */
+    uint32_t unPacketUnknown; /* 120 */
 } Tr104H248StatsBlock;
 
 /* ---- Gateway configuration (gateway-wide: two arguments) ---- */
@@ -303,8 +303,7 @@ TR104_API int Tr104PhysicalTermIDAddLenH248(int nFlag, void *pValue);
 TR104_API int Tr104PhysicalTermIDStartVlaueH248(int nFlag, void *pValue);
 TR104_API int Tr104PhysicalTermIDUniformH248(int nFlag, void *pValue);
 /* Prefix (16-byte buffer), added length, start value, uniform flag (1 = zero-filled names). */
-TR104_API int Tr104PhyNameRuleH248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
-                                   uint32_t *pFillFlag);
+TR104_API int Tr104PhyNameRuleH248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart, uint32_t *pFillFlag);
 TR104_API int Tr104TermIdH248(int nFlag, void *pValue);
 TR104_API int Tr104PhysicalTermIdH248(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104EphemeralTermIDPrefixH248(int nFlag, void *pValue);
@@ -314,11 +313,10 @@ TR104_API int Tr104EphemeralTermIDStartVlaueH248(int nFlag, void *pValue);
 TR104_API int Tr104EphemeralTermIDNameH248(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104EphemeralTermIDFirstNameH248(int nFlag, void *pValue);
 /* First part (16-byte buffer), start, end, step, fill flag as the block holds it. */
-TR104_API int Tr104EphNameRuleH248(int nFlag, char *pFirstPart, uint32_t *pStart, uint32_t *pEnd,
-                                   uint32_t *pStep, uint32_t *pFillOrNot);
+TR104_API int Tr104EphNameRuleH248(int nFlag, char *pFirstPart, uint32_t *pStart, uint32_t *pEnd, uint32_t *pStep,
+                                   uint32_t *pFillOrNot);
 /* The masked form: prefix, added length, start value, uniform flag (as Tr104PhyNameRuleH248). */
-TR104_API int Tr104EphNameRule2H248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
-                                    uint32_t *pFillFlag);
+TR104_API int Tr104EphNameRule2H248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart, uint32_t *pFillFlag);
 TR104_API int Tr104EphemeralTermIDNumberH248(int nFlag, void *pValue);
 TR104_API int Tr104HeartbeatModeH248(int nFlag, void *pValue);
 TR104_API int Tr104HeartbeatCycleH248(int nFlag, void *pValue);

@@ -28,25 +28,25 @@
 TR104_EXTERN_C_BEGIN
 
 /* Command ids */
-#define GET_PORT_DRAW_TIME_ID 89u         /* port record: dial-tone draw time */
-#define SET_SMULT_TEST_ID 51u             /* simulated call: start */
-#define GET_SMULT_TEST_ID 76u             /* simulated call: query */
+#define GET_PORT_DRAW_TIME_ID 89u /* port record: dial-tone draw time */
+#define SET_SMULT_TEST_ID 51u /* simulated call: start */
+#define GET_SMULT_TEST_ID 76u /* simulated call: query */
 #define SET_DIAL_CONFIRM_ID 81u
 #define GET_DIAL_CONFIRM_ID 82u
-#define SET_CODEC_TIME_ID 8193u           /* hook-flash times */
+#define SET_CODEC_TIME_ID 8193u /* hook-flash times */
 #define GET_CODEC_TIME_ID 8194u
-#define SET_PORT_TEST_STATE_ID 8213u      /* line test: start */
-#define GET_PORT_TEST_STATE_ID 8214u      /* line test: progress */
-#define GET_OUTER_LINE_TEST_ID 8216u      /* line test: outer-line results */
-#define GET_INNER_LINE_TEST_ID 8217u      /* line test: inner-line results */
+#define SET_PORT_TEST_STATE_ID 8213u /* line test: start */
+#define GET_PORT_TEST_STATE_ID 8214u /* line test: progress */
+#define GET_OUTER_LINE_TEST_ID 8216u /* line test: outer-line results */
+#define GET_INNER_LINE_TEST_ID 8217u /* line test: inner-line results */
 #define SET_KC_TYPE_ID 8218u
 #define GET_KC_TYPE_ID 8219u
 #define SET_PORT_DIAL_MODE_ID 12400u
 #define GET_PORT_DIAL_MODE_ID 12401u
 
 #define TR104_LINETEST_PORTS 2
-#define TR104_LINETEST_TEXT_LEN 32  /* selector, state, called number */
-#define TR104_MEASURE_LEN 16        /* one decimal text of a result record */
+#define TR104_LINETEST_TEXT_LEN 32 /* selector, state, called number */
+#define TR104_MEASURE_LEN 16 /* one decimal text of a result record */
 
 /* Line-test type codes and progress values of the test-state record */
 #define TR104_TEST_TYPE_OUTER 0x81u
@@ -58,19 +58,19 @@ TR104_EXTERN_C_BEGIN
 
 /* Port record (276 bytes) */
 typedef struct Tr104PortRecord {
-    uint8_t ucPort;                   /* 0 */
+    uint8_t ucPort; /* 0 */
     uint8_t aReserved1[137];
-    int8_t cDialMode;                 /* 138: 0 First, 1 DTMF, 2 Pulse */
+    int8_t cDialMode; /* 138: 0 First, 1 DTMF, 2 Pulse */
     uint8_t aReserved2[25];
-    uint32_t unDialToneDrawTime;      /* 164: milliseconds */
+    uint32_t unDialToneDrawTime; /* 164: milliseconds */
     uint8_t aReserved3[108];
 } Tr104PortRecord;
 
 /* Kc record (36 bytes) */
 typedef struct Tr104KcRecord {
-    uint32_t unPort;       /* 0 */
+    uint32_t unPort; /* 0 */
     uint32_t aReserved[6];
-    uint32_t unKcType;     /* 28: 0 16Kc, 1 12Kc, 2 disable */
+    uint32_t unKcType; /* 28: 0 16Kc, 1 12Kc, 2 disable */
     uint32_t unReserved;
 } Tr104KcRecord;
 
@@ -78,61 +78,61 @@ typedef struct Tr104KcRecord {
 #define TR104_FLASH_DOWN 1u
 #define TR104_FLASH_UP 2u
 typedef struct Tr104FlashRecord {
-    uint32_t unSelector;   /* 0: 1 flash-down, 2 flash-up */
-    uint32_t unFlashDown;  /* 4: ms */
-    uint32_t unFlashUp;    /* 8: ms */
+    uint32_t unSelector; /* 0: 1 flash-down, 2 flash-up */
+    uint32_t unFlashDown; /* 4: ms */
+    uint32_t unFlashUp; /* 8: ms */
     uint32_t aReserved[2];
 } Tr104FlashRecord;
 
 /* Test-state record (37 bytes) */
 typedef struct Tr104TestStateRecord {
     uint8_t aReserved1[2];
-    uint8_t ucPort;        /* 2 */
-    uint8_t ucTestType;    /* 3: 0x81 outer, 0x83 inner */
-    uint8_t ucProgress;    /* 4: start: busy mode 1/2; query: 2 testing, 3 finished */
-    uint8_t ucResult;      /* 5: query: 0 completed, other not supported */
+    uint8_t ucPort; /* 2 */
+    uint8_t ucTestType; /* 3: 0x81 outer, 0x83 inner */
+    uint8_t ucProgress; /* 4: start: busy mode 1/2; query: 2 testing, 3 finished */
+    uint8_t ucResult; /* 5: query: 0 completed, other not supported */
     uint8_t aReserved2[31];
 } Tr104TestStateRecord;
 
 /* Outer-line result record (327 bytes) */
 typedef struct Tr104OuterLineResult {
     uint8_t aReserved1[2];
-    uint8_t ucPort;                                   /* 2 */
+    uint8_t ucPort; /* 2 */
     uint8_t aReserved2[34];
-    uint8_t ucConclusion;                             /* 37 */
-    char aGroundDCVoltage[TR104_MEASURE_LEN];         /* 38 */
-    char bGroundDCVoltage[TR104_MEASURE_LEN];         /* 54 */
-    char abDCVoltage[TR104_MEASURE_LEN];              /* 70 */
-    char aGroundInsulationResistance[TR104_MEASURE_LEN];  /* 86 */
-    char bGroundInsulationResistance[TR104_MEASURE_LEN];  /* 102 */
-    char abInsulationResistance[TR104_MEASURE_LEN];   /* 118 */
+    uint8_t ucConclusion; /* 37 */
+    char aGroundDCVoltage[TR104_MEASURE_LEN]; /* 38 */
+    char bGroundDCVoltage[TR104_MEASURE_LEN]; /* 54 */
+    char abDCVoltage[TR104_MEASURE_LEN]; /* 70 */
+    char aGroundInsulationResistance[TR104_MEASURE_LEN]; /* 86 */
+    char bGroundInsulationResistance[TR104_MEASURE_LEN]; /* 102 */
+    char abInsulationResistance[TR104_MEASURE_LEN]; /* 118 */
     char abPolarityReversalResistance[TR104_MEASURE_LEN]; /* 134 */
-    char aGroundCapacitance[TR104_MEASURE_LEN];       /* 150 */
-    char bGroundCapacitance[TR104_MEASURE_LEN];       /* 166 */
-    char abCapacitance[TR104_MEASURE_LEN];            /* 182 */
-    char aGroundACVoltage[TR104_MEASURE_LEN];         /* 198 */
-    char bGroundACVoltage[TR104_MEASURE_LEN];         /* 214 */
-    char abACVoltage[TR104_MEASURE_LEN];              /* 230 */
-    char loopResistance[TR104_MEASURE_LEN];           /* 246 */
-    char ringerEquivalentNumber[TR104_MEASURE_LEN];   /* 262 */
+    char aGroundCapacitance[TR104_MEASURE_LEN]; /* 150 */
+    char bGroundCapacitance[TR104_MEASURE_LEN]; /* 166 */
+    char abCapacitance[TR104_MEASURE_LEN]; /* 182 */
+    char aGroundACVoltage[TR104_MEASURE_LEN]; /* 198 */
+    char bGroundACVoltage[TR104_MEASURE_LEN]; /* 214 */
+    char abACVoltage[TR104_MEASURE_LEN]; /* 230 */
+    char loopResistance[TR104_MEASURE_LEN]; /* 246 */
+    char ringerEquivalentNumber[TR104_MEASURE_LEN]; /* 262 */
     uint8_t aReserved3[49];
 } Tr104OuterLineResult;
 
 /* Inner-line result record (185 bytes) */
 typedef struct Tr104InnerLineResult {
     uint8_t aReserved1[2];
-    uint8_t ucPort;                                /* 2 */
+    uint8_t ucPort; /* 2 */
     uint8_t aReserved2[34];
-    uint8_t ucSignalToneState;                     /* 37: 0 = passed */
-    uint8_t ucFeederVoltageState;                  /* 38: 0 = passed */
+    uint8_t ucSignalToneState; /* 37: 0 = passed */
+    uint8_t ucFeederVoltageState; /* 38: 0 = passed */
     uint8_t ucReserved3;
-    char loopCurrent[TR104_MEASURE_LEN];           /* 40 */
-    char feederVoltage[TR104_MEASURE_LEN];         /* 56 */
-    char signalToneVolume[TR104_MEASURE_LEN];      /* 72 */
-    char signalToneFrequency[TR104_MEASURE_LEN];   /* 88 */
+    char loopCurrent[TR104_MEASURE_LEN]; /* 40 */
+    char feederVoltage[TR104_MEASURE_LEN]; /* 56 */
+    char signalToneVolume[TR104_MEASURE_LEN]; /* 72 */
+    char signalToneFrequency[TR104_MEASURE_LEN]; /* 88 */
     char ringingCurrentVoltage[TR104_MEASURE_LEN]; /* 104 */
     uint8_t ucReserved4;
-    char quietChannelPower[TR104_MEASURE_LEN];     /* 121 */
+    char quietChannelPower[TR104_MEASURE_LEN]; /* 121 */
     uint8_t aReserved5[48];
 } Tr104InnerLineResult;
 
@@ -140,19 +140,19 @@ typedef struct Tr104InnerLineResult {
 #define TR104_SMULT_QUERY_CALLED 5u
 #define TR104_SMULT_QUERY_CALLER 6u
 typedef struct Tr104SmultParam {
-    uint32_t unTestType;        /* 0: start: type 1..4; query: 5 called, 6 caller, 0 none */
+    uint32_t unTestType; /* 0: start: type 1..4; query: 5 called, 6 caller, 0 none */
     uint32_t unReserved1;
-    uint32_t unPort;            /* 8 */
-    uint32_t unTimeout;         /* 12 */
+    uint32_t unPort; /* 8 */
+    uint32_t unTimeout; /* 12 */
     char aCalledNum[TR104_LINETEST_TEXT_LEN]; /* 16 */
     uint32_t unReserved2;
-    uint32_t unCallerStatus;    /* 52 */
-    uint32_t unCalledStatus;    /* 56 */
+    uint32_t unCallerStatus; /* 52 */
+    uint32_t unCalledStatus; /* 56 */
     uint32_t aReserved3[8];
-    uint32_t unConclusion;      /* 92: 1 or 3 success */
+    uint32_t unConclusion; /* 92: 1 or 3 success */
     uint32_t aReserved4[8];
-    uint32_t unCallerFailCode;  /* 128 */
-    uint32_t unCalledFailCode;  /* 132 */
+    uint32_t unCallerFailCode; /* 128 */
+    uint32_t unCalledFailCode; /* 132 */
     uint32_t aReserved5[38];
 } Tr104SmultParam;
 
@@ -160,12 +160,12 @@ typedef struct Tr104SmultParam {
 #define TR104_DIAL_CONFIRM_ENABLE 1u
 #define TR104_DIAL_CONFIRM_DIGIT 2u
 typedef struct Tr104DialConfirmRecord {
-    uint32_t unSelector;  /* 0: 1 enable flag, 2 confirm digit */
-    uint32_t unPort;      /* 4 */
-    uint32_t unEnable;    /* 8 */
-    char cDigit;          /* 12 */
+    uint32_t unSelector; /* 0: 1 enable flag, 2 confirm digit */
+    uint32_t unPort; /* 4 */
+    uint32_t unEnable; /* 8 */
+    char cDigit; /* 12 */
     uint8_t aReserved[3];
-    uint32_t unResult;    /* 16: 1 success */
+    uint32_t unResult; /* 16: 1 success */
 } Tr104DialConfirmRecord;
 
 /* Simulated-call test types (gSmultTestType) */
@@ -207,23 +207,23 @@ TR104_API extern const char aCallerFailReason[5][32];
 TR104_API extern const char aCalledFailReason[3][32];
 
 /* ---- Physical interface ------------------------------------------------------------------- */
-TR104_API int Tr104PhysicalInterfacePort(int nFlag, void *pValue, int *nLocate);        /* text */
-TR104_API int Tr104PhysicalInterfaceID(int nFlag, void *pValue, int *nLocate);          /* int */
+TR104_API int Tr104PhysicalInterfacePort(int nFlag, void *pValue, int *nLocate); /* text */
+TR104_API int Tr104PhysicalInterfaceID(int nFlag, void *pValue, int *nLocate); /* int */
 /* Dial mode "First", "DTMF" or "Pulse": one body whatever the protocol (see the source). */
 TR104_API int Tr104PhysicalInterfaceDialMode(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104PhysicalInterfaceDialModeH248(int nFlag, void *pValue, int *nLocate);
 /* The draw time and the reverse pole are reached through their dispatching wrappers
  * (handlers.h); their SIP variants belong to the SIP handlers. */
 TR104_API int Tr104PhysicalInterfaceTestDialToneDrawTimeH248(int nFlag, void *pValue, int *nLocate); /* float s */
-TR104_API int Tr104PhysicalInterfaceTestDialToneBreakTime(int nFlag, void *pValue, int *nLocate);    /* float 0 */
-TR104_API int Tr104PhysicalInterfaceReversePoleH248(int nFlag, void *pValue, int *nLocate);  /* int 0/1 */
+TR104_API int Tr104PhysicalInterfaceTestDialToneBreakTime(int nFlag, void *pValue, int *nLocate); /* float 0 */
+TR104_API int Tr104PhysicalInterfaceReversePoleH248(int nFlag, void *pValue, int *nLocate); /* int 0/1 */
 /* "16Kc", "12Kc" or "disable"; nLocate[1] 0..2 (0 is passed to the voice module as it is). */
 TR104_API int Tr104PhysicalInterfaceKcType(int nFlag, void *pValue, int *nLocate);
-TR104_API int Tr104PhysicalInterfaceClipWhen(int nFlag, void *pValue);          /* "AfterRing"/"BeforeRing" */
-TR104_API int Tr104PhysicalInterfaceClipReversePole(int nFlag, void *pValue);   /* int 0/1 */
-TR104_API int Tr104PhysicalInterfaceMWIRingFlag(int nFlag, void *pValue);       /* int, always 0 */
-TR104_API int Tr104PhysicalInterfaceFlashUpTime(int nFlag, void *pValue);       /* int ms 200..2500 */
-TR104_API int Tr104PhysicalInterfaceFlashDownTime(int nFlag, void *pValue);     /* int ms 1..2500 */
+TR104_API int Tr104PhysicalInterfaceClipWhen(int nFlag, void *pValue); /* "AfterRing"/"BeforeRing" */
+TR104_API int Tr104PhysicalInterfaceClipReversePole(int nFlag, void *pValue); /* int 0/1 */
+TR104_API int Tr104PhysicalInterfaceMWIRingFlag(int nFlag, void *pValue); /* int, always 0 */
+TR104_API int Tr104PhysicalInterfaceFlashUpTime(int nFlag, void *pValue); /* int ms 200..2500 */
+TR104_API int Tr104PhysicalInterfaceFlashDownTime(int nFlag, void *pValue); /* int ms 1..2500 */
 
 /* ---- Line test ---------------------------------------------------------------------------- */
 TR104_API int Tr104PhysicalInterfaceTestSelector(int nFlag, void *pValue, int *nLocate);
@@ -281,15 +281,15 @@ TR104_API int Tr104PhysicalInterfaceTestBGDCVoltage2(int nFlag, void *pValue, in
 TR104_API int Tr104PhysicalInterfaceTestABDCVoltage2(int nFlag, void *pValue, int *nLocate);
 
 /* Inner-line measurements (get only) */
-TR104_API int Tr104PhysicalInterfaceTestLoopCurrent(int nFlag, void *pValue, int *nLocate);           /* int */
-TR104_API int Tr104PhysicalInterfaceTestFeederVoltage(int nFlag, void *pValue, int *nLocate);         /* int */
-TR104_API int Tr104PhysicalInterfaceTestSignalToneVolume(int nFlag, void *pValue, int *nLocate);      /* float */
-TR104_API int Tr104PhysicalInterfaceTestSignalToneFrequency(int nFlag, void *pValue, int *nLocate);   /* int */
+TR104_API int Tr104PhysicalInterfaceTestLoopCurrent(int nFlag, void *pValue, int *nLocate); /* int */
+TR104_API int Tr104PhysicalInterfaceTestFeederVoltage(int nFlag, void *pValue, int *nLocate); /* int */
+TR104_API int Tr104PhysicalInterfaceTestSignalToneVolume(int nFlag, void *pValue, int *nLocate); /* float */
+TR104_API int Tr104PhysicalInterfaceTestSignalToneFrequency(int nFlag, void *pValue, int *nLocate); /* int */
 TR104_API int Tr104PhysicalInterfaceTestRingingCurrentVoltage(int nFlag, void *pValue, int *nLocate); /* int */
-TR104_API int Tr104PhysicalInterfaceTestQuietChannelPower(int nFlag, void *pValue, int *nLocate);     /* float */
-TR104_API int Tr104PhysicalInterfaceTestSignalToneState(int nFlag, void *pValue, int *nLocate);       /* int 0/1 */
-TR104_API int Tr104PhysicalInterfaceTestFeederVoltageState(int nFlag, void *pValue, int *nLocate);    /* int 0/1 */
-TR104_API int Tr104PhysicalInterfaceTestLoopCurrentState(int nFlag, void *pValue, int *nLocate);      /* int 0/1 */
+TR104_API int Tr104PhysicalInterfaceTestQuietChannelPower(int nFlag, void *pValue, int *nLocate); /* float */
+TR104_API int Tr104PhysicalInterfaceTestSignalToneState(int nFlag, void *pValue, int *nLocate); /* int 0/1 */
+TR104_API int Tr104PhysicalInterfaceTestFeederVoltageState(int nFlag, void *pValue, int *nLocate); /* int 0/1 */
+TR104_API int Tr104PhysicalInterfaceTestLoopCurrentState(int nFlag, void *pValue, int *nLocate); /* int 0/1 */
 
 /* Flag words (int, six bits, 63 = all within limits) */
 TR104_API int Tr104PhysicalInterfaceTestVACFlags(int nFlag, void *pValue, int *nLocate);
@@ -298,21 +298,21 @@ TR104_API int Tr104PhysicalInterfaceTestABGResistanceFlags(int nFlag, void *pVal
 TR104_API int Tr104PhysicalInterfaceTestABResistanceFlags(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104PhysicalInterfaceTestRingerLoadFlags(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104PhysicalInterfaceTestDialTonePowerFlags(int nFlag, void *pValue, int *nLocate);
-TR104_API int Tr104PhysicalInterfaceTestForeignEMF(int nFlag, void *pValue, int *nLocate);   /* int, 1 */
-TR104_API int Tr104PhysicalInterfaceTestDcSignature(int nFlag, void *pValue, int *nLocate);  /* int, 1 */
+TR104_API int Tr104PhysicalInterfaceTestForeignEMF(int nFlag, void *pValue, int *nLocate); /* int, 1 */
+TR104_API int Tr104PhysicalInterfaceTestDcSignature(int nFlag, void *pValue, int *nLocate); /* int, 1 */
 
 /* ---- Simulated call ----------------------------------------------------------------------- */
-TR104_API int Tr104SmultTestType(int nFlag, void *pValue, int *nLocate);   /* "Called"/"Caller"/"None" */
-TR104_API int Tr104SmultCalledNum(int nFlag, void *pValue, int *nLocate);  /* text, 32 */
-TR104_API int Tr104SmultTimeout(int nFlag, void *pValue, int *nLocate);    /* int */
+TR104_API int Tr104SmultTestType(int nFlag, void *pValue, int *nLocate); /* "Called"/"Caller"/"None" */
+TR104_API int Tr104SmultCalledNum(int nFlag, void *pValue, int *nLocate); /* text, 32 */
+TR104_API int Tr104SmultTimeout(int nFlag, void *pValue, int *nLocate); /* int */
 TR104_API int Tr104SmultStatus(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104SmultConclusion(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104SmultCallerFailReason(int nFlag, void *pValue, int *nLocate);
 TR104_API int Tr104SmultCalledFailReason(int nFlag, void *pValue, int *nLocate);
-TR104_API int Tr104SmultFailedRspCode(int nFlag, void *pValue, int *nLocate);       /* int */
-TR104_API int Tr104SmultDialConfirmEnable(int nFlag, void *pValue, int *nLocate);   /* int */
-TR104_API int Tr104SmultDialConfirmNum(int nFlag, void *pValue, int *nLocate);      /* one character */
-TR104_API int Tr104SmultDialConfirmResult(int nFlag, void *pValue, int *nLocate);   /* "Success"/"Fail" */
+TR104_API int Tr104SmultFailedRspCode(int nFlag, void *pValue, int *nLocate); /* int */
+TR104_API int Tr104SmultDialConfirmEnable(int nFlag, void *pValue, int *nLocate); /* int */
+TR104_API int Tr104SmultDialConfirmNum(int nFlag, void *pValue, int *nLocate); /* one character */
+TR104_API int Tr104SmultDialConfirmResult(int nFlag, void *pValue, int *nLocate); /* "Success"/"Fail" */
 /* Starts the port's simulated call: 0, -1 or -2. */
 TR104_API int setSmultParam(int nPortNum);
 /* Queries a simulated call: pSultParam zeroed by the caller, port at offset 8.  0, -1 or -2. */

@@ -59,15 +59,15 @@ TR104_EXTERN_C_BEGIN
 #define TR104_IP_KIND_VOICE 1
 #define TR104_IP_KIND_RTP 2
 typedef struct Tr104IpConfigPayload {
-    uint8_t ucKind;           /*   0: 1 voice interface, 2 RTP */
+    uint8_t ucKind; /*   0: 1 voice interface, 2 RTP */
     uint8_t aucZero[3];
-    uint32_t unVoiceAddr;     /*   4 */
-    uint32_t unVoiceMask;     /*   8 */
-    uint32_t unVoiceGateway;  /*  12 */
-    uint32_t unRtpAddr;       /*  16 */
-    uint32_t unRtpMask;       /*  20 */
-    uint32_t unRtpGateway;    /*  24 */
-    uint8_t aucRest[248];     /*  28: the voice module's, kept as the last get returned them */
+    uint32_t unVoiceAddr; /*   4 */
+    uint32_t unVoiceMask; /*   8 */
+    uint32_t unVoiceGateway; /*  12 */
+    uint32_t unRtpAddr; /*  16 */
+    uint32_t unRtpMask; /*  20 */
+    uint32_t unRtpGateway; /*  24 */
+    uint8_t aucRest[248]; /*  28: the voice module's, kept as the last get returned them */
 } Tr104IpConfigPayload;
 
 /* Tr104VoiceIpAddr's direct payload under command 41 (28 bytes, sent without the lock).  It
@@ -79,7 +79,7 @@ typedef struct Tr104DirectIpPayload {
     uint32_t unAddr;
     uint32_t unMask;
     uint32_t unGateway;
-    char aIfName[12];  /* at most 10 characters, zero-filled */
+    char aIfName[12]; /* at most 10 characters, zero-filled */
 } Tr104DirectIpPayload;
 
 /* ---- VLANs: command 44 get, 43 set; slots 6 (SIP) and 7 (RTP) ---- */
@@ -100,42 +100,42 @@ typedef struct Tr104VlanClass {
     uint16_t usVlanId;
 } Tr104VlanClass;
 typedef struct Tr104VlanPayload {
-    uint32_t unKind;     /* 1 SIP, 2 RTP */
-    Tr104VlanClass sip;  /* 4 */
-    Tr104VlanClass rtp;  /* 20 */
+    uint32_t unKind; /* 1 SIP, 2 RTP */
+    Tr104VlanClass sip; /* 4 */
+    Tr104VlanClass rtp; /* 20 */
 } Tr104VlanPayload;
 
 /* ---- DNS, DHCP, PPPoE ---- */
-typedef struct Tr104DnsPayload {  /* command 78 get, 77 set */
+typedef struct Tr104DnsPayload { /* command 78 get, 77 set */
     uint32_t unZero;
-    uint32_t unServer;        /*   4 */
+    uint32_t unServer; /*   4 */
     uint8_t aucZero[264];
-    uint32_t unIndex;         /* 272: 0 first server, 1 second */
+    uint32_t unIndex; /* 272: 0 first server, 1 second */
 } Tr104DnsPayload;
-typedef struct Tr104DirectDnsPayload {  /* command 77, Tr104DnsIpAddr only */
+typedef struct Tr104DirectDnsPayload { /* command 77, Tr104DnsIpAddr only */
     uint32_t unPort;
     uint32_t unServer1;
     uint32_t unServer2;
 } Tr104DirectDnsPayload;
 #define TR104_DHCP_PAYLOAD_LEN 1308
-typedef struct Tr104Option60Payload {  /* command 32 get, 31 set */
-    uint32_t unFields;        /* 0x1 enable, 0x2 value, 0x4 type, 0x8 value mode */
-    uint32_t unEnable;        /*  4 */
-    int32_t nType;            /*  8 */
-    int32_t nValueMode;       /* 12 */
-    char aValue[132];         /* 16: at most 130 characters */
+typedef struct Tr104Option60Payload { /* command 32 get, 31 set */
+    uint32_t unFields; /* 0x1 enable, 0x2 value, 0x4 type, 0x8 value mode */
+    uint32_t unEnable; /*  4 */
+    int32_t nType; /*  8 */
+    int32_t nValueMode; /* 12 */
+    char aValue[132]; /* 16: at most 130 characters */
 } Tr104Option60Payload;
-typedef struct Tr104Option125Payload {  /* command 36 get, 35 set */
-    uint32_t unFields;        /* 0x1 enable, 0x2 value */
-    uint8_t ucEnable;         /* 4 */
-    char aValue[131];         /* 5: at most 130 characters */
+typedef struct Tr104Option125Payload { /* command 36 get, 35 set */
+    uint32_t unFields; /* 0x1 enable, 0x2 value */
+    uint8_t ucEnable; /* 4 */
+    char aValue[131]; /* 5: at most 130 characters */
 } Tr104Option125Payload;
-typedef struct Tr104PppoePayload {  /* command 39 get, 38 set */
-    uint32_t unFields;        /* 0x1 enable, 0x2 account, 0x4 password */
-    uint32_t unEnable;        /*   4 */
-    char aAccount[64];        /*   8: at most 63 characters */
-    char aPassword[64];       /*  72: at most 63 characters */
-    uint8_t aucZero[28];      /* 136 */
+typedef struct Tr104PppoePayload { /* command 39 get, 38 set */
+    uint32_t unFields; /* 0x1 enable, 0x2 account, 0x4 password */
+    uint32_t unEnable; /*   4 */
+    char aAccount[64]; /*   8: at most 63 characters */
+    char aPassword[64]; /*  72: at most 63 characters */
+    uint8_t aucZero[28]; /* 136 */
 } Tr104PppoePayload;
 
 /* ---- Time: commands 62..70, 75 ---- */
@@ -157,14 +157,14 @@ typedef struct Tr104TimePayload { /* commands 64..70 */
 #define TR104_NUMBER_ENTRIES 10
 #define TR104_NUMBER_MAX_LEN 20
 typedef struct Tr104NumberTable {
-    uint8_t ucDeleteAll;      /*  0 */
+    uint8_t ucDeleteAll; /*  0 */
     uint8_t aucZero1[3];
-    uint8_t ucLength;         /*  4 */
-    uint8_t ucEntry;          /*  5: the wanted entry (1-based); in a reply the entry count */
-    char aTypes[10];          /*  6 */
-    uint8_t aucZero2[64];     /* 16 */
-    char aNumbers[10][21];    /* 80 */
-    uint8_t aucZero3[2];      /* 290 */
+    uint8_t ucLength; /*  4 */
+    uint8_t ucEntry; /*  5: the wanted entry (1-based); in a reply the entry count */
+    char aTypes[10]; /*  6 */
+    uint8_t aucZero2[64]; /* 16 */
+    char aNumbers[10][21]; /* 80 */
+    uint8_t aucZero3[2]; /* 290 */
 } Tr104NumberTable;
 
 /* IP addressing */

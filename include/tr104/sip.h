@@ -91,23 +91,23 @@ enum Tr104SipCommandId {
 /* Line record (452 bytes): one layout shared by the line commands, each of which fills and
  * reads only its own fields.  GET_PORT_STATUS_ID answers the status fields. */
 typedef struct Tr104SipLineRecord {
-    uint32_t unLine;             /*   0 line (port) number, 1 or 2 */
-    uint32_t unEnable;           /*   4 1 enabled, 0 disabled */
-    char aHotlineNum[66];        /*   8 hotline number */
-    char aDisplayName[65];       /*  74 display name */
-    uint8_t aucReserved1[1];     /* 139 */
-    uint32_t unPortState;        /* 140 port state code */
-    char aRegState[20];          /* 144 "N/A", "reg-ing", "reg-ok", "reg-fail", "unreg-ing" ... */
-    char aHookState[20];         /* 164 hook state text */
-    char aCallState[172];        /* 184 call state text */
-    uint32_t unProfileId;        /* 356 non-zero when a voice profile is bound to the port */
-    char aProfileName[44];       /* 360 name of the bound profile (21 characters used) */
-    uint32_t unHotlineDelay;     /* 404 hotline delay */
-    uint8_t aucReserved2[24];    /* 408 */
-    uint32_t unMinJitter;        /* 432 minimum jitter buffer */
-    uint32_t unMaxJitter;        /* 436 maximum jitter buffer */
-    char aJitterMode[10];        /* 440 jitter buffer mode text */
-    uint8_t aucReserved3[2];     /* 450 */
+    uint32_t unLine; /*   0 line (port) number, 1 or 2 */
+    uint32_t unEnable; /*   4 1 enabled, 0 disabled */
+    char aHotlineNum[66]; /*   8 hotline number */
+    char aDisplayName[65]; /*  74 display name */
+    uint8_t aucReserved1[1]; /* 139 */
+    uint32_t unPortState; /* 140 port state code */
+    char aRegState[20]; /* 144 "N/A", "reg-ing", "reg-ok", "reg-fail", "unreg-ing" ... */
+    char aHookState[20]; /* 164 hook state text */
+    char aCallState[172]; /* 184 call state text */
+    uint32_t unProfileId; /* 356 non-zero when a voice profile is bound to the port */
+    char aProfileName[44]; /* 360 name of the bound profile (21 characters used) */
+    uint32_t unHotlineDelay; /* 404 hotline delay */
+    uint8_t aucReserved2[24]; /* 408 */
+    uint32_t unMinJitter; /* 432 minimum jitter buffer */
+    uint32_t unMaxJitter; /* 436 maximum jitter buffer */
+    char aJitterMode[10]; /* 440 jitter buffer mode text */
+    uint8_t aucReserved3[2]; /* 450 */
 } Tr104SipLineRecord;
 
 /* Change-mask bits of the profile record. */
@@ -130,37 +130,37 @@ typedef struct Tr104SipLineRecord {
 /* Profile record (76 bytes): one voice profile of the voice module, bound to a port.  A set
  * changes only the fields whose bit is in unChangeMask. */
 typedef struct Tr104SipProfileRecord {
-    uint8_t ucPort;                    /*  0 port the profile is bound to (bind requests) */
-    uint8_t ucReserved1;               /*  1 */
-    char aName[22];                    /*  2 profile name ("port%d" when this library creates it) */
-    uint32_t unChangeMask;             /* 24 fields a set changes */
-    uint8_t aucCodecs[5];              /* 28 bit 0x01: codec selection, payload types in order of
+    uint8_t ucPort; /*  0 port the profile is bound to (bind requests) */
+    uint8_t ucReserved1; /*  1 */
+    char aName[22]; /*  2 profile name ("port%d" when this library creates it) */
+    uint32_t unChangeMask; /* 24 fields a set changes */
+    uint8_t aucCodecs[5]; /* 28 bit 0x01: codec selection, payload types in order of
                                           preference, 0xFF in unused places */
-    uint8_t aucReserved2[5];           /* 33 */
-    uint8_t ucSilenceSuppression;      /* 38 bit 0x02 */
-    uint8_t ucComfortNoise;            /* 39 bit 0x04 */
-    uint8_t ucDtmfMethod;              /* 40 bit 0x08: 0 InBand, 1 RFC2833, 2 RFC2833 Redundancy, 3 SIPInfo */
-    uint8_t ucEchoCancel;              /* 41 bit 0x10 */
-    int8_t cReceiveGain;               /* 42 bit 0x20 */
-    int8_t cTransmitGain;              /* 43 bit 0x40 */
-    uint8_t ucJitterTarget;            /* 44 bit 0x80 */
-    uint8_t ucPacketization;           /* 45 bit 0x100 */
-    uint8_t aucReserved3[10];          /* 46 */
-    uint32_t unT38BitRate;             /* 56 bit 0x1000 */
-    uint32_t unT38TcfMethod;           /* 60 bit 0x4000 */
+    uint8_t aucReserved2[5]; /* 33 */
+    uint8_t ucSilenceSuppression; /* 38 bit 0x02 */
+    uint8_t ucComfortNoise; /* 39 bit 0x04 */
+    uint8_t ucDtmfMethod; /* 40 bit 0x08: 0 InBand, 1 RFC2833, 2 RFC2833 Redundancy, 3 SIPInfo */
+    uint8_t ucEchoCancel; /* 41 bit 0x10 */
+    int8_t cReceiveGain; /* 42 bit 0x20 */
+    int8_t cTransmitGain; /* 43 bit 0x40 */
+    uint8_t ucJitterTarget; /* 44 bit 0x80 */
+    uint8_t ucPacketization; /* 45 bit 0x100 */
+    uint8_t aucReserved3[10]; /* 46 */
+    uint32_t unT38BitRate; /* 56 bit 0x1000 */
+    uint32_t unT38TcfMethod; /* 60 bit 0x4000 */
     uint32_t unT38HighSpeedRedundancy; /* 64 bit 0x8000 */
-    uint32_t unT38LowSpeedRedundancy;  /* 68 */
-    uint32_t unT38PortAdd2;            /* 72 bit 0x2000 */
+    uint32_t unT38LowSpeedRedundancy; /* 68 */
+    uint32_t unT38PortAdd2; /* 72 bit 0x2000 */
 } Tr104SipProfileRecord;
 
 /* Line feature record (76 bytes). */
 typedef struct Tr104SipLineFeatureRecord {
-    uint32_t unLine;            /*  0 line number */
-    uint8_t ucCallerIdMode;     /*  4 0 disabled, 1 FSK, 2 FSK (read only), 3 DTMF */
-    uint8_t ucCallWaiting;      /*  5 call waiting flag */
-    uint8_t aucReserved1[67];   /*  6 */
-    uint8_t ucConference;       /* 73 three-way calling flag */
-    uint8_t aucReserved2[2];    /* 74 */
+    uint32_t unLine; /*  0 line number */
+    uint8_t ucCallerIdMode; /*  4 0 disabled, 1 FSK, 2 FSK (read only), 3 DTMF */
+    uint8_t ucCallWaiting; /*  5 call waiting flag */
+    uint8_t aucReserved1[67]; /*  6 */
+    uint8_t ucConference; /* 73 three-way calling flag */
+    uint8_t aucReserved2[2]; /* 74 */
 } Tr104SipLineFeatureRecord;
 
 /* Selectors of the signalling timer record. */
@@ -173,38 +173,38 @@ typedef struct Tr104SipLineFeatureRecord {
 /* Signalling timer record (32 bytes): every timer in milliseconds; a set names the one it
  * changes in usSelector. */
 typedef struct Tr104SipSignalTimerRecord {
-    uint16_t usSelector;               /*  0 timer being set */
-    uint16_t usReserved;               /*  2 */
-    uint32_t unStartDigit;             /*  4 start-digit (and dial-tone) timer */
-    uint32_t unNoAnswer;               /*  8 */
-    uint32_t unReserved;               /* 12 */
-    uint32_t unBusyTone;               /* 16 */
-    uint32_t unHangingReminder;        /* 20 off-hook warning tone */
-    uint32_t unCallWaitingReject;      /* 24 */
-    uint32_t unReserved2;              /* 28 */
+    uint16_t usSelector; /*  0 timer being set */
+    uint16_t usReserved; /*  2 */
+    uint32_t unStartDigit; /*  4 start-digit (and dial-tone) timer */
+    uint32_t unNoAnswer; /*  8 */
+    uint32_t unReserved; /* 12 */
+    uint32_t unBusyTone; /* 16 */
+    uint32_t unHangingReminder; /* 20 off-hook warning tone */
+    uint32_t unCallWaitingReject; /* 24 */
+    uint32_t unReserved2; /* 28 */
 } Tr104SipSignalTimerRecord;
 
 /* Digit timer record (40 bytes): a set writes one field and 0xFFFFFFFF (unchanged) in the other. */
 #define TR104_DIGIT_TIMER_UNCHANGED 0xFFFFFFFFu
 typedef struct Tr104SipDigitTimerRecord {
-    uint8_t aucReserved1[16];   /*  0 */
-    uint32_t unShortDigit;      /* 16 short inter-digit timer */
-    uint32_t unLongDigit;       /* 20 long inter-digit timer */
-    uint8_t aucReserved2[16];   /* 24 */
+    uint8_t aucReserved1[16]; /*  0 */
+    uint32_t unShortDigit; /* 16 short inter-digit timer */
+    uint32_t unLongDigit; /* 20 long inter-digit timer */
+    uint8_t aucReserved2[16]; /* 24 */
 } Tr104SipDigitTimerRecord;
 
 /* One chunk of a digit map written with SET_DIGITMAP_ID (258 bytes). */
 #define TR104_DIGITMAP_CHUNK_CHARS 192
 #define TR104_DIGITMAP_MAX_LEN 2048
 typedef struct Tr104SipDigitMapChunk {
-    uint8_t ucReserved;     /* 0 */
-    uint8_t ucChunk;        /* 1 chunk number, from 0 */
-    char aText[256];        /* 2 the chunk's characters, zero-filled */
+    uint8_t ucReserved; /* 0 */
+    uint8_t ucChunk; /* 1 chunk number, from 0 */
+    char aText[256]; /* 2 the chunk's characters, zero-filled */
 } Tr104SipDigitMapChunk;
 
 /* Digit-map match mode record (258 bytes). */
 typedef struct Tr104SipMatchModeRecord {
-    uint8_t ucMode;             /* 0 0 "Max", 1 "Min" */
+    uint8_t ucMode; /* 0 0 "Max", 1 "Min" */
     uint8_t aucReserved[257];
 } Tr104SipMatchModeRecord;
 
@@ -217,14 +217,14 @@ typedef struct Tr104SipMatchModeRecord {
 #define CONFIG_FLAG_FAX_ECHO_CANCEL_SWITCH 0x10u
 #define CONFIG_FLAG_FAX_SILENCE_SUPP_SWITCH 0x20u
 typedef struct Tr104SipFaxModeRecord {
-    uint32_t unConfigFlag;         /*  0 attribute a write changes */
-    uint32_t unProcessMode;        /*  4 fax process mode */
-    uint32_t unT38SdpType;         /*  8 T.38 SDP type */
-    uint32_t unFaxModemSwitch;     /* 12 fax/modem attribute flag */
-    uint32_t unEchoCancelSwitch;   /* 16 echo cancel attribute flag */
-    uint32_t unSilenceSuppSwitch;  /* 20 silence suppression attribute flag */
-    uint32_t aunReserved[2];       /* 24 */
-    uint32_t unFaxCtrlMode;        /* 32 fax control mode: 0 "Force", 1 "Disable", 2 "Auto" */
+    uint32_t unConfigFlag; /*  0 attribute a write changes */
+    uint32_t unProcessMode; /*  4 fax process mode */
+    uint32_t unT38SdpType; /*  8 T.38 SDP type */
+    uint32_t unFaxModemSwitch; /* 12 fax/modem attribute flag */
+    uint32_t unEchoCancelSwitch; /* 16 echo cancel attribute flag */
+    uint32_t unSilenceSuppSwitch; /* 20 silence suppression attribute flag */
+    uint32_t aunReserved[2]; /* 24 */
+    uint32_t unFaxCtrlMode; /* 32 fax control mode: 0 "Force", 1 "Disable", 2 "Auto" */
 } Tr104SipFaxModeRecord;
 
 /* Voice-band-data record (20 bytes): a write names the field it changes in unSelector. */
@@ -233,11 +233,11 @@ typedef struct Tr104SipFaxModeRecord {
 #define TR104_VBD_RX_INTERVAL 4u
 #define TR104_VBD_TX_INTERVAL 8u
 typedef struct Tr104SipVbdRecord {
-    uint32_t unSelector;    /*  0 field being set */
-    uint32_t unEnable;      /*  4 0 or 1 */
-    uint32_t unCodec;       /*  8 payload-type code (codec.h) */
-    uint32_t unRxInterval;  /* 12 receive packet interval, ms */
-    uint32_t unTxInterval;  /* 16 send packet interval, ms */
+    uint32_t unSelector; /*  0 field being set */
+    uint32_t unEnable; /*  4 0 or 1 */
+    uint32_t unCodec; /*  8 payload-type code (codec.h) */
+    uint32_t unRxInterval; /* 12 receive packet interval, ms */
+    uint32_t unTxInterval; /* 16 send packet interval, ms */
 } Tr104SipVbdRecord;
 
 /* Line record fields */

@@ -31,9 +31,9 @@ enum Tr104SipIdentityCommandId {
 };
 
 /* Byte offsets of the identity fields in the line record. */
-#define TR104_LINE_NUMBER_OFFSET 8      /* directory number or URI, by command */
+#define TR104_LINE_NUMBER_OFFSET 8 /* directory number or URI, by command */
 #define TR104_LINE_AUTH_USER_OFFSET 224 /* authentication user name */
-#define TR104_LINE_AUTH_PWD_OFFSET 290  /* authentication password */
+#define TR104_LINE_AUTH_PWD_OFFSET 290 /* authentication password */
 /* An identity text: at most 65 characters and a terminator. */
 #define TR104_LINE_IDENTITY_LEN 66
 

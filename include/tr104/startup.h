@@ -29,12 +29,12 @@ TR104_API int Tr104VoiceCfgSave(void);
 typedef int (*Tr104CfgApplyFunc)(Tr104Msg *msg, void *paramBuffer);
 
 typedef struct Tr104CfgParamInfo {
-    int32_t timerStarted;             /* 1 while the slot's timer runs */
+    int32_t timerStarted; /* 1 while the slot's timer runs */
     char paramBuffer[TR104_CFG_BUFFER_LEN]; /* staged block, laid out as the apply function's message */
-    uint16_t cfgFlag;                 /* bit n: parameter n of the group is staged */
-    WDOG_ID wdId;                     /* the slot's watchdog */
+    uint16_t cfgFlag; /* bit n: parameter n of the group is staged */
+    WDOG_ID wdId; /* the slot's watchdog */
     Tr104CfgApplyFunc timeroutFuncHandle; /* the group's apply function; -1 on failure */
-    int32_t paramCount;               /* parameters in the group: bits 0 .. paramCount-1 */
+    int32_t paramCount; /* parameters in the group: bits 0 .. paramCount-1 */
 } Tr104CfgParamInfo;
 
 /* Slots: 0 voice IP address, 1 registrar, 2 secondary registrar, 3 proxy, 4 secondary proxy,

@@ -37,42 +37,42 @@ TR104_EXTERN_C_BEGIN
 
 /* Line statistics block (156 bytes): word 0 the line in a request; the words below in a reply. */
 typedef struct Tr104LineRtpStatsBlock {
-    uint32_t unLine;                /*   0 */
-    uint32_t aunReserved1[8];       /*   4 */
-    uint32_t unSendPackets;         /*  36 */
-    uint32_t unSendBytes;           /*  40 */
-    uint32_t unRcvdPackets;         /*  44 */
-    uint32_t unRcvdBytes;           /*  48 */
-    uint32_t unLostPackets;         /*  52 */
-    uint32_t unLostPercent;         /*  56 */
-    uint32_t unReserved15;          /*  60 */
-    uint32_t unFarEndLostPercent;   /*  64 */
-    uint32_t unJitter;              /*  68: near end, also reported as the far end's interarrival jitter */
-    uint32_t unFarEndJitter;        /*  72 */
-    uint32_t unBufferOverruns;      /*  76 */
-    uint32_t unBufferUnderruns;     /*  80 */
-    uint32_t unStreamSpeed;         /*  84: up and down stream */
-    uint32_t unMaxRtcpTime;         /*  88 */
-    uint32_t unNetworkDelay;        /*  92: also the average round-trip delay */
-    uint32_t unErrorPackets;        /*  96 */
-    uint32_t aunReserved2[14];      /* 100 */
+    uint32_t unLine; /*   0 */
+    uint32_t aunReserved1[8]; /*   4 */
+    uint32_t unSendPackets; /*  36 */
+    uint32_t unSendBytes; /*  40 */
+    uint32_t unRcvdPackets; /*  44 */
+    uint32_t unRcvdBytes; /*  48 */
+    uint32_t unLostPackets; /*  52 */
+    uint32_t unLostPercent; /*  56 */
+    uint32_t unReserved15; /*  60 */
+    uint32_t unFarEndLostPercent; /*  64 */
+    uint32_t unJitter; /*  68: near end, also reported as the far end's interarrival jitter */
+    uint32_t unFarEndJitter; /*  72 */
+    uint32_t unBufferOverruns; /*  76 */
+    uint32_t unBufferUnderruns; /*  80 */
+    uint32_t unStreamSpeed; /*  84: up and down stream */
+    uint32_t unMaxRtcpTime; /*  88 */
+    uint32_t unNetworkDelay; /*  92: also the average round-trip delay */
+    uint32_t unErrorPackets; /*  96 */
+    uint32_t aunReserved2[14]; /* 100 */
 } Tr104LineRtpStatsBlock;
 
 /* Interval statistics block (216 bytes): words 2 and 3 the line and the interval in a request;
  * the voice module answers the interval's values in words 4 to 11. */
 typedef struct Tr104LineRtpIntervalBlock {
-    uint32_t aunReserved1[2];     /*   0 */
-    uint32_t unLine;              /*   8 */
-    uint32_t unInterval;          /*  12 */
-    uint32_t unEndTime;           /*  16: end of the interval, seconds since 1970 */
-    uint32_t unMaxRtcpTime;       /*  20 */
-    uint32_t unRcvdPackets;       /*  24 */
-    uint32_t unLostPackets;       /*  28 */
-    uint32_t unErrorPackets;      /*  32: read, reported as 0 */
-    uint32_t unMaxJitter;         /*  36 */
-    uint32_t unBufferOverruns;    /*  40 */
-    uint32_t unBufferUnderruns;   /*  44 */
-    uint32_t aunReserved2[42];    /*  48 */
+    uint32_t aunReserved1[2]; /*   0 */
+    uint32_t unLine; /*   8 */
+    uint32_t unInterval; /*  12 */
+    uint32_t unEndTime; /*  16: end of the interval, seconds since 1970 */
+    uint32_t unMaxRtcpTime; /*  20 */
+    uint32_t unRcvdPackets; /*  24 */
+    uint32_t unLostPackets; /*  28 */
+    uint32_t unErrorPackets; /*  32: read, reported as 0 */
+    uint32_t unMaxJitter; /*  36 */
+    uint32_t unBufferOverruns; /*  40 */
+    uint32_t unBufferUnderruns; /*  44 */
+    uint32_t aunReserved2[42]; /*  48 */
 } Tr104LineRtpIntervalBlock;
 
 /* Telephone-event block (20 bytes). */
@@ -89,33 +89,33 @@ typedef struct Tr104TelEventBlock {
 
 /* SIP line statistics record (108 bytes). */
 typedef struct Tr104SipLineStatsRecord {
-    uint32_t unLine;                    /*   0 */
-    uint32_t unInCallsReceived;         /*   4 */
-    uint32_t unInCallsAnswered;         /*   8 */
-    uint32_t unInCallsConnected;        /*  12 */
-    uint32_t unInCallsFailed;           /*  16 */
-    uint32_t unOutCallsAttempted;       /*  20 */
-    uint32_t unOutCallsAnswered;        /*  24 */
-    uint32_t unOutCallsConnected;       /*  28 */
-    uint32_t unOutCallsFailed;          /*  32 */
-    uint32_t unCallsDropped;            /*  36 */
-    uint32_t unTotalCallTime;           /*  40 */
-    uint32_t unCallSetupTime;           /*  44 */
-    uint32_t unCallTerminateFails;      /*  48 */
-    uint32_t unPotsReleaseCount;        /*  52 */
-    uint32_t unPotsOffHookTime;         /*  56 */
-    uint32_t unRxInviteReqs;            /*  60 */
-    uint32_t unRxInviteRetrans;         /*  64 */
-    uint32_t unRxNoninviteReqs;         /*  68 */
-    uint32_t unRxNoninviteRetrans;      /*  72 */
-    uint32_t unRxResponse;              /*  76 */
-    uint32_t unRxResponseRetrans;       /*  80 */
-    uint32_t unTxInviteReqs;            /*  84 */
-    uint32_t unTxInviteRetrans;         /*  88 */
-    uint32_t unTxNoninviteReqs;         /*  92 */
-    uint32_t unTxNoninviteRetrans;      /*  96 */
-    uint32_t unTxResponse;              /* 100 */
-    uint32_t unTxResponseRetrans;       /* 104 */
+    uint32_t unLine; /*   0 */
+    uint32_t unInCallsReceived; /*   4 */
+    uint32_t unInCallsAnswered; /*   8 */
+    uint32_t unInCallsConnected; /*  12 */
+    uint32_t unInCallsFailed; /*  16 */
+    uint32_t unOutCallsAttempted; /*  20 */
+    uint32_t unOutCallsAnswered; /*  24 */
+    uint32_t unOutCallsConnected; /*  28 */
+    uint32_t unOutCallsFailed; /*  32 */
+    uint32_t unCallsDropped; /*  36 */
+    uint32_t unTotalCallTime; /*  40 */
+    uint32_t unCallSetupTime; /*  44 */
+    uint32_t unCallTerminateFails; /*  48 */
+    uint32_t unPotsReleaseCount; /*  52 */
+    uint32_t unPotsOffHookTime; /*  56 */
+    uint32_t unRxInviteReqs; /*  60 */
+    uint32_t unRxInviteRetrans; /*  64 */
+    uint32_t unRxNoninviteReqs; /*  68 */
+    uint32_t unRxNoninviteRetrans; /*  72 */
+    uint32_t unRxResponse; /*  76 */
+    uint32_t unRxResponseRetrans; /*  80 */
+    uint32_t unTxInviteReqs; /*  84 */
+    uint32_t unTxInviteRetrans; /*  88 */
+    uint32_t unTxNoninviteReqs; /*  92 */
+    uint32_t unTxNoninviteRetrans; /*  96 */
+    uint32_t unTxResponse; /* 100 */
+    uint32_t unTxResponseRetrans; /* 104 */
 } Tr104SipLineStatsRecord;
 
 /* Line RTP statistics */

@@ -41,29 +41,29 @@ struct v2lin_sem;
 
 /* Task control block; zeroed at creation.  Blocks made by taskInit belong to the caller. */
 typedef struct v2lin_tcb {
-    int32_t reserved;                   /* never set by the runtime */
-    int32_t taskId;                     /* block address (taskInit) or small integer (taskSpawn) */
-    char *name;                         /* heap copy of the name, or null */
-    pthread_t thread;                   /* 0 while the thread does not exist */
-    pthread_attr_t attr;                /* policy and current POSIX priority */
-    struct sched_param prvParam;        /* base POSIX priority, restored by taskUnlock */
-    V2LIN_FUNCPTR entry;                /* entry function */
-    int32_t args[10];                   /* its arguments */
-    int32_t callerOwned;                /* 1: the caller owns the memory; 0: freed on deletion */
-    int32_t spare;                      /* 0, not otherwise used */
-    uint32_t state;                     /* V2LIN_TASK_* bits */
-    int32_t vxPriority;                 /* kernel priority, 0 most urgent */
-    struct v2lin_tcb *waitNext;         /* link on the wait list the task is on */
-    int32_t safeCount;                  /* delete-safe count */
-    pthread_mutex_t safeLock;           /* guards safeCount */
-    pthread_cond_t safeCond;            /* broadcast when a task with pending deleters becomes unsafe */
-    pthread_mutex_t delLock;            /* a task being deleted waits here ... */
-    pthread_cond_t delCond;             /* ... until its pending-deleter list is empty */
-    struct v2lin_tcb *pendingDeleters;  /* tasks waiting in taskDelete for this one to become unsafe */
-    struct v2lin_tcb *next;             /* next block in the task list */
-    struct v2lin_sem *pendSem;          /* semaphore the task pends on, or null */
-    pthread_mutex_t *lockWait;          /* scheduler-lock mutex while waiting in taskLock, or null */
-    int32_t forceDeleting;              /* set while taskDeleteForce releases the pending deleters */
+    int32_t reserved; /* never set by the runtime */
+    int32_t taskId; /* block address (taskInit) or small integer (taskSpawn) */
+    char *name; /* heap copy of the name, or null */
+    pthread_t thread; /* 0 while the thread does not exist */
+    pthread_attr_t attr; /* policy and current POSIX priority */
+    struct sched_param prvParam; /* base POSIX priority, restored by taskUnlock */
+    V2LIN_FUNCPTR entry; /* entry function */
+    int32_t args[10]; /* its arguments */
+    int32_t callerOwned; /* 1: the caller owns the memory; 0: freed on deletion */
+    int32_t spare; /* 0, not otherwise used */
+    uint32_t state; /* V2LIN_TASK_* bits */
+    int32_t vxPriority; /* kernel priority, 0 most urgent */
+    struct v2lin_tcb *waitNext; /* link on the wait list the task is on */
+    int32_t safeCount; /* delete-safe count */
+    pthread_mutex_t safeLock; /* guards safeCount */
+    pthread_cond_t safeCond; /* broadcast when a task with pending deleters becomes unsafe */
+    pthread_mutex_t delLock; /* a task being deleted waits here ... */
+    pthread_cond_t delCond; /* ... until its pending-deleter list is empty */
+    struct v2lin_tcb *pendingDeleters; /* tasks waiting in taskDelete for this one to become unsafe */
+    struct v2lin_tcb *next; /* next block in the task list */
+    struct v2lin_sem *pendSem; /* semaphore the task pends on, or null */
+    pthread_mutex_t *lockWait; /* scheduler-lock mutex while waiting in taskLock, or null */
+    int32_t forceDeleting; /* set while taskDeleteForce releases the pending deleters */
 } V2LIN_TCB;
 
 /* Error names. */
@@ -89,12 +89,12 @@ TR104_API void ts_free(void *block);
 
 /* Creation and deletion. */
 TR104_API int taskInit(V2LIN_TCB *tcb, const char *name, int priority, int options, char *stackBase, int stackSize,
-                       V2LIN_FUNCPTR entry, int32_t a1, int32_t a2, int32_t a3, int32_t a4, int32_t a5,
-                       int32_t a6, int32_t a7, int32_t a8, int32_t a9, int32_t a10);
+                       V2LIN_FUNCPTR entry, int32_t a1, int32_t a2, int32_t a3, int32_t a4, int32_t a5, int32_t a6,
+                       int32_t a7, int32_t a8, int32_t a9, int32_t a10);
 TR104_API int taskActivate(int32_t id);
-TR104_API int32_t taskSpawn(const char *name, int priority, int options, int stackSize, V2LIN_FUNCPTR entry,
-                            int32_t a1, int32_t a2, int32_t a3, int32_t a4, int32_t a5, int32_t a6,
-                            int32_t a7, int32_t a8, int32_t a9, int32_t a10);
+TR104_API int32_t taskSpawn(const char *name, int priority, int options, int stackSize, V2LIN_FUNCPTR entry, int32_t a1,
+                            int32_t a2, int32_t a3, int32_t a4, int32_t a5, int32_t a6, int32_t a7, int32_t a8,
+                            int32_t a9, int32_t a10);
 TR104_API int taskDelete(int32_t id);
 TR104_API int taskDeleteForce(int32_t id);
 TR104_API int taskRestart(int32_t id);

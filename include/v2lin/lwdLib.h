@@ -33,8 +33,8 @@ TR104_API extern int exit_value;
 
 /* Start-up: adopts the caller as "tUsrRoot" and starts the timer task "tExcTask". */
 TR104_API int v2lin_init(void);
-TR104_API int32_t exception_task(int32_t a1, int32_t a2, int32_t a3, int32_t a4, int32_t a5, int32_t a6,
-                                 int32_t a7, int32_t a8, int32_t a9, int32_t a10);
+TR104_API int32_t exception_task(int32_t a1, int32_t a2, int32_t a3, int32_t a4, int32_t a5, int32_t a6, int32_t a7,
+                                 int32_t a8, int32_t a9, int32_t a10);
 
 /* Time-stamp trace to stderr; 1 when the call was suppressed. */
 TR104_API int trace_time(void);

@@ -72,8 +72,7 @@ TEST(CodecNames, InnerNameToName) {
         {nullptr, "", "param error, InnerCodecStr is NULL.\n"},
     };
     for (const Case &c : cases) {
-        EXPECT_EQ(capturedStdout([&] { EXPECT_STREQ(ConvertCodecTypeInnerStr2Tr069Str(c.inner), c.name); }),
-                  c.message);
+        EXPECT_EQ(capturedStdout([&] { EXPECT_STREQ(ConvertCodecTypeInnerStr2Tr069Str(c.inner), c.name); }), c.message);
     }
 }
 
@@ -82,11 +81,11 @@ TEST(CodecBitRate, Table) {
         int code;
         unsigned rate;
     } cases[] = {
-        {0, 64000}, {4, 5300},  {18, 8000},  {19, 64000},     {8, 64000},      {9, 64000},
-        {5, 64000}, {17, 64000}, {-1, 64000}, {3, 64000}, {256, 64000}, {260, 64000}, {INT_MIN, 64000},
-        {INT_MAX, 64000},
+        {0, 64000},  {4, 5300},   {18, 8000}, {19, 64000},  {8, 64000},   {9, 64000},       {5, 64000},
+        {17, 64000}, {-1, 64000}, {3, 64000}, {256, 64000}, {260, 64000}, {INT_MIN, 64000}, {INT_MAX, 64000},
     };
-    for (const Case &c : cases) EXPECT_EQ(tr104GetBitRateByCodecEnum(c.code), c.rate) << c.code;
+    for (const Case &c : cases)
+        EXPECT_EQ(tr104GetBitRateByCodecEnum(c.code), c.rate) << c.code;
 }
 
 TEST(CodecListUnit, InitialValues) {

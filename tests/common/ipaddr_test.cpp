@@ -37,10 +37,11 @@ TEST(CommCheckIpValid, Table) {
         const char *text;
         int expected;
     } cases[] = {
-        {"10.0.0.1", 1}, {"::1", 2}, {"::ffff:1.2.3.4", 2}, {"host", 0},    {"1.2.3", 0},
-        {"", -1},        {nullptr, -1}, {"1.2.3.4 ", 0},    {"2001:db8::1", 2},
+        {"10.0.0.1", 1}, {"::1", 2},    {"::ffff:1.2.3.4", 2}, {"host", 0},        {"1.2.3", 0},
+        {"", -1},        {nullptr, -1}, {"1.2.3.4 ", 0},       {"2001:db8::1", 2},
     };
-    for (const Case &c : cases) EXPECT_EQ(CommCheckIpValid(c.text), c.expected) << (c.text ? c.text : "null");
+    for (const Case &c : cases)
+        EXPECT_EQ(CommCheckIpValid(c.text), c.expected) << (c.text ? c.text : "null");
 }
 
 TEST(CommIpValue, TextRoundTrip) {
@@ -101,7 +102,10 @@ TEST(CommIpValue, TextCopyStopsAtSize) {
         unsigned size;
         std::string expected;  // the whole buffer of size bytes
     } cases[] = {
-        {5, "192.1"}, {11, "192.168.1.5"}, {12, std::string("192.168.1.5\0", 12)}, {1, "1"},
+        {5, "192.1"},
+        {11, "192.168.1.5"},
+        {12, std::string("192.168.1.5\0", 12)},
+        {1, "1"},
     };
     for (const Case &c : cases) {
         std::unique_ptr<char[]> text(new char[c.size]);
@@ -124,9 +128,9 @@ TEST(CommIpAddr, CopyAndCompare) {
     dst.aucReserved[0] = 7;  // reserved bytes take no part
     EXPECT_EQ(CommIpAddrCompare(&dst, &src), 1);
 
-    for (void (*change)(CommIpAddr &) : {+[](CommIpAddr &a) { a.unType = 1; }, +[](CommIpAddr &a) { a.aucAddr[15] ^= 1; },
-                                          +[](CommIpAddr &a) { a.aucAddr[0] ^= 0x80; },
-                                          +[](CommIpAddr &a) { a.ucMask = 49; }}) {
+    for (void (*change)(CommIpAddr &) :
+         {+[](CommIpAddr &a) { a.unType = 1; }, +[](CommIpAddr &a) { a.aucAddr[15] ^= 1; },
+          +[](CommIpAddr &a) { a.aucAddr[0] ^= 0x80; }, +[](CommIpAddr &a) { a.ucMask = 49; }}) {
         CommIpAddr other = src;
         change(other);
         EXPECT_EQ(CommIpAddrCompare(&other, &src), 0);
@@ -147,16 +151,16 @@ TEST(CommIpAddrInSameSubnet, Table) {
     } cases[] = {
         {"192.168.1.5", 24, "192.168.1.9", 24, 1},
         {"192.168.1.5", 24, "192.168.2.9", 24, 0},
-        {"192.168.1.5", 24, "::1", 0, 1},           // the IPv6 loopback with prefix 0 matches anything
-        {"::2", 128, "::1", 128, 0},                // ... only with prefix 0
-        {"10.1.2.3", 0, "10.255.0.0", 8, 1},        // only b's prefix counts
+        {"192.168.1.5", 24, "::1", 0, 1},  // the IPv6 loopback with prefix 0 matches anything
+        {"::2", 128, "::1", 128, 0},  // ... only with prefix 0
+        {"10.1.2.3", 0, "10.255.0.0", 8, 1},  // only b's prefix counts
         {"10.1.2.3", 8, "10.1.3.0", 24, 0},
         {"192.168.1.129", 24, "192.168.1.128", 25, 1},
         {"192.168.1.1", 24, "192.168.1.128", 25, 0},
         {"192.168.1.1", 24, "192.168.1.0", 31, 1},
         {"192.168.1.2", 24, "192.168.1.0", 31, 0},
         {"1.2.3.4", 24, "9.9.9.9", 0, 1},
-        {"1.2.3.4", 24, "102:304::", 32, 1},         // the types are not compared
+        {"1.2.3.4", 24, "102:304::", 32, 1},  // the types are not compared
         {"2001:db8::1", 64, "2001:db8::ffff", 64, 1},
         {"2001:db8:0:1::1", 64, "2001:db8::ffff", 64, 0},
         {"2001:db8::1", 64, "2001:db8::1", 128, 1},
@@ -192,9 +196,9 @@ TEST(CommIpMask, BitsToNumberTable) {
         int result;
         uint32_t mask;
     } cases[] = {
-        {24, 0, 0xFFFFFF00u}, {32, 0, 0xFFFFFFFFu}, {0, 0, 0},        {1, 0, 0x80000000u},
-        {31, 0, 0xFFFFFFFEu}, {280, 0, 0xFFFFFF00u}, {256, 0, 0},     {33, -1, 0x12345678u},
-        {255, -1, 0x12345678u},
+        {24, 0, 0xFFFFFF00u}, {32, 0, 0xFFFFFFFFu},  {0, 0, 0},
+        {1, 0, 0x80000000u},  {31, 0, 0xFFFFFFFEu},  {280, 0, 0xFFFFFF00u},
+        {256, 0, 0},          {33, -1, 0x12345678u}, {255, -1, 0x12345678u},
     };
     for (const Case &c : cases) {
         uint32_t mask = 0x12345678u;
@@ -274,7 +278,8 @@ TEST(CommIpPrints, OnlyWhileTestFlagIsSet) {
               "");
     nIpv6TestFlag = 1;
     std::string bytes = "0x0a:0x00:0x00:0x01:";
-    for (int i = 0; i < 12; ++i) bytes += "0x00:";
+    for (int i = 0; i < 12; ++i)
+        bytes += "0x00:";
     EXPECT_EQ(capturedStdout([&] { CommIpv6AddrPrint(&a, "wan"); }),
               "\r\n                 wan address:" + bytes + " mask:   8 type:   1\r\n");
     EXPECT_EQ(capturedStdout([&] { CommIpv6StrPrint(&a, "wan"); }),
@@ -325,9 +330,12 @@ TEST(CommGetProtclModuleVersion, SizeTestIsInverted) {
         std::string text;
         bool message;
     } cases[] = {
-        {16, 16, version.substr(0, 15), false}, {31, 31, version, false},
-        {1, 1, "", false},                      {32, 32, "", true},
-        {64, 64, "", true},                     {16 + 256, 16, version.substr(0, 15), false},
+        {16, 16, version.substr(0, 15), false},
+        {31, 31, version, false},
+        {1, 1, "", false},
+        {32, 32, "", true},
+        {64, 64, "", true},
+        {16 + 256, 16, version.substr(0, 15), false},
     };
     for (const Case &c : cases) {
         std::unique_ptr<char[]> buf(new char[c.bytes]);

@@ -36,11 +36,21 @@ TEST(Stricmp, Table) {
         const char *a, *b;
         int expected;
     } cases[] = {
-        {"abc", "ab", 1},   {"ab", "abc", -1},  {"ABC", "abc", 0},     {"", "", 0},
-        {"", "a", -1},      {"a", "", 1},       {"abd", "abc", 1},     {"abc", "abd", -1},
-        {"a", "B", -1},     {"z", "A", 25},     {"G.711alaw", "G.711ALaw", 0},
+        {"abc", "ab", 1},
+        {"ab", "abc", -1},
+        {"ABC", "abc", 0},
+        {"", "", 0},
+        {"", "a", -1},
+        {"a", "", 1},
+        {"abd", "abc", 1},
+        {"abc", "abd", -1},
+        {"a", "B", -1},
+        {"z", "A", 25},
+        {"G.711alaw", "G.711ALaw", 0},
         {"\xe9", "\xc9", 0xe9 - 0xc9},  // bytes above 127 compare as unsigned, never folded
-        {nullptr, "a", -1}, {"a", nullptr, -1}, {nullptr, nullptr, -1},
+        {nullptr, "a", -1},
+        {"a", nullptr, -1},
+        {nullptr, nullptr, -1},
     };
     for (const Case &c : cases) {
         EXPECT_EQ(stricmp(c.a, c.b), c.expected) << (c.a ? c.a : "null") << " / " << (c.b ? c.b : "null");
@@ -65,7 +75,8 @@ TEST(RvConvertStrToHexs, Table) {
         std::unique_ptr<unsigned char[]> out(new unsigned char[room]);
         std::memset(out.get(), 0x5A, room);
         EXPECT_EQ(rvConvertStrToHexs(c.text, out.get()), c.result) << c.text;
-        for (size_t i = 0; i < c.bytes.size(); ++i) EXPECT_EQ(out[i], c.bytes[i]) << c.text << " byte " << i;
+        for (size_t i = 0; i < c.bytes.size(); ++i)
+            EXPECT_EQ(out[i], c.bytes[i]) << c.text << " byte " << i;
         if (c.bytes.empty()) {
             EXPECT_EQ(out[0], 0x5A) << c.text << ": nothing may be written";
         }
@@ -118,8 +129,8 @@ TEST(DecimalChecks, SignedAndUnsignedTables) {
         const char *text;
         int rvValid, valid;
     } cases[] = {
-        {"", 1, 1},    {"0123", 1, 1}, {"-12", 1, 0}, {"-", 1, 0},  {"1-2", 0, 0}, {"--1", 0, 0},
-        {" 1", 0, 0},  {"1 ", 0, 0},   {"12a", 0, 0}, {"+1", 0, 0}, {nullptr, 0, 0},
+        {"", 1, 1},   {"0123", 1, 1}, {"-12", 1, 0}, {"-", 1, 0},  {"1-2", 0, 0},   {"--1", 0, 0},
+        {" 1", 0, 0}, {"1 ", 0, 0},   {"12a", 0, 0}, {"+1", 0, 0}, {nullptr, 0, 0},
     };
     for (const Case &c : cases) {
         const char *name = c.text ? c.text : "null";
@@ -140,8 +151,8 @@ TEST(DeleteSpaceFromString, Table) {
     struct Case {
         const char *text, *expected;
     } cases[] = {
-        {"  ab  ", "ab"}, {"\tab ", "\tab"}, {"ab", "ab"},        {"   ", ""},
-        {"", ""},         {" a b ", "a b"},  {"ab\t ", "ab\t"},   {"\n a", "\n a"},
+        {"  ab  ", "ab"}, {"\tab ", "\tab"}, {"ab", "ab"},      {"   ", ""},
+        {"", ""},         {" a b ", "a b"},  {"ab\t ", "ab\t"}, {"\n a", "\n a"},
     };
     for (const Case &c : cases) {
         auto buf = heapText(c.text);
@@ -157,11 +168,9 @@ TEST(RvSkipAllRedundantSpace, CollapsesWithinRegion) {
         int len;
         std::string expected;  // the whole buffer afterwards
     } cases[] = {
-        {"a  b", 4, "a b "},     {"a b", 3, "a b"},     {"ab", 2, "ab"},
-        {" a", 2, " a"},         {"  a", 3, " a "},     {"a  bc", 5, "a bc "},
-        {"a  b  c", 4, "a b   c"},  // only the first 4 bytes are the region
-        {"x", 1, "x"},           {" ", 1, " "},         {"a  b", 0, "a  b"},
-        {"a  b", -3, "a  b"},
+        {"a  b", 4, "a b "}, {"a b", 3, "a b"},     {"ab", 2, "ab"},           {" a", 2, " a"},
+        {"  a", 3, " a "},   {"a  bc", 5, "a bc "}, {"a  b  c", 4, "a b   c"},  // only the first 4 bytes are the region
+        {"x", 1, "x"},       {" ", 1, " "},         {"a  b", 0, "a  b"},       {"a  b", -3, "a  b"},
     };
     for (const Case &c : cases) {
         auto buf = heapText(c.text);
@@ -184,7 +193,8 @@ TEST(RvSkipAllRedundantSpace, RegionEndingInTwoSpacesNeverReturns) {
         if (pid == 0) {
             char buf[8] = {};
             std::strcpy(buf, text);
-            if (write(ready[1], "r", 1) != 1) _exit(2);
+            if (write(ready[1], "r", 1) != 1)
+                _exit(2);
             rvSkipAllRedundantSpace(buf, static_cast<int>(std::strlen(buf)));
             _exit(0);
         }
@@ -221,7 +231,7 @@ TEST(RvSkipAllInvalidSpaceInSdp, Table) {
         {"a \n", "a\n "},
         {"\r\n\r\n", "\r\n  "},
         {"a \r\n \r\nb", "a\r\nb    "},
-        {"a\rb", "a\rb"},        // a lone carriage return is an ordinary character
+        {"a\rb", "a\rb"},  // a lone carriage return is an ordinary character
         {"a \rb", "a \rb"},
         {"x\r\r\n", "x\r\r\n"},
         {"a\r", "a\r"},
@@ -320,7 +330,7 @@ TEST(CheckIpaddr, Table) {
         {"256.1.1.1", -1},
         {"1.2.3.4.5", -1},
         {"1..2.3.4", 0},  // empty parts are skipped
-        {"1. .3.4", 0},   // a part of spaces only counts as 0
+        {"1. .3.4", 0},  // a part of spaces only counts as 0
         {" 1 . 2 .3.4 ", 0},
         {"1.2.3", -1},
         {"1.2.3.", -1},
@@ -350,13 +360,14 @@ TEST(RvVerifyIpValid, Table) {
         std::string text;
         int expected;
     } cases[] = {
-        {"0.0.0.0", -1},    {"255.255.255.255", -1}, {"1.2.3.4", 1},    {"1.2.3", -1},
-        {"host", 0},        {"1.2.3.4a", 0},         {"a", 0},          {"", -1},
-        {"1.2.3.4.5", -1},  {"1..3.4", -1},          {"1.2.3.256", -1}, {"1.2.3.-4", -1},
-        {"1.2.3.4 ", -1},   {"010.0.0.1", 1},        {"08.0.0.1", -1},  {digits68, 0},
+        {"0.0.0.0", -1},   {"255.255.255.255", -1}, {"1.2.3.4", 1},    {"1.2.3", -1},
+        {"host", 0},       {"1.2.3.4a", 0},         {"a", 0},          {"", -1},
+        {"1.2.3.4.5", -1}, {"1..3.4", -1},          {"1.2.3.256", -1}, {"1.2.3.-4", -1},
+        {"1.2.3.4 ", -1},  {"010.0.0.1", 1},        {"08.0.0.1", -1},  {digits68, 0},
         {digits69, -1},
     };
-    for (const Case &c : cases) EXPECT_EQ(rvVerifyIpValid(c.text.c_str()), c.expected) << '"' << c.text << '"';
+    for (const Case &c : cases)
+        EXPECT_EQ(rvVerifyIpValid(c.text.c_str()), c.expected) << '"' << c.text << '"';
     EXPECT_EQ(rvVerifyIpValid(nullptr), -1);
 }
 
@@ -366,7 +377,8 @@ TEST(AddressChecks, AgreeWithInetPtonOnDottedQuads) {
     std::mt19937 rng(104);
     std::uniform_int_distribution<unsigned> octet(0, 299);
     std::vector<std::array<unsigned, 4>> quads = {{0, 0, 0, 0}, {255, 255, 255, 255}, {255, 255, 255, 256}};
-    for (int i = 0; i < 3000; ++i) quads.push_back({octet(rng), octet(rng), octet(rng), octet(rng)});
+    for (int i = 0; i < 3000; ++i)
+        quads.push_back({octet(rng), octet(rng), octet(rng), octet(rng)});
     for (const auto &q : quads) {
         char text[32];
         std::snprintf(text, sizeof text, "%u.%u.%u.%u", q[0], q[1], q[2], q[3]);

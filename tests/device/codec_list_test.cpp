@@ -161,8 +161,10 @@ TEST_F(CodecList, BadArgumentsSendNothing) {
         Handler handler;
         int value;
     } ranges[] = {
-        {Tr104LineCodecListPacketizationPeriod, 9}, {Tr104LineCodecListPacketizationPeriod, 61},
-        {Tr104LineCodecListSilenceSuppression, 2}, {Tr104LineCodecListEnable, -1},
+        {Tr104LineCodecListPacketizationPeriod, 9},
+        {Tr104LineCodecListPacketizationPeriod, 61},
+        {Tr104LineCodecListSilenceSuppression, 2},
+        {Tr104LineCodecListEnable, -1},
         {Tr104LineCodecListPriority, 0},
     };
     for (const auto &r : ranges) {
@@ -182,7 +184,10 @@ TEST_F(CodecList, SupportedCodecsAndParametersNotProvided) {
         int k;
         const char *name;
         int rate;
-    } codecs[] = {{1, "G.711MuLaw", 64000}, {2, "G.723.1", 5300}, {3, "G.711ALaw", 64000}, {4, "G.722", 64000},
+    } codecs[] = {{1, "G.711MuLaw", 64000},
+                  {2, "G.723.1", 5300},
+                  {3, "G.711ALaw", 64000},
+                  {4, "G.722", 64000},
                   {5, "G.729", 8000}};
     for (const auto &c : codecs) {
         SCOPED_TRACE(c.k);
@@ -206,7 +211,8 @@ TEST_F(CodecList, SupportedCodecsAndParametersNotProvided) {
     const struct {
         Handler handler;
         const char *name;
-    } absent[] = {{Tr104SessionStartTime, "Tr104SessionStartTime"}, {Tr104SessionEndTime, "Tr104SessionEndTime"},
+    } absent[] = {{Tr104SessionStartTime, "Tr104SessionStartTime"},
+                  {Tr104SessionEndTime, "Tr104SessionEndTime"},
                   {Tr104SessionDuration, "Tr104SessionDuration"},
                   {[](int f, void *v, int *) { return Tr104SipSessionTimerSessionExpires(f, v); },
                    "Tr104SipSessionTimerSessionExpires"},

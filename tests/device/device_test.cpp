@@ -66,8 +66,8 @@ TEST_F(Capabilities, AnswerByProtocol) {
             EXPECT_EQ(value, expected);
             EXPECT_EQ(c.handler(1, &value), -2);
             const std::string out = debugOutput([&] { EXPECT_EQ(c.handler(0, nullptr), -2); });
-            EXPECT_TRUE(printed(out, protocol == kSip && c.none == kRefused ? (std::string(c.name) + "Sip").c_str()
-                                                                             : c.name,
+            EXPECT_TRUE(printed(out,
+                                protocol == kSip && c.none == kRefused ? (std::string(c.name) + "Sip").c_str() : c.name,
                                 std::string("param error, ") + c.valueName + " is null\n"))
                 << out;
         }
@@ -111,9 +111,7 @@ TEST_F(Capabilities, CountsComeFromTheVoiceModule) {
 class DeviceOps : public DeviceTest {};
 
 TEST_F(DeviceOps, LedStateMapping) {
-    const struct {
-        int module, reported;
-    } cases[] = {{1, 0}, {2, 2}, {0, 1}, {3, -1}, {-1, -1}};
+    const struct { int module, reported; } cases[] = {{1, 0}, {2, 2}, {0, 1}, {3, -1}, {-1, -1}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.module);
         restartLog();
@@ -225,8 +223,8 @@ TEST_F(ProfileSettings, EnableIsCaseSensitive) {
         int rc;
         const char *after;
     } cases[] = {
-        {"enabled", -2, "Enabled"}, {"Disabled", 0, "Disabled"}, {"Quiescent", 0, "Quiescent"},
-        {"QUIESCENT", -2, "Quiescent"}, {"", -2, "Quiescent"}, {"Enabled", 0, "Enabled"},
+        {"enabled", -2, "Enabled"},     {"Disabled", 0, "Disabled"}, {"Quiescent", 0, "Quiescent"},
+        {"QUIESCENT", -2, "Quiescent"}, {"", -2, "Quiescent"},       {"Enabled", 0, "Enabled"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.set);

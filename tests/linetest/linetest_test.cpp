@@ -96,27 +96,63 @@ TEST_F(LineTest, RefusedInputSendsNothing) {
         {"port 3", [](LineTest &t) { return t.geti(Tr104PhysicalInterfaceID, 3) + 1000; }},
         {"port 0", [](LineTest &t) { return t.gets(Tr104PhysicalInterfacePort, 0) == "<-2>" ? -2 : 0; }},
         {"null value", [](LineTest &t) { return Tr104PhysicalInterfaceDialMode(0, nullptr, t.port(1)); }},
-        {"flag 2", [](LineTest &t) { int v = 0; return Tr104PhysicalInterfaceTestSelector(2, &v, t.port(1)); }},
+        {"flag 2",
+         [](LineTest &t) {
+             int v = 0;
+             return Tr104PhysicalInterfaceTestSelector(2, &v, t.port(1));
+         }},
         {"dial mode text", [](LineTest &t) { return t.sets(Tr104PhysicalInterfaceDialMode, 1, "dtmf"); }},
         {"Kc port 3", [](LineTest &t) { return t.sets(Tr104PhysicalInterfaceKcType, 3, "16Kc"); }},
         {"Kc text", [](LineTest &t) { return t.sets(Tr104PhysicalInterfaceKcType, 1, "16kc"); }},
-        {"clip when", [](LineTest &) { char v[] = "afterring"; return Tr104PhysicalInterfaceClipWhen(1, v); }},
-        {"clip pole 2", [](LineTest &) { int v = 2; return Tr104PhysicalInterfaceClipReversePole(1, &v); }},
+        {"clip when",
+         [](LineTest &) {
+             char v[] = "afterring";
+             return Tr104PhysicalInterfaceClipWhen(1, v);
+         }},
+        {"clip pole 2",
+         [](LineTest &) {
+             int v = 2;
+             return Tr104PhysicalInterfaceClipReversePole(1, &v);
+         }},
         {"reverse pole 2", [](LineTest &t) { return t.seti(Tr104PhysicalInterfaceReversePoleH248, 1, 2); }},
-        {"MWI set", [](LineTest &) { int v = 0; return Tr104PhysicalInterfaceMWIRingFlag(1, &v); }},
-        {"flash up 205", [](LineTest &) { int v = 205; return Tr104PhysicalInterfaceFlashUpTime(1, &v); }},
-        {"flash up 190", [](LineTest &) { int v = 190; return Tr104PhysicalInterfaceFlashUpTime(1, &v); }},
-        {"flash up 2510", [](LineTest &) { int v = 2510; return Tr104PhysicalInterfaceFlashUpTime(1, &v); }},
-        {"flash down 0", [](LineTest &) { int v = 0; return Tr104PhysicalInterfaceFlashDownTime(1, &v); }},
+        {"MWI set",
+         [](LineTest &) {
+             int v = 0;
+             return Tr104PhysicalInterfaceMWIRingFlag(1, &v);
+         }},
+        {"flash up 205",
+         [](LineTest &) {
+             int v = 205;
+             return Tr104PhysicalInterfaceFlashUpTime(1, &v);
+         }},
+        {"flash up 190",
+         [](LineTest &) {
+             int v = 190;
+             return Tr104PhysicalInterfaceFlashUpTime(1, &v);
+         }},
+        {"flash up 2510",
+         [](LineTest &) {
+             int v = 2510;
+             return Tr104PhysicalInterfaceFlashUpTime(1, &v);
+         }},
+        {"flash down 0",
+         [](LineTest &) {
+             int v = 0;
+             return Tr104PhysicalInterfaceFlashDownTime(1, &v);
+         }},
         {"state lower case", [](LineTest &t) { return t.sets(Tr104PhysicalInterfaceTestState, 1, "requested"); }},
-        {"unknown selector", [](LineTest &t) {
+        {"unknown selector",
+         [](LineTest &t) {
              t.sets(Tr104PhysicalInterfaceTestSelector, 1, "X_CT-COM_SimulateTest");
              return t.sets(Tr104PhysicalInterfaceTestState, 1, "Requested");
-         }, -1},
-        {"unknown selector get", [](LineTest &t) {
+         },
+         -1},
+        {"unknown selector get",
+         [](LineTest &t) {
              t.sets(Tr104PhysicalInterfaceTestSelector, 2, "Outer_line_test");
              return t.gets(Tr104PhysicalInterfaceTestState, 2) == "<-1>" ? -1 : 0;
-         }, -1},
+         },
+         -1},
         {"measurement set", [](LineTest &t) { return t.seti(Tr104PhysicalInterfaceTestAGACVoltage, 1, 1); }},
         {"all tests get", [](LineTest &t) { return t.geti(Tr104PhysicalInterfaceAllTests, 1) + 1000; }},
         {"test end set", [](LineTest &t) { return t.seti(Tr104PhysicalInterfaceTestEnd, 1, 0); }},
@@ -126,12 +162,18 @@ TEST_F(LineTest, RefusedInputSendsNothing) {
         {"confirm digit 12", [](LineTest &t) { return t.sets(Tr104SmultDialConfirmNum, 1, "12"); }},
         {"smult start port 3", [](LineTest &) { return setSmultParam(3); }},
         {"smult query null", [](LineTest &) { return getSmultParam(nullptr); }},
-        {"smult query port 0", [](LineTest &) { Tr104SmultParam b{}; return getSmultParam(&b); }},
-        {"caller without number", [](LineTest &t) {
+        {"smult query port 0",
+         [](LineTest &) {
+             Tr104SmultParam b{};
+             return getSmultParam(&b);
+         }},
+        {"caller without number",
+         [](LineTest &t) {
              t.sets(Tr104SmultTestType, 1, "Caller");
              t.sets(Tr104PhysicalInterfaceTestSelector, 1, "X_CMCC_SimulateTest");
              return t.sets(Tr104PhysicalInterfaceTestState, 1, "Requested");
-         }, -1},
+         },
+         -1},
     };
     for (const Refused &row : rows) {
         SCOPED_TRACE(row.what);
@@ -150,8 +192,9 @@ TEST_F(LineTest, MessagesOfThePortChecks) {
     EXPECT_TRUE(printed(debugOutput([&] { Tr104PhysicalInterfaceKcType(0, &v, at); }), "Tr104PhysicalInterfaceKcType",
                         "param error, port is invaild\n"));
     v = 205;
-    EXPECT_TRUE(debugOutput([&] { Tr104PhysicalInterfaceFlashUpTime(1, &v); })
-                    .find("flash up time must be in multiples of 10\r\n") != std::string::npos);
+    EXPECT_TRUE(debugOutput([&] {
+                    Tr104PhysicalInterfaceFlashUpTime(1, &v);
+                }).find("flash up time must be in multiples of 10\r\n") != std::string::npos);
 }
 
 // Debug lines printed word for word: each row's call prints `line` as a whole line of its own
@@ -384,8 +427,14 @@ TEST_F(LineTest, StateEdges) {
 
 TEST_F(LineTest, ConclusionTexts) {
     const std::pair<uint8_t, const char *> rows[] = {
-        {0, "Normal"}, {'0', "Abnormal"}, {'1', "ABLinePoorInsulation"}, {'4', "BothLineGrouding"},
-        {'7', "PhoneOffhook"}, {'8', "ShortCircuit"}, {'9', "Abnormal"}, {1, "Abnormal"},
+        {0, "Normal"},
+        {'0', "Abnormal"},
+        {'1', "ABLinePoorInsulation"},
+        {'4', "BothLineGrouding"},
+        {'7', "PhoneOffhook"},
+        {'8', "ShortCircuit"},
+        {'9', "Abnormal"},
+        {1, "Abnormal"},
     };
     for (const auto &[code, text] : rows) {
         lt::setConclusion(emulator, 1, code);

@@ -79,8 +79,8 @@ TEST_F(MapCall, SetsSendTheHandlersValueAndGetsReadItBack) {
     inet_pton(AF_INET, "10.1.2.3", &word);
     const struct {
         std::string path, value;
-        uint32_t cmd;       // the set's command id
-        size_t offset;      // where its value lies in the payload
+        uint32_t cmd;  // the set's command id
+        size_t offset;  // where its value lies in the payload
         std::string bytes;  // the value's bytes there
     } cases[] = {
         {kRoot + "X_QRV_VOIP_IPPARAMS.DNSServer1", "10.1.2.3", TR104_ADD_DNS_SERVER_ID, 4,
@@ -132,8 +132,9 @@ TEST_F(MapCall, RefusalsSendNothingAndFailuresNameTheParameter) {
     char error[256] = "", value[64] = "";
     const std::string enable = kLine + "1.Enable";
     EXPECT_EQ(tr104MapGet(enable.c_str(), value, sizeof(value), error, sizeof(error)), -1);
-    EXPECT_EQ(std::string(error), enable + ": Tr104LineEnable returned -1: the exchange with the voice module "
-                                           "failed or its answer was unusable");
+    EXPECT_EQ(std::string(error), enable +
+                                      ": Tr104LineEnable returned -1: the exchange with the voice module "
+                                      "failed or its answer was unusable");
     EXPECT_EQ(tr104test::semValue(), 1);
 }
 

@@ -74,7 +74,7 @@ TEST_F(DeviceQueue, CarriesTypeWordAndTextUnchanged) {
         long expected;
     };
     const Case cases[] = {
-        {7, 7},   // exactly this type
+        {7, 7},  // exactly this type
         {-9, 3},  // the lowest type not above 9
         {0, 15},  // the oldest message
     };

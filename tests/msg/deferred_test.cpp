@@ -98,7 +98,7 @@ TEST_F(Deferred, IncompleteGroupIsAppliedByItsTimerFromTheCurrentRecord) {
     EXPECT_EQ(seen[0].cmd, kGetProxy);
     EXPECT_EQ(seen[1].cmd, kSetProxy);
     EXPECT_EQ(seen[1].text_at(kHostOffset, 66), "old.example.net");  // merged from the current record
-    EXPECT_EQ(seen[1].word<uint16_t>(kPortOffset), 5070);            // the staged port
+    EXPECT_EQ(seen[1].word<uint16_t>(kPortOffset), 5070);  // the staged port
     // The slot is idle again.
     const auto deadline = Clock::now() + 10s;
     while (gTr104CfgParamInfo[kSlot].timerStarted != 0 && Clock::now() < deadline) {

@@ -17,9 +17,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr uint32_t kPortStatus = 16592;
 
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
 // A port-status block as the voice module keeps it.
 std::array<char, 452> portBlock(uint32_t port, uint32_t profileId, const char *profile) {
@@ -256,7 +254,7 @@ TEST_F(ShortWaitExchange, SilentVoiceModuleCostsAboutAFifthOfASecond) {
     const double waited = secondsSince(start);
     const std::string out = testing::internal::GetCapturedStdout();
     EXPECT_GE(waited, 0.18);  // 10 pauses of 20 ms
-    EXPECT_LT(waited, 0.9);   // well short of the long wait's 50 pauses
+    EXPECT_LT(waited, 0.9);  // well short of the long wait's 50 pauses
     EXPECT_EQ(msg.cmd_type, 9u);
     EXPECT_NE(out.find("cmd_type(9) cmd(16592) nReturnValue=-1, time=52\n"), std::string::npos) << out;
 

@@ -123,12 +123,14 @@ TEST_F(Addressing, RefusedArgumentsSendNothing) {
          "param error, pIpMode is null!\n"},
         {"Tr104SipVlanId", [](uint32_t *, int *) { return Tr104SipVlanId(0, nullptr); },
          "param error, pSipVlanId is null\n"},
-        {"Tr104RtpVlanPriority", [](uint32_t *, int *) {
+        {"Tr104RtpVlanPriority",
+         [](uint32_t *, int *) {
              int p = 8;
              return Tr104RtpVlanPriority(1, &p);
          },
          "param error, pRtpVlanPriority[8] is error\n"},
-        {"Tr104RtpSVlanPriority", [](uint32_t *, int *) {
+        {"Tr104RtpSVlanPriority",
+         [](uint32_t *, int *) {
              int p = -1;
              return Tr104RtpSVlanPriority(1, &p);
          },
@@ -200,9 +202,7 @@ TEST_F(Addressing, DirectMessages) {
 }
 
 TEST_F(Addressing, ModeFollowsTheDhcpAndPppoeClients) {
-    const struct {
-        int mode, dhcp, pppoe;
-    } cases[] = {{1, 1, 0}, {2, 0, 1}, {0, 0, 0}};
+    const struct { int mode, dhcp, pppoe; } cases[] = {{1, 1, 0}, {2, 0, 1}, {0, 0, 0}};
     for (const auto &c : cases) {
         int mode = c.mode;
         ASSERT_EQ(Tr104IpMode(1, &mode, nullptr), 0);
@@ -280,12 +280,18 @@ TEST_F(Vlans, RangesAndTheTimer) {
         int value, stored;
         size_t offset, width;
     } cases[] = {
-        {Tr104SipVlanId, 4096, 4096, 18, 2},     {Tr104SipVlanId, 4097, 0, 18, 2},
-        {Tr104SipVlanPriority, 9, 0, 16, 1},     {Tr104SipVlanPriority, 7, 7, 16, 1},
-        {Tr104SipSVlanPriority, 0, 0, 8, 1},     {Tr104SipSVlanTypeId, 65536, 0, 4, 4},
-        {Tr104RtpVlanId, 0, 0, 34, 2},           {Tr104RtpVlanId, 5000, 0, 34, 2},
-        {Tr104RtpVlanId, 4096, 4096, 34, 2},     {Tr104RtpVlanPriority, 0, 0, 32, 1},
-        {Tr104RtpSVlanTypeId, 65535, 65535, 20, 4}, {Tr104RtpSVlanId, -3, 0, 26, 2},
+        {Tr104SipVlanId, 4096, 4096, 18, 2},
+        {Tr104SipVlanId, 4097, 0, 18, 2},
+        {Tr104SipVlanPriority, 9, 0, 16, 1},
+        {Tr104SipVlanPriority, 7, 7, 16, 1},
+        {Tr104SipSVlanPriority, 0, 0, 8, 1},
+        {Tr104SipSVlanTypeId, 65536, 0, 4, 4},
+        {Tr104RtpVlanId, 0, 0, 34, 2},
+        {Tr104RtpVlanId, 5000, 0, 34, 2},
+        {Tr104RtpVlanId, 4096, 4096, 34, 2},
+        {Tr104RtpVlanPriority, 0, 0, 32, 1},
+        {Tr104RtpSVlanTypeId, 65535, 65535, 20, 4},
+        {Tr104RtpSVlanId, -3, 0, 26, 2},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.value);
@@ -298,7 +304,9 @@ TEST_F(Vlans, RangesAndTheTimer) {
         uint8_t u8 = 0;
         uint16_t u16 = 0;
         uint32_t u32 = 0;
-        std::memcpy(c.width == 1 ? static_cast<void *>(&u8) : c.width == 2 ? static_cast<void *>(&u16) : &u32,
+        std::memcpy(c.width == 1   ? static_cast<void *>(&u8)
+                    : c.width == 2 ? static_cast<void *>(&u16)
+                                   : &u32,
                     staged + c.offset, c.width);
         EXPECT_EQ(c.width == 1 ? u8 : c.width == 2 ? u16 : u32, static_cast<uint32_t>(c.stored));
         std::memcpy(&u32, staged, 4);

@@ -31,7 +31,7 @@ TEST_F(Settings, FieldSetsCarryTheirBitAlone) {
         uint32_t setCmd;
         uint32_t bit;
         size_t offset, width;
-        int number;        // a number value, or
+        int number;  // a number value, or
         const char *text;  // a text value
     } cases[] = {
         {Tr104DHCPOption60Enable, TR104_SET_DHCP_OPTION60_ID, 0x1, 4, 4, 1, nullptr},
@@ -51,7 +51,8 @@ TEST_F(Settings, FieldSetsCarryTheirBitAlone) {
         ASSERT_EQ(c.text ? setText(c.handler, c.text) : c.handler(1, &value), 0);
         std::vector<vmemu::Request> sent;
         for (const auto &r : served()) {
-            if (r.cmd == c.setCmd) sent.push_back(r);
+            if (r.cmd == c.setCmd)
+                sent.push_back(r);
         }
         ASSERT_EQ(sent.size(), 1u);
         EXPECT_EQ(sent[0].word<uint32_t>(0), c.bit);
@@ -78,9 +79,11 @@ TEST_F(Settings, LimitsOfTheFieldSets) {
         const char *handlerName, *message;
     } texts[] = {
         {Tr104DHCPOption60Value, at130, 0, nullptr, nullptr},
-        {Tr104DHCPOption60Value, at130 + "x", -2, "Tr104DHCPOption60Value", "param error, option60  value len too long\n"},
+        {Tr104DHCPOption60Value, at130 + "x", -2, "Tr104DHCPOption60Value",
+         "param error, option60  value len too long\n"},
         {Tr104DHCPOption125Value, at130, 0, nullptr, nullptr},
-        {Tr104DHCPOption125Value, at130 + "x", -2, "Tr104DHCPOption125Value", "param error, option125 value len too long\n"},
+        {Tr104DHCPOption125Value, at130 + "x", -2, "Tr104DHCPOption125Value",
+         "param error, option125 value len too long\n"},
         {Tr104PPPoEAccount, at63, 0, nullptr, nullptr},
         {Tr104PPPoEAccount, at63 + "a", -2, "Tr104PPPoEAccount", "param error, pPPPoEAccount is too long!"},
         {Tr104PPPoEPassword, at63 + "a", -2, "Tr104PPPoEPassword", "param error, pPPPoEPassword is too long!"},
@@ -138,8 +141,9 @@ TEST_F(Settings, DnsDhcpAndTheManagementUrl) {
     EXPECT_EQ(read, d1);
     EXPECT_EQ(state().dnsWrites, 2);
 
-    for (const auto &[value, cmd, enabled] :
-         {std::tuple{1, TR104_SET_DHCP_ENABLE_ID, 1}, {2, TR104_SET_DHCP_DISABLE_ID, 0}, {1, TR104_SET_DHCP_ENABLE_ID, 1}}) {
+    for (const auto &[value, cmd, enabled] : {std::tuple{1, TR104_SET_DHCP_ENABLE_ID, 1},
+                                              {2, TR104_SET_DHCP_DISABLE_ID, 0},
+                                              {1, TR104_SET_DHCP_ENABLE_ID, 1}}) {
         served();
         int v = value;
         ASSERT_EQ(Tr104DhcpEnable(1, &v), 0);

@@ -10,9 +10,7 @@
 #include "tr104/netcfg.h"
 #include "tr104/notify.h"
 
-namespace {
-
-}  // namespace
+namespace {}  // namespace
 
 #include "agent_calls.h"
 
@@ -130,8 +128,10 @@ TEST_F(Notify, ServersUnderPrimaryOrStandbyNames) {
         const char *port;
     } cases[] = {
         {Tr104ProxyParamsChangeNotifySip, 1, "SIP.ProxyServer", "SIP.ProxyServerPort"},
-        {Tr104ProxyParamsChangeNotifySip, 2, "SIP.X_CT-COM_Standby-ProxyServer", "SIP.X_CT-COM_Standby-ProxyServerPort"},
-        {Tr104ProxyParamsChangeNotifySip, 0, "SIP.X_CT-COM_Standby-ProxyServer", "SIP.X_CT-COM_Standby-ProxyServerPort"},
+        {Tr104ProxyParamsChangeNotifySip, 2, "SIP.X_CT-COM_Standby-ProxyServer",
+         "SIP.X_CT-COM_Standby-ProxyServerPort"},
+        {Tr104ProxyParamsChangeNotifySip, 0, "SIP.X_CT-COM_Standby-ProxyServer",
+         "SIP.X_CT-COM_Standby-ProxyServerPort"},
         {Tr104RegParamsChangeNotifySip, 1, "SIP.RegistrarServer", "SIP.RegistrarServerPort"},
         {Tr104RegParamsChangeNotifySip, 2, "SIP.X_CT-COM_Standby-RegistrarServer",
          "SIP.X_CT-COM_Standby-RegistrarServerPort"},
@@ -156,8 +156,9 @@ TEST_F(Notify, NetworkSettingsOfTheVoiceInterface) {
                               CommIpAddrStrToUnInt("10.0.0.1")};
     std::memcpy(msg.rspBuffer, words, sizeof(words));
     EXPECT_EQ(Tr104IpParamsChangeNotify(&msg), 0);
-    const std::vector<std::pair<std::string, std::string>> addresses = {
-        {ip + "ExternalIPAddress", "10.0.0.5"}, {ip + "SubnetMask", "255.255.0.0"}, {ip + "DefaultGateway", "10.0.0.1"}};
+    const std::vector<std::pair<std::string, std::string>> addresses = {{ip + "ExternalIPAddress", "10.0.0.5"},
+                                                                        {ip + "SubnetMask", "255.255.0.0"},
+                                                                        {ip + "DefaultGateway", "10.0.0.1"}};
     EXPECT_EQ(onlyCall().pairs, addresses);
 
     for (const auto &[type, text] : {std::pair<uint32_t, std::string>{0, "Static"}, {1, "DHCP"}, {2, ""}}) {
@@ -177,13 +178,15 @@ TEST_F(Notify, NetworkSettingsOfTheVoiceInterface) {
     const struct {
         int (*notifier)(const Tr104Msg *);
         const char *klass, *id, *priority;
-    } cases[] = {{Tr104SipVlanParamsChangeNotify, "SIP", "100", "5"}, {Tr104RtpVlanParamsChangeNotify, "RTP", "4096", "7"}};
+    } cases[] = {{Tr104SipVlanParamsChangeNotify, "SIP", "100", "5"},
+                 {Tr104RtpVlanParamsChangeNotify, "RTP", "4096", "7"}};
     for (const auto &c : cases) {
         gAgentCalls.clear();
         EXPECT_EQ(c.notifier(&msg), 0);
         ASSERT_EQ(onlyCall().pairs.size(), 2u);
         EXPECT_EQ(onlyCall().pairs[0], std::make_pair(kProfile + c.klass + ".VLANIDMark", std::string(c.id)));
-        EXPECT_EQ(onlyCall().pairs[1], std::make_pair(kProfile + c.klass + ".EthernetPriorityMark", std::string(c.priority)));
+        EXPECT_EQ(onlyCall().pairs[1],
+                  std::make_pair(kProfile + c.klass + ".EthernetPriorityMark", std::string(c.priority)));
     }
     gAgentCalls.clear();
     EXPECT_EQ(Tr104IpParamsChangeNotify(nullptr), -1);
@@ -213,8 +216,7 @@ TEST_F(Notify, DebugOffPrintsNothingButTheAgentIsCalled) {
     Tr104LineTelNumChangeNotifySip(&msg);
     const std::string out = testing::internal::GetCapturedStdout();
     gTr104CfgDebug = 0;
-    EXPECT_NE(out.find("NameList[0]= [" + kProfile + "Line.1.DirectoryNumber],ValueList[0] =[42]\n"),
-              std::string::npos)
+    EXPECT_NE(out.find("NameList[0]= [" + kProfile + "Line.1.DirectoryNumber],ValueList[0] =[42]\n"), std::string::npos)
         << out;
     EXPECT_NE(out.find("  notifyChangedValues_toTr069 return value = [17]\n"), std::string::npos) << out;
 }

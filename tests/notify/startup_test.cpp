@@ -131,10 +131,10 @@ TEST_F(Inbound, DebugSwitchFromTheVoiceModule) {
 
 TEST_F(Inbound, IgnoredCommandsAndKeepAlivesAreSilentErrorsAreReported) {
     testing::internal::CaptureStdout();
-    push(1, 45, 0);     // ignored command
-    push(3, 12, 1);     // keep-alive: not handled even though it names the debug switch
-    push(2, 12, 1);     // wrong type: reported and dropped
-    push(1, 777, 0);    // unknown command
+    push(1, 45, 0);  // ignored command
+    push(3, 12, 1);  // keep-alive: not handled even though it names the debug switch
+    push(2, 12, 1);  // wrong type: reported and dropped
+    push(1, 777, 0);  // unknown command
     ASSERT_TRUE(pushDebugAndWait(1, 1));
     gTr104CfgDebug = 0;
     const std::string out = testing::internal::GetCapturedStdout();

@@ -23,8 +23,7 @@ namespace {
 constexpr const char *kUxcfg = "/uxcfg";
 
 [[noreturn]] void fatal(const char *what) {
-    std::fprintf(stderr, "FATAL: %s: %s (the protocol tests need root or CAP_SYS_ADMIN)\n", what,
-                 std::strerror(errno));
+    std::fprintf(stderr, "FATAL: %s: %s (the protocol tests need root or CAP_SYS_ADMIN)\n", what, std::strerror(errno));
     std::exit(2);
 }
 

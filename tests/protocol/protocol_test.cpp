@@ -21,7 +21,8 @@ using tr104test::PrivateRootEnvironment;
 using tr104test::readFile;
 using tr104test::writeFile;
 
-[[maybe_unused]] ::testing::Environment *const privateRoot = ::testing::AddGlobalTestEnvironment(new PrivateRootEnvironment);
+[[maybe_unused]] ::testing::Environment *const privateRoot =
+    ::testing::AddGlobalTestEnvironment(new PrivateRootEnvironment);
 
 const std::string kProtocolFile = TR104_PROTOCOL_FILE;
 const std::string kCliFile = TR104_VOICE_CLI_FILE;
@@ -119,17 +120,14 @@ TEST_F(ProtocolFileTest, RefusedSwitchesLeaveTheFileAndTheDeviceAlone) {
         const char *message;
     };
     const Case cases[] = {
-        {5, 1, "unknown protocol type: 5!\r\n"},
-        {5, 7, "unknown protocol type: 5!\r\n"},  // the type is tested first
-        {4, 2, "param err, bRebootFlag=2!\r\n"},
-        {4, -3, "param err, bRebootFlag=-3!\r\n"},
+        {5, 1, "unknown protocol type: 5!\r\n"},  {5, 7, "unknown protocol type: 5!\r\n"},  // the type is tested first
+        {4, 2, "param err, bRebootFlag=2!\r\n"},  {4, -3, "param err, bRebootFlag=-3!\r\n"},
         {9, -1, "unknown protocol type: 9!\r\n"},
     };
     for (const Case &c : cases) {
         writeFile(kProtocolFile, "voipType 2\n");
-        const std::string out = capturedStdout([&] {
-            EXPECT_EQ(c.flag == -1 ? SwitchProtocolType(c.type) : SwitchProtocolType2(c.type, c.flag), -1);
-        });
+        const std::string out = capturedStdout(
+            [&] { EXPECT_EQ(c.flag == -1 ? SwitchProtocolType(c.type) : SwitchProtocolType2(c.type, c.flag), -1); });
         EXPECT_EQ(out, c.message);
         EXPECT_EQ(readFile(kProtocolFile), "voipType 2\n");
     }
@@ -178,8 +176,8 @@ TEST_F(ProtocolQueryTest, RefreshSetsTheTypeFromTheName) {
         int expected;
     };
     const Case cases[] = {
-        {"SIP", 0, 4},   {"H.248", 0, 2}, {"H.248", 4, 2}, {"MGCP", 4, 0},
-        {"sip", 2, 0},   {"SIPS", 4, 0},  {"", 2, 0},      {"H.2480", 2, 0},  // six bytes, no terminator
+        {"SIP", 0, 4},          {"H.248", 0, 2}, {"H.248", 4, 2}, {"MGCP", 4, 0},
+        {"sip", 2, 0},          {"SIPS", 4, 0},  {"", 2, 0},      {"H.2480", 2, 0},  // six bytes, no terminator
         {"SIP-over-TLS", 4, 0},
     };
     for (const Case &c : cases) {

@@ -26,7 +26,7 @@
 namespace {
 
 constexpr uint32_t kEchoCmd = 20000;  // get: the voice module echoes the request's tag
-constexpr uint32_t kSetCmd = 20001;   // set: {caller, sequence}
+constexpr uint32_t kSetCmd = 20001;  // set: {caller, sequence}
 constexpr int kThreads = 4;
 #ifndef TR104_CONTENTION_DEFAULT_OPS
 #define TR104_CONTENTION_DEFAULT_OPS 10000
@@ -118,8 +118,8 @@ TEST(Contention, EveryReplyReachesItsCallerAndEverySetArrivesOnceInOrder) {
     const int ops = fromEnv("TR104_CONTENTION_OPS", TR104_CONTENTION_DEFAULT_OPS);
     tr104test::resetChannelGlobals();
     ASSERT_EQ(tr104VoiceMsgQueuesInit(1), 0);  // module 7: the long reply wait
-    auto *shared = static_cast<Shared *>(
-        mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    auto *shared =
+        static_cast<Shared *>(mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     ASSERT_NE(shared, MAP_FAILED);
     new (shared) Shared{};
 
@@ -157,14 +157,15 @@ TEST(Contention, EveryReplyReachesItsCallerAndEverySetArrivesOnceInOrder) {
     waitpid(module, nullptr, 0);
 
     const uint64_t total = shared->gets + shared->setsAccepted + shared->failures + shared->mixups;
-    std::printf("[contention] %d processes x %d threads x %d exchanges = %llu in %.1f s: %.0f exchanges/s; "
-                "mix-ups %llu, failures %llu, sets accepted %llu received %llu, out of order %llu\n",
-                processes, kThreads, ops, static_cast<unsigned long long>(total), seconds, total / seconds,
-                static_cast<unsigned long long>(shared->mixups.load()),
-                static_cast<unsigned long long>(shared->failures.load()),
-                static_cast<unsigned long long>(shared->setsAccepted.load()),
-                static_cast<unsigned long long>(shared->setsReceived.load()),
-                static_cast<unsigned long long>(shared->outOfOrder.load()));
+    std::printf(
+        "[contention] %d processes x %d threads x %d exchanges = %llu in %.1f s: %.0f exchanges/s; "
+        "mix-ups %llu, failures %llu, sets accepted %llu received %llu, out of order %llu\n",
+        processes, kThreads, ops, static_cast<unsigned long long>(total), seconds, total / seconds,
+        static_cast<unsigned long long>(shared->mixups.load()),
+        static_cast<unsigned long long>(shared->failures.load()),
+        static_cast<unsigned long long>(shared->setsAccepted.load()),
+        static_cast<unsigned long long>(shared->setsReceived.load()),
+        static_cast<unsigned long long>(shared->outOfOrder.load()));
     EXPECT_EQ(total, static_cast<uint64_t>(processes) * kThreads * ops);
     EXPECT_EQ(shared->mixups.load(), 0u);
     EXPECT_EQ(shared->outOfOrder.load(), 0u);

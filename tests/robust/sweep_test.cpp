@@ -32,7 +32,8 @@ using Clock = std::chrono::steady_clock;
 // Handlers that, by design, keep the caller's thread for 30 or 40 seconds on a valid get:
 // their refused arguments are swept, their valid calls are left to the line-test suite.
 bool blocksCaller(const std::string &name) {
-    return name.rfind("Tr104PhysicalInterfaceTestEnd", 0) == 0 || name.rfind("Tr104PhysicalInterfaceAllTestsEnd", 0) == 0;
+    return name.rfind("Tr104PhysicalInterfaceTestEnd", 0) == 0 ||
+           name.rfind("Tr104PhysicalInterfaceAllTestsEnd", 0) == 0;
 }
 
 [[maybe_unused]] ::testing::Environment *const privateRoot =
@@ -83,7 +84,8 @@ protected:
 
     // One call; a step past the value buffer or nLocate fails the test and returns -99.
     int call(const Target &t, int flag, robust::GuardedBuffer *value, const int *locate) {
-        struct sigaction action {}, old{};
+        struct sigaction action {
+        }, old{};
         action.sa_handler = &onGuardFault;
         sigaction(SIGSEGV, &action, &old);
         int rc = -99;
@@ -107,14 +109,10 @@ protected:
         std::memcpy(nLocate, locate, sizeof(int) * 4);
         void *pValue = value != nullptr ? value->data() : nullptr;
         switch (t.shape) {
-        case Shape::Three:
-            return reinterpret_cast<int (*)(int, void *, int *)>(t.fn)(flag, pValue, nLocate);
-        case Shape::Two:
-            return reinterpret_cast<int (*)(int, void *)>(t.fn)(flag, pValue);
-        case Shape::None:
-            return reinterpret_cast<int (*)()>(t.fn)();
-        case Shape::Directed:
-            return reinterpret_cast<int (*)(int, int, void *, int *)>(t.fn)(flag, 1, pValue, nLocate);
+        case Shape::Three: return reinterpret_cast<int (*)(int, void *, int *)>(t.fn)(flag, pValue, nLocate);
+        case Shape::Two: return reinterpret_cast<int (*)(int, void *)>(t.fn)(flag, pValue);
+        case Shape::None: return reinterpret_cast<int (*)()>(t.fn)();
+        case Shape::Directed: return reinterpret_cast<int (*)(int, int, void *, int *)>(t.fn)(flag, 1, pValue, nLocate);
         case Shape::Custom: {
             const tr104ctl::CustomResult r = t.custom(t.fn, flag == 1, "", nLocate);
             return r.called ? r.rc : 0;
@@ -156,11 +154,13 @@ protected:
             const char *what;
             int flag;
             bool null;
-            int index;      // nLocate index made out of range, -1 none
-            int bad;        // its value
+            int index;  // nLocate index made out of range, -1 none
+            int bad;  // its value
         };
-        std::vector<Case> cases = {{"nFlag 2", 2, false, -1, 0}, {"nFlag -1", -1, false, -1, 0},
-                                   {"null pValue (get)", 0, true, -1, 0}, {"null pValue (set)", 1, true, -1, 0}};
+        std::vector<Case> cases = {{"nFlag 2", 2, false, -1, 0},
+                                   {"nFlag -1", -1, false, -1, 0},
+                                   {"null pValue (get)", 0, true, -1, 0},
+                                   {"null pValue (set)", 1, true, -1, 0}};
         for (int index : t.instanceIndexes) {
             for (int bad : {0, 99, -1}) {
                 cases.push_back({"nLocate out of range", 0, false, index, bad});
@@ -183,7 +183,9 @@ protected:
             const size_t before = emulator.requestCount();
             const int rc = call(t, c.flag, c.null ? nullptr : &value, locate.data());
             ++*calls;
-            const std::string what = who + ", " + c.what + (c.index >= 0 ? " nLocate[" + std::to_string(c.index) + "]=" + std::to_string(c.bad) : "");
+            const std::string what =
+                who + ", " + c.what +
+                (c.index >= 0 ? " nLocate[" + std::to_string(c.index) + "]=" + std::to_string(c.bad) : "");
             expectSafe(rc, what);
             // A bad flag or value pointer is refused before anything is sent.  Instance numbers
             // are checked by the handlers that name them, except where a handler deliberately
@@ -229,33 +231,44 @@ protected:
     static std::span<const PointerShape> pointerShapes() {
         using U = uint32_t *;
         static const std::vector<PointerShape> shapes = {
-            {&tr104ctl::net::triple, 3, [](void *f, int flag, void *const *p) {
+            {&tr104ctl::net::triple, 3,
+             [](void *f, int flag, void *const *p) {
                  return reinterpret_cast<int (*)(int, U, U, U)>(f)(flag, U(p[0]), U(p[1]), U(p[2]));
              }},
-            {&tr104ctl::net::voiceIpAddr, 5, [](void *f, int flag, void *const *p) {
+            {&tr104ctl::net::voiceIpAddr, 5,
+             [](void *f, int flag, void *const *p) {
                  return reinterpret_cast<int (*)(int, U, U, U, const char *, const uint32_t *)>(f)(
                      flag, U(p[0]), U(p[1]), U(p[2]), static_cast<const char *>(p[3]), U(p[4]));
              }},
-            {&tr104ctl::net::dnsAddr, 3, [](void *f, int flag, void *const *p) {
+            {&tr104ctl::net::dnsAddr, 3,
+             [](void *f, int flag, void *const *p) {
                  return reinterpret_cast<int (*)(int, U, U, const uint32_t *)>(f)(flag, U(p[0]), U(p[1]), U(p[2]));
              }},
-            {&tr104ctl::net::numbers, 2, [](void *f, int flag, void *const *p) {
+            {&tr104ctl::net::numbers,
+             2,
+             [](void *f, int flag, void *const *p) {
                  int nLocate[4] = {1, 1, 1, 1};
-                 return reinterpret_cast<int (*)(int, char *, char *, int *)>(f)(
-                     flag, static_cast<char *>(p[0]), static_cast<char *>(p[1]), nLocate);
-             }, {3, -1}},
-            {&tr104ctl::h248kinds::nameRule, 4, [](void *f, int flag, void *const *p) {
+                 return reinterpret_cast<int (*)(int, char *, char *, int *)>(f)(flag, static_cast<char *>(p[0]),
+                                                                                 static_cast<char *>(p[1]), nLocate);
+             },
+             {3, -1}},
+            {&tr104ctl::h248kinds::nameRule, 4,
+             [](void *f, int flag, void *const *p) {
                  return reinterpret_cast<int (*)(int, char *, U, U, U)>(f)(flag, static_cast<char *>(p[0]), U(p[1]),
                                                                            U(p[2]), U(p[3]));
              }},
-            {&tr104ctl::h248kinds::ephemeralRangeRule, 5, [](void *f, int flag, void *const *p) {
+            {&tr104ctl::h248kinds::ephemeralRangeRule, 5,
+             [](void *f, int flag, void *const *p) {
                  return reinterpret_cast<int (*)(int, char *, U, U, U, U)>(f)(flag, static_cast<char *>(p[0]), U(p[1]),
                                                                               U(p[2]), U(p[3]), U(p[4]));
              }},
-            {&tr104ctl::h248kinds::mgcRegister, 2, [](void *f, int flag, void *const *p) {
+            {&tr104ctl::h248kinds::mgcRegister,
+             2,
+             [](void *f, int flag, void *const *p) {
                  return reinterpret_cast<int (*)(int, void *, char *, int *)>(f)(flag, p[0], static_cast<char *>(p[1]),
                                                                                  nullptr);
-             }, {}},
+             },
+             {}},
         };
         return shapes;
     }
@@ -314,7 +327,7 @@ TEST_F(Sweep, RefusedArgumentsSendNothingUnderEveryProtocol) {
 
 // Replies that arrive but are wrong.  The emulator answers every command with the fault.
 TEST_F(Sweep, WrongRepliesAreSurvived) {
-    const vmemu::Fault faults[] = {vmemu::Fault::None, vmemu::Fault::Noise, vmemu::Fault::Garbage,
+    const vmemu::Fault faults[] = {vmemu::Fault::None,          vmemu::Fault::Noise,    vmemu::Fault::Garbage,
                                    vmemu::Fault::FailureMarker, vmemu::Fault::WrongCmd, vmemu::Fault::WrongType};
     int calls = 0;
     for (vmemu::Fault fault : faults) {

@@ -173,7 +173,8 @@ TEST_F(SipFax, PassThroughIsTheControlModeAsText) {
         EXPECT_EQ(getText(Tr104ProfileFaxPassThroughSip, 0), c.text);
     }
     std::string out = debugOutput([&] { EXPECT_EQ(setText(Tr104ProfileFaxPassThroughSip, 0, "auto"), -2); });
-    EXPECT_TRUE(printed(out, "Tr104ProfileFaxPassThroughSip", "set FaxPassThrough param *pFaxPassThrough(auto) error \n"))
+    EXPECT_TRUE(
+        printed(out, "Tr104ProfileFaxPassThroughSip", "set FaxPassThrough param *pFaxPassThrough(auto) error \n"))
         << out;
     Tr104SipFaxModeRecord rec{};
     rec.unFaxCtrlMode = 9;
@@ -194,10 +195,34 @@ TEST_F(SipFax, VoiceBandDataValues) {
         const char *refused;  // "%d"
     };
     const Case cases[] = {
-        {"Tr104VbdEnableSip", Tr104VbdEnableSip, 4, 1, {0, 1}, {2, -1}, "set VbdEnable param *pVbdEnable=%d(0~1)error \n"},
-        {"Tr104VbdCodecSip", Tr104VbdCodecSip, 8, 2, {0, 4, 8, 18, 255, 300}, {9, 2, 254, -1}, "pVbdCodec error  [%d] \n"},
-        {"Tr104VbdRxIntervalSip", Tr104VbdRxIntervalSip, 12, 4, {10, 60, 266}, {9, 61, 0, 256}, "*pVbdRxInterval [%d]  error \n"},
-        {"Tr104VbdTxIntervalSip", Tr104VbdTxIntervalSip, 16, 8, {20, 266, 316}, {70, 265}, "*pVbdTxInterval [%d]  error \n"},
+        {"Tr104VbdEnableSip",
+         Tr104VbdEnableSip,
+         4,
+         1,
+         {0, 1},
+         {2, -1},
+         "set VbdEnable param *pVbdEnable=%d(0~1)error \n"},
+        {"Tr104VbdCodecSip",
+         Tr104VbdCodecSip,
+         8,
+         2,
+         {0, 4, 8, 18, 255, 300},
+         {9, 2, 254, -1},
+         "pVbdCodec error  [%d] \n"},
+        {"Tr104VbdRxIntervalSip",
+         Tr104VbdRxIntervalSip,
+         12,
+         4,
+         {10, 60, 266},
+         {9, 61, 0, 256},
+         "*pVbdRxInterval [%d]  error \n"},
+        {"Tr104VbdTxIntervalSip",
+         Tr104VbdTxIntervalSip,
+         16,
+         8,
+         {20, 266, 316},
+         {70, 265},
+         "*pVbdTxInterval [%d]  error \n"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);

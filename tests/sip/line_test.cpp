@@ -30,10 +30,10 @@ const Member kMembers[] = {
     {"Tr104LineHotlineDelaySip", Tr104LineHotlineDelaySip, "pLineHotlineDelay", Lines::Checked, Dir::GetSet},
     {"Tr104LineJitterBufferModeSip", Tr104LineJitterBufferModeSip, "pLineJitterBufferMode", Lines::Checked,
      Dir::GetSet},
-    {"Tr104LineMaxJitterBufferValueSip", Tr104LineMaxJitterBufferValueSip, "pLineMaxJitterBufferValue",
-     Lines::Checked, Dir::GetSet},
-    {"Tr104LineMinJitterBufferValueSip", Tr104LineMinJitterBufferValueSip, "pLineMinJitterBufferValue",
-     Lines::Checked, Dir::GetSet},
+    {"Tr104LineMaxJitterBufferValueSip", Tr104LineMaxJitterBufferValueSip, "pLineMaxJitterBufferValue", Lines::Checked,
+     Dir::GetSet},
+    {"Tr104LineMinJitterBufferValueSip", Tr104LineMinJitterBufferValueSip, "pLineMinJitterBufferValue", Lines::Checked,
+     Dir::GetSet},
     {"Tr104LineRegStatusSip", Tr104LineRegStatusSip, "pLineRegStatus", Lines::Checked, Dir::GetOnly},
     {"Tr104LineServerStatusSip", Tr104LineServerStatusSip, "pLineServerStatus", Lines::Checked, Dir::GetOnly},
     {"Tr104PortStatusSip", Tr104PortStatusSip, "pPortStatus", Lines::Checked, Dir::GetOnly},
@@ -47,11 +47,9 @@ const Member kMembers[] = {
      Dir::GetSet},
     {"Tr104LineJitterBufferTargetSip", Tr104LineJitterBufferTargetSip, "pLineJitterBufferTarget", Lines::Checked,
      Dir::GetSet},
-    {"Tr104ProfileDTMFMethodSip", Tr104ProfileDTMFMethodSip, "pProfileDTMFMethod", Lines::ZeroMeansAll,
-     Dir::GetSet},
+    {"Tr104ProfileDTMFMethodSip", Tr104ProfileDTMFMethodSip, "pProfileDTMFMethod", Lines::ZeroMeansAll, Dir::GetSet},
     {"Tr104LineGainSip", lineGainTransmit, "pGain", Lines::Checked, Dir::GetSet},
-    {"Tr104LineCallWaitingFlagSip", Tr104LineCallWaitingFlagSip, "pLineCallWaitingFlag", Lines::Checked,
-     Dir::GetSet},
+    {"Tr104LineCallWaitingFlagSip", Tr104LineCallWaitingFlagSip, "pLineCallWaitingFlag", Lines::Checked, Dir::GetSet},
     {"Tr104LineCall3wayFlagSip", Tr104LineCall3wayFlagSip, "pLineCall3wayFlag", Lines::Checked, Dir::GetSet},
     {"Tr104LineMaxSessionsSip", Tr104LineMaxSessionsSip, "pLineMaxSessions", Lines::Unchecked, Dir::GetSet},
     {"Tr104LineCallerIdFlagSip", Tr104LineCallerIdFlagSip, "pLineCallerIdFlag", Lines::Checked, Dir::GetSet},
@@ -61,30 +59,25 @@ const Member kMembers[] = {
     {"Tr104DialToneTimerSip", Tr104DialToneTimerSip, "pDialToneTimer", Lines::Ignored, Dir::GetSet},
     {"Tr104NoAnswerTimerSip", Tr104NoAnswerTimerSip, "pNoAnswerTimer", Lines::Ignored, Dir::GetSet},
     {"Tr104BusyToneTimerSip", Tr104BusyToneTimerSip, "pBusyToneTimer", Lines::Ignored, Dir::GetSet},
-    {"Tr104HangingReminderToneTimerSip", Tr104HangingReminderToneTimerSip, "pHangingReminderToneTimer",
-     Lines::Ignored, Dir::GetSet},
+    {"Tr104HangingReminderToneTimerSip", Tr104HangingReminderToneTimerSip, "pHangingReminderToneTimer", Lines::Ignored,
+     Dir::GetSet},
     {"Tr104CallWaitingRejectTimerSip", Tr104CallWaitingRejectTimerSip, "pCallWaitingRejectTimer", Lines::Ignored,
      Dir::GetSet},
     {"Tr104ShortDigitTimerSip", Tr104ShortDigitTimerSip, "pShortDigitTimer", Lines::Ignored, Dir::GetSet},
     {"Tr104LongDigitTimerSip", Tr104LongDigitTimerSip, "pLongDigitTimer", Lines::Ignored, Dir::GetSet},
-    {"Tr104ProfileDigitMapEnableSip", Tr104ProfileDigitMapEnableSip, "pDigitMapEnable", Lines::Ignored,
-     Dir::GetSet},
+    {"Tr104ProfileDigitMapEnableSip", Tr104ProfileDigitMapEnableSip, "pDigitMapEnable", Lines::Ignored, Dir::GetSet},
     {"Tr104ProfileDigitMapMatchModeSip", Tr104ProfileDigitMapMatchModeSip, "pDigitMapMatchMode", Lines::Ignored,
      Dir::GetSet},
-    {"Tr104ProfileDigitMapStringSip", Tr104ProfileDigitMapStringSip, "pDigitMapString", Lines::Ignored,
+    {"Tr104ProfileDigitMapStringSip", Tr104ProfileDigitMapStringSip, "pDigitMapString", Lines::Ignored, Dir::GetSet},
+    {"Tr104LineResetStatisticsFlagSip", Tr104LineResetStatisticsFlagSip, "pLineResetStatisticsFlag", Lines::Checked,
      Dir::GetSet},
-    {"Tr104LineResetStatisticsFlagSip", Tr104LineResetStatisticsFlagSip, "pLineResetStatisticsFlag",
-     Lines::Checked, Dir::GetSet},
     {"Tr104MaxSessionsPerLineSip", Tr104MaxSessionsPerLineSip, "pMaxSessionsPerLine", Lines::Ignored, Dir::GetOnly},
-    {"Tr104MaxSessionsAllLinesSip", Tr104MaxSessionsAllLinesSip, "pMaxSessionsAllLines", Lines::Ignored,
-     Dir::GetOnly},
+    {"Tr104MaxSessionsAllLinesSip", Tr104MaxSessionsAllLinesSip, "pMaxSessionsAllLines", Lines::Ignored, Dir::GetOnly},
     {"Tr104RTCPFlagSip", Tr104RTCPFlagSip, "pRTCPFlag", Lines::Ignored, Dir::GetOnly},
     {"Tr104RTPRedundancyFlagSip", Tr104RTPRedundancyFlagSip, "pRTPRedundancyFlag", Lines::Ignored, Dir::GetOnly},
-    {"Tr104VlanTagCoupledFlagSip", Tr104VlanTagCoupledFlagSip, "pVlanTagCoupledFlag", Lines::Ignored,
-     Dir::GetOnly},
+    {"Tr104VlanTagCoupledFlagSip", Tr104VlanTagCoupledFlagSip, "pVlanTagCoupledFlag", Lines::Ignored, Dir::GetOnly},
     {"Tr104FaxT38FlagSip", Tr104FaxT38FlagSip, "pFaxT38Flag", Lines::Ignored, Dir::GetOnly},
-    {"Tr104FaxPassThroughFlagSip", Tr104FaxPassThroughFlagSip, "pFaxPassThroughFlag", Lines::Ignored,
-     Dir::GetOnly},
+    {"Tr104FaxPassThroughFlagSip", Tr104FaxPassThroughFlagSip, "pFaxPassThroughFlag", Lines::Ignored, Dir::GetOnly},
     {"Tr104ModemPassThroughFlagSip", Tr104ModemPassThroughFlagSip, "pModemPassThroughFlag", Lines::Ignored,
      Dir::GetOnly},
     {"Tr104DigitMapFlagSip", Tr104DigitMapFlagSip, "pDigitMapFlag", Lines::Ignored, Dir::GetOnly},
@@ -290,9 +283,9 @@ TEST_F(SipLineValues, RegistrationTextMapsAndUnknownTextLeavesTheBuffer) {
         const char *reg;
         const char *expected;
     } cases[] = {
-        {"N/A", "Initializing"}, {"reg-ok", "Up"},       {"reg-ing", "Registering"}, {"unreg-ing", "Unregistering"},
-        {"unreg-ok", "Disabled"}, {"reg-fail", "Error"}, {"unreg-fail", "Error"},    {"reg-OK", "untouched"},
-        {"", "untouched"},
+        {"N/A", "Initializing"},        {"reg-ok", "Up"},         {"reg-ing", "Registering"},
+        {"unreg-ing", "Unregistering"}, {"unreg-ok", "Disabled"}, {"reg-fail", "Error"},
+        {"unreg-fail", "Error"},        {"reg-OK", "untouched"},  {"", "untouched"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.reg);
@@ -309,8 +302,8 @@ TEST_F(SipLineValues, ServerStatusFollowsTheCodeThenTheRegistration) {
         const char *reg;
         int expected;  // -7: left as it was
     } cases[] = {
-        {0, "reg-ok", 0},  {3, "reg-ok", 2},   {8, "", 2},        {11, "reg-ok", 2}, {1, "reg-ok", 1},
-        {12, "reg-ok", 1}, {12, "reg-fail", 5}, {2, "reg-fail", -7}, {9, "", -7},     {13, "N/A", -7},
+        {0, "reg-ok", 0},  {3, "reg-ok", 2},    {8, "", 2},          {11, "reg-ok", 2}, {1, "reg-ok", 1},
+        {12, "reg-ok", 1}, {12, "reg-fail", 5}, {2, "reg-fail", -7}, {9, "", -7},       {13, "N/A", -7},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.code);
@@ -331,9 +324,15 @@ TEST_F(SipLineValues, CallTextGivesCallStatusAndSessionType) {
         const char *status;
         int session;
     } cases[] = {
-        {"Idle", "Idle", 0},           {"Calling", "Calling", 1},         {"Ringing", "Ringing", 1},
-        {"Call Setuping", "Connecting", 1}, {"Call Setup", "InCall", 1}, {"Call Hold", "Hold", 1},
-        {"Dialing", "Dialing", 1},     {"Fax Setup", "Fax Setup", 3},   {"Fax Setuping", "Fax Setuping", 3},
+        {"Idle", "Idle", 0},
+        {"Calling", "Calling", 1},
+        {"Ringing", "Ringing", 1},
+        {"Call Setuping", "Connecting", 1},
+        {"Call Setup", "InCall", 1},
+        {"Call Hold", "Hold", 1},
+        {"Dialing", "Dialing", 1},
+        {"Fax Setup", "Fax Setup", 3},
+        {"Fax Setuping", "Fax Setuping", 3},
         {"Busy Tone", "Busy Tone", 0},
     };
     for (const auto &c : cases) {
@@ -366,9 +365,9 @@ TEST_F(SipLineValues, TextsWithoutTerminatorStayInsideTheirField) {
 
 TEST_F(SipLineValues, FailedReadsReturnMinusOneAndLeaveTheValue) {
     emulator.setFault(0, {vmemu::Fault::FailureMarker, 0, -1});
-    const Handler integers[] = {Tr104LineHotlineDelaySip, Tr104LineServerStatusSip, Tr104LineSessionTypeSip,
+    const Handler integers[] = {Tr104LineHotlineDelaySip,    Tr104LineServerStatusSip, Tr104LineSessionTypeSip,
                                 Tr104LineCallWaitingFlagSip, Tr104LineTransmitGainSip, Tr104StartDigitTimerSip,
-                                Tr104ShortDigitTimerSip, Tr104RTCPFlagSip, Tr104CallerIdFormatSip};
+                                Tr104ShortDigitTimerSip,     Tr104RTCPFlagSip,         Tr104CallerIdFormatSip};
     for (Handler h : integers) {
         int value = 1234;
         EXPECT_EQ(getInt(h, 1, &value), -1);
@@ -456,7 +455,7 @@ TEST_F(SipLineFeatures, CallerIdCodesTheDataModelDoesNotKnow) {
         int modeRc;
         int flag;
         int flagRc;
-    } cases[] = {{0, "DISABLED", 0, 0, 0}, {1, "FSK", 0, 1, 0}, {2, "FSK", 0, 1, 0},
+    } cases[] = {{0, "DISABLED", 0, 0, 0}, {1, "FSK", 0, 1, 0},   {2, "FSK", 0, 1, 0},
                  {3, "DTMF", 0, 1, 0},     {4, "FSK", -1, 0, -1}, {200, "FSK", -1, 0, -1}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.code);

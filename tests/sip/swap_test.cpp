@@ -116,8 +116,8 @@ TEST_F(SipLineSwap, OwnPortAndBadValues) {
     EXPECT_EQ(emulator.requestCount(), 0u);
     for (const char *bad : {"3", "0", "", "12", "one"}) {
         std::string out = debugOutput([&] { EXPECT_EQ(setText(Tr104PhyReferenceListSip, 2, bad), -2); });
-        EXPECT_TRUE(printed(out, "Tr104PhyReferenceListSip", std::string("param error, pPhyReferenceList=") + bad +
-                                                                  "\n"))
+        EXPECT_TRUE(
+            printed(out, "Tr104PhyReferenceListSip", std::string("param error, pPhyReferenceList=") + bad + "\n"))
             << out;
     }
     EXPECT_EQ(emulator.requestCount(), 0u);

@@ -65,7 +65,9 @@ TEST_F(SipTimers, ReadsRoundDownToWholeSecondsAndTimersKeepEachOther) {
     const struct {
         Handler handler;
         int seconds;
-    } reads[] = {{Tr104StartDigitTimerSip, 1}, {Tr104DialToneTimerSip, 1}, {Tr104NoAnswerTimerSip, 0},
+    } reads[] = {{Tr104StartDigitTimerSip, 1},
+                 {Tr104DialToneTimerSip, 1},
+                 {Tr104NoAnswerTimerSip, 0},
                  {Tr104BusyToneTimerSip, 45}};
     for (const auto &r : reads) {
         int got = -1;

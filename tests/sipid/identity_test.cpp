@@ -101,8 +101,7 @@ TEST_F(Identity, DirectoryNumberAndUriAreSentAtOnce) {
     EXPECT_EQ(getText(Tr104LineURISip, line(2)), "sip:8002");
 }
 
-const Handler kHandlers[] = {Tr104LineTelNumSip, Tr104LineURISip, Tr104LineAuthUserNameSip,
-                             Tr104LineAuthPasswordSip};
+const Handler kHandlers[] = {Tr104LineTelNumSip, Tr104LineURISip, Tr104LineAuthUserNameSip, Tr104LineAuthPasswordSip};
 
 TEST_F(Identity, TextsUpTo65CharactersAreAccepted) {
     const std::string longest(65, '7');

@@ -288,8 +288,8 @@ TEST_F(Servers, TransportIsKeptInTheLibrary) {
         const char *readBack;
     };
     const Case cases[] = {
-        {"TLS", 0, "TLS"},   {"udp", -2, "TLS"}, {"UDP", 0, "UDP"},     {"SCTP", 0, "SCTP"},
-        {"TCP", 0, "TCP"},   {"", -2, "TCP"},    {"TLS ", -2, "TCP"},   {"SCTPX", -2, "TCP"},
+        {"TLS", 0, "TLS"}, {"udp", -2, "TLS"}, {"UDP", 0, "UDP"},   {"SCTP", 0, "SCTP"},
+        {"TCP", 0, "TCP"}, {"", -2, "TCP"},    {"TLS ", -2, "TCP"}, {"SCTPX", -2, "TCP"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.text);

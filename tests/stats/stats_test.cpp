@@ -47,15 +47,24 @@ TEST_F(Stats, LineValuesReportTheirWordAndShareTheSharedOnes) {
         Handler fn;
         uint32_t word;
     } rows[] = {
-        {Tr104LineSendRtpPackets, 9},        {Tr104LineSendRtpBytes, 10},
-        {Tr104LineRcvdRtpPackets, 11},       {Tr104LineRcvdRtpBytes, 12},
-        {Tr104LineLostRtpPackets, 13},       {Tr104LineLostRtpPacketsPercent, 14},
-        {Tr104LineLostFarEndPacketsPercent, 16}, {Tr104LineRtpJitter, 17},
-        {Tr104LineAverageReceiveInterarrivalJitter, 17}, {Tr104LineAverageFarEndInterarrivalJitter, 17},
-        {Tr104LineRtpFarEndJitter, 18},      {Tr104LineJitterBufferOverruns, 19},
-        {Tr104LineJitterBufferUnderruns, 20}, {Tr104LineUpStreamSpeed, 21},
-        {Tr104LineDownStreamSpeed, 21},      {Tr104LineMaxRtcpTime, 22},
-        {Tr104LineNetworkAvgDelay, 23},      {Tr104LineAverageRoundTripDelay, 23},
+        {Tr104LineSendRtpPackets, 9},
+        {Tr104LineSendRtpBytes, 10},
+        {Tr104LineRcvdRtpPackets, 11},
+        {Tr104LineRcvdRtpBytes, 12},
+        {Tr104LineLostRtpPackets, 13},
+        {Tr104LineLostRtpPacketsPercent, 14},
+        {Tr104LineLostFarEndPacketsPercent, 16},
+        {Tr104LineRtpJitter, 17},
+        {Tr104LineAverageReceiveInterarrivalJitter, 17},
+        {Tr104LineAverageFarEndInterarrivalJitter, 17},
+        {Tr104LineRtpFarEndJitter, 18},
+        {Tr104LineJitterBufferOverruns, 19},
+        {Tr104LineJitterBufferUnderruns, 20},
+        {Tr104LineUpStreamSpeed, 21},
+        {Tr104LineDownStreamSpeed, 21},
+        {Tr104LineMaxRtcpTime, 22},
+        {Tr104LineNetworkAvgDelay, 23},
+        {Tr104LineAverageRoundTripDelay, 23},
         {Tr104LineErrorRtpPackets, 24},
     };
     for (const auto &row : rows) {
@@ -139,9 +148,9 @@ TEST_F(Stats, ProfileValuesAddUpOrHalveBothLines) {
         uint32_t word;
         bool halved;
     } rows[] = {
-        {Tr104SendRtpPackets, 9, false},   {Tr104RcvdRtpPackets, 11, false}, {Tr104SendRtpBytes, 10, false},
-        {Tr104RcvdRtpBytes, 12, false},    {Tr104LostRtpPacketsPercent, 14, true},
-        {Tr104NetworkAvgDelay, 23, true},  {Tr104RtpAvgJitter, 17, true},
+        {Tr104SendRtpPackets, 9, false}, {Tr104RcvdRtpPackets, 11, false},       {Tr104SendRtpBytes, 10, false},
+        {Tr104RcvdRtpBytes, 12, false},  {Tr104LostRtpPacketsPercent, 14, true}, {Tr104NetworkAvgDelay, 23, true},
+        {Tr104RtpAvgJitter, 17, true},
     };
     for (const auto &row : rows) {
         int value = -1;
@@ -219,15 +228,32 @@ TEST_F(Stats, SipCountersDerivedValuesAndProfileSums) {
     }
     vmemu::stats::setSip(emulator, record);
     const Handler counters[] = {
-        Tr104LineIncomingCallsReceivedSip, Tr104LineIncomingCallsAnsweredSip, Tr104LineIncomingCallsConnectedSip,
-        Tr104LineIncomingCallsFailedSip,   Tr104LineOutgoingCallsAttemptedSip, Tr104LineOutgoingCallsAnsweredSip,
-        Tr104LineOutgoingCallsConnectedSip, Tr104LineOutgoingCallsFailedSip, Tr104LineTotalCallsDroppedSip,
-        Tr104LineTotalCallsTimeSip,        Tr104LineTotalCallsSetupTimerSip,  Tr104LineTotalCallTerminateFailsSip,
-        Tr104LineTotalPotsReleaseCountsSip, Tr104LineTotalPotsOffHookTimerSip, Tr104LineRxInviteReqsSip,
-        Tr104LineRxInviteRetransSip,       Tr104LineRxNoninviteReqsSip,       Tr104LineRxNoninviteRetransSip,
-        Tr104LineRxResponseSip,            Tr104LineRxResponseRetransSip,     Tr104LineTxInviteReqsSip,
-        Tr104LineTxInviteRetransSip,       Tr104LineTxNoninviteReqsSip,       Tr104LineTxNoninviteRetransSip,
-        Tr104LineTxResponseSip,            Tr104LineTxResponseRetransSip,
+        Tr104LineIncomingCallsReceivedSip,
+        Tr104LineIncomingCallsAnsweredSip,
+        Tr104LineIncomingCallsConnectedSip,
+        Tr104LineIncomingCallsFailedSip,
+        Tr104LineOutgoingCallsAttemptedSip,
+        Tr104LineOutgoingCallsAnsweredSip,
+        Tr104LineOutgoingCallsConnectedSip,
+        Tr104LineOutgoingCallsFailedSip,
+        Tr104LineTotalCallsDroppedSip,
+        Tr104LineTotalCallsTimeSip,
+        Tr104LineTotalCallsSetupTimerSip,
+        Tr104LineTotalCallTerminateFailsSip,
+        Tr104LineTotalPotsReleaseCountsSip,
+        Tr104LineTotalPotsOffHookTimerSip,
+        Tr104LineRxInviteReqsSip,
+        Tr104LineRxInviteRetransSip,
+        Tr104LineRxNoninviteReqsSip,
+        Tr104LineRxNoninviteRetransSip,
+        Tr104LineRxResponseSip,
+        Tr104LineRxResponseRetransSip,
+        Tr104LineTxInviteReqsSip,
+        Tr104LineTxInviteRetransSip,
+        Tr104LineTxNoninviteReqsSip,
+        Tr104LineTxNoninviteRetransSip,
+        Tr104LineTxResponseSip,
+        Tr104LineTxResponseRetransSip,
     };
     for (size_t i = 0; i < std::size(counters); ++i) {
         int value = -1;

@@ -206,7 +206,8 @@ TEST_F(Queues, RingWrapsRoundWithAThousandMessages) {
     std::atomic<int> sent{0};
     int32_t producer = spawn("tProducer", 50, [&] {
         for (uint32_t i = 0; i < 1000; i++) {
-            if (msgQSend(q, &i, sizeof i, V2LIN_WAIT_FOREVER, 0) != 0) break;
+            if (msgQSend(q, &i, sizeof i, V2LIN_WAIT_FOREVER, 0) != 0)
+                break;
             sent++;
         }
     });
@@ -214,12 +215,14 @@ TEST_F(Queues, RingWrapsRoundWithAThousandMessages) {
     for (int i = 0; i < 1000; i++) {
         uint32_t v = 0;
         int n = msgQReceive(q, &v, sizeof v, 500);
-        if (n != 4) break;
+        if (n != 4)
+            break;
         got.push_back(v);
     }
     EXPECT_TRUE(waitGone(producer));
     ASSERT_EQ(got.size(), 1000u);
-    for (uint32_t i = 0; i < 1000; i++) ASSERT_EQ(got[i], i);
+    for (uint32_t i = 0; i < 1000; i++)
+        ASSERT_EQ(got[i], i);
     EXPECT_EQ(msgQNumMsgs(q), 0);
 
     // Urgent messages step back across the ring start as well.

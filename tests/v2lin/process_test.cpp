@@ -26,7 +26,8 @@ namespace {
 template <class Fn>
 int inChild(Fn child, std::string *err) {
     int fds[2];
-    if (pipe(fds) != 0) return -1;
+    if (pipe(fds) != 0)
+        return -1;
     pid_t pid = fork();
     if (pid == 0) {
         close(fds[0]);
@@ -36,7 +37,8 @@ int inChild(Fn child, std::string *err) {
     close(fds[1]);
     char buf[512];
     ssize_t n;
-    while ((n = read(fds[0], buf, sizeof buf)) > 0) err->append(buf, static_cast<size_t>(n));
+    while ((n = read(fds[0], buf, sizeof buf)) > 0)
+        err->append(buf, static_cast<size_t>(n));
     close(fds[0]);
     int status = 0;
     waitpid(pid, &status, 0);
@@ -45,7 +47,8 @@ int inChild(Fn child, std::string *err) {
 
 size_t countOf(const std::string &text, const std::string &what) {
     size_t n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) n++;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        n++;
     return n;
 }
 
@@ -67,11 +70,14 @@ int32_t sleepAWhile(int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_
 
 // Spawns two tasks at real-time priority 50 and reports how they ran.
 int spawnTwo() {
-    if (v2lin_init() != 0) return 10;
+    if (v2lin_init() != 0)
+        return 10;
     for (int i = 0; i < 2; i++) {
         int32_t id = taskSpawn(nullptr, 50, 0, 0, recordPolicy, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-        if (id <= 0) return 11;
-        if (!waitGone(id)) return 12;
+        if (id <= 0)
+            return 11;
+        if (!waitGone(id))
+            return 12;
     }
     taskLock();  // applies priority 80: refused as well without the privilege
     taskUnlock();
@@ -96,8 +102,10 @@ TEST(RuntimeProcess, WithoutThePrivilegeTasksInheritSchedulingAndSayItOnce) {
     int status = inChild(
         [] {
             struct rlimit none = {0, 0};
-            if (setrlimit(RLIMIT_RTPRIO, &none) != 0) return 20;
-            if (setgid(65534) != 0 || setuid(65534) != 0) return 21;
+            if (setrlimit(RLIMIT_RTPRIO, &none) != 0)
+                return 20;
+            if (setgid(65534) != 0 || setuid(65534) != 0)
+                return 21;
             int rc = spawnTwo();
             return rc ? rc : (gPolicy.load() == SCHED_OTHER ? 0 : 22);
         },
@@ -115,13 +123,16 @@ TEST(RuntimeProcess, FirstSpawnedTasksAreT1AndT2) {
     std::string err;
     int status = inChild(
         [] {
-            if (v2lin_init() != 0) return 60;
+            if (v2lin_init() != 0)
+                return 60;
             static V2LIN_TCB block;
-            if (taskInit(&block, "blk", 50, 0, nullptr, 0, nullptr, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0) != 0) return 61;
+            if (taskInit(&block, "blk", 50, 0, nullptr, 0, nullptr, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0) != 0)
+                return 61;
             int32_t a = taskSpawn(nullptr, 50, 0, 0, sleepAWhile, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
             int32_t b = taskSpawn(nullptr, 50, 0, 0, sleepAWhile, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
             std::string nameA = taskName(a), nameB = taskName(b);
-            if (a != 1 || b != 2) return 62;
+            if (a != 1 || b != 2)
+                return 62;
             return nameA == "t1" && nameB == "t2" ? 0 : 63;
         },
         &err);
@@ -137,7 +148,8 @@ TEST(RuntimeProcess, CrashHookForksOnceThenExits) {
         [] {
             pid_t me = getpid();
             gdb();
-            if (getpid() != me) _exit(7);  // the hook's child
+            if (getpid() != me)
+                _exit(7);  // the hook's child
             gdb();
             return 30;  // not reached
         },

@@ -43,7 +43,8 @@ TEST_F(Semaphores, OptionWordsOfTheThreeKinds) {
     EXPECT_NE(shown(b).find("tc:1 () 0 \n"), std::string::npos) << shown(b);
     EXPECT_NE(shown(c).find("tc:5 () 20 \n"), std::string::npos) << shown(c);
     EXPECT_NE(shown(m).find("tc:1 () 10 \n"), std::string::npos) << shown(m);
-    for (SEM_ID s : {b, c, m}) EXPECT_EQ(semDelete(s), 0);
+    for (SEM_ID s : {b, c, m})
+        EXPECT_EQ(semDelete(s), 0);
 }
 
 // Task A holds the semaphore; task B's no-wait take reports success but takes nothing: owner,
@@ -245,7 +246,8 @@ TEST_F(Semaphores, ThreeWaitersAreServedFirstComeFirstServed) {
         ids.push_back(id);
     }
     std::string list = shown(s);
-    for (int32_t id : ids) EXPECT_NE(list.find(taskName(id)), std::string::npos) << list;
+    for (int32_t id : ids)
+        EXPECT_NE(list.find(taskName(id)), std::string::npos) << list;
     // One token at a time: each must go to the longest waiting task.
     for (size_t n = 1; n <= 3; n++) {
         EXPECT_EQ(semGive(s), 0);
@@ -254,7 +256,8 @@ TEST_F(Semaphores, ThreeWaitersAreServedFirstComeFirstServed) {
             return order.size() == n;
         }));
     }
-    for (int32_t id : ids) EXPECT_TRUE(waitGone(id));
+    for (int32_t id : ids)
+        EXPECT_TRUE(waitGone(id));
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
     EXPECT_EQ(semDelete(s), 0);
 }

@@ -51,8 +51,10 @@ TEST_F(Stress, SemaphoreAndQueueUnderLoadWithADeletion) {
     // Holds a token for a moment (never with a no-wait take: that reports success without one).
     auto useToken = [&](std::mt19937 &rng) {
         if (semTake(sem, randomTimeout(rng)) == 0) {
-            if (++holders > kTokens) overbooked++;
-            if (rng() % 2) taskDelay(0);
+            if (++holders > kTokens)
+                overbooked++;
+            if (rng() % 2)
+                taskDelay(0);
             holders--;
             semGive(sem);
         } else if (errno != S_objLib_OBJ_TIMEOUT) {
@@ -68,7 +70,8 @@ TEST_F(Stress, SemaphoreAndQueueUnderLoadWithADeletion) {
                 Msg m{static_cast<uint32_t>(p), seq};
                 // The victim only touches the semaphore around its sends, so a deletion never
                 // interrupts it while it holds a token the others need.
-                if (p != kVictim) useToken(rng);
+                if (p != kVictim)
+                    useToken(rng);
                 int32_t timeout = rng() % 5 == 0 ? V2LIN_NO_WAIT : randomTimeout(rng);
                 int pri = rng() % 8 == 0 ? V2LIN_MSG_PRI_URGENT : V2LIN_MSG_PRI_NORMAL;
                 if (msgQSend(q, &m, sizeof m, timeout, pri) == 0) {
@@ -94,7 +97,8 @@ TEST_F(Stress, SemaphoreAndQueueUnderLoadWithADeletion) {
                 int n = msgQReceive(q, &m, sizeof m, timeout);
                 if (n == static_cast<int>(sizeof m)) {
                     std::lock_guard<std::mutex> g(mu);
-                    if (!received.insert({m.producer, m.seq}).second) duplicates++;
+                    if (!received.insert({m.producer, m.seq}).second)
+                        duplicates++;
                 } else if (n >= 0 || (errno != S_objLib_OBJ_TIMEOUT && errno != S_objLib_OBJ_UNAVAILABLE)) {
                     badReceive++;
                 } else if (producersDone.load() == kProducers - 1) {
@@ -104,7 +108,8 @@ TEST_F(Stress, SemaphoreAndQueueUnderLoadWithADeletion) {
             finished++;
         }));
     }
-    for (int32_t id : ids) ASSERT_GT(id, 0);
+    for (int32_t id : ids)
+        ASSERT_GT(id, 0);
 
     usleep(kRunMs * 1000 / 2);
     EXPECT_EQ(taskDelete(ids[kVictim]), 0);
@@ -114,12 +119,14 @@ TEST_F(Stress, SemaphoreAndQueueUnderLoadWithADeletion) {
 
     const int survivors = kProducers + kConsumers - 1;
     ASSERT_TRUE(waitFor([&] { return finished.load() == survivors; }, 20000)) << "a task hangs";
-    for (int32_t id : ids) EXPECT_TRUE(waitGone(id));
+    for (int32_t id : ids)
+        EXPECT_TRUE(waitGone(id));
 
     // What is still queued was sent but not yet received.
     Msg m{};
     while (msgQReceive(q, &m, sizeof m, V2LIN_NO_WAIT) == static_cast<int>(sizeof m)) {
-        if (!received.insert({m.producer, m.seq}).second) duplicates++;
+        if (!received.insert({m.producer, m.seq}).second)
+            duplicates++;
     }
     EXPECT_EQ(duplicates, 0);
     EXPECT_EQ(overbooked.load(), 0);
@@ -149,8 +156,7 @@ TEST_F(Stress, DeletionUnderThreadsThatAreNotTasks) {
         int (*remove)(void *obj);
         int errAfter;
     } cases[] = {
-        {"queue receive",
-         [](void *o) { return msgQReceive(static_cast<MSG_Q_ID>(o), nullptr, 4, V2LIN_WAIT_FOREVER); },
+        {"queue receive", [](void *o) { return msgQReceive(static_cast<MSG_Q_ID>(o), nullptr, 4, V2LIN_WAIT_FOREVER); },
          []() -> void * { return msgQCreate(1, 4, 0); }, [](void *o) { return msgQDelete(static_cast<MSG_Q_ID>(o)); },
          S_objLib_OBJ_DELETED},
         {"semaphore take", [](void *o) { return semTake(static_cast<SEM_ID>(o), V2LIN_WAIT_FOREVER); },
@@ -168,7 +174,8 @@ TEST_F(Stress, DeletionUnderThreadsThatAreNotTasks) {
                 err = errno;
             });
             ASSERT_TRUE(waitFor([&] { return entering.load() == 1; }));
-            if (round % 2) usleep(2000);  // sometimes inside the wait, sometimes not yet
+            if (round % 2)
+                usleep(2000);  // sometimes inside the wait, sometimes not yet
             EXPECT_EQ(c.remove(obj), 0);
             plain.join();
             EXPECT_EQ(rc.load(), -1);

@@ -36,13 +36,14 @@ TEST_F(Tasks, ErrorNamesAndStrerrorFallback) {
         int code;
         const char *name;
     } cases[] = {
-        {0x00030065, "S_taskLib_ILLEGAL_PRIORITY"},  {0x00110001, "S_memLib_NOT_ENOUGH_MEMORY"},
-        {0x00160068, "S_semLib_INVALID_OPERATION"},  {0x003D0001, "S_objLib_OBJ_ID_ERROR"},
-        {0x003D0002, "S_objLib_OBJ_UNAVAILABLE"},    {0x003D0003, "S_objLib_OBJ_DELETED"},
-        {0x003D0004, "S_objLib_OBJ_TIMEOUT"},        {0x00410001, "S_msgQLib_INVALID_MSG_LENGTH"},
-        {0x00580001, "S_smObjLib_NOT_INITIALIZED"},  {EPERM, strerror(EPERM)},
+        {0x00030065, "S_taskLib_ILLEGAL_PRIORITY"}, {0x00110001, "S_memLib_NOT_ENOUGH_MEMORY"},
+        {0x00160068, "S_semLib_INVALID_OPERATION"}, {0x003D0001, "S_objLib_OBJ_ID_ERROR"},
+        {0x003D0002, "S_objLib_OBJ_UNAVAILABLE"},   {0x003D0003, "S_objLib_OBJ_DELETED"},
+        {0x003D0004, "S_objLib_OBJ_TIMEOUT"},       {0x00410001, "S_msgQLib_INVALID_MSG_LENGTH"},
+        {0x00580001, "S_smObjLib_NOT_INITIALIZED"}, {EPERM, strerror(EPERM)},
     };
-    for (const auto &c : cases) EXPECT_STREQ(VxWorksError(c.code), c.name) << c.code;
+    for (const auto &c : cases)
+        EXPECT_STREQ(VxWorksError(c.code), c.name) << c.code;
 }
 
 // Kernel priority to POSIX priority, as stored by taskPrioritySet in the base parameter.
@@ -175,7 +176,8 @@ TEST_F(Tasks, TaskIdListGetCopiesAtMostMax) {
 
 TEST_F(Tasks, NestedLockNeedsAsManyUnlocks) {
     pthread_t self = pthread_self();
-    for (int i = 0; i < 3; i++) taskLock();
+    for (int i = 0; i < 3; i++)
+        taskLock();
     EXPECT_TRUE(pthread_equal(locker, self));
     EXPECT_EQ(taskLock_level, 3u);
 
@@ -323,7 +325,7 @@ TEST_F(Tasks, DeleteOfSafeTaskWaitsForUnsafeAndDoesNotDelete) {
     EXPECT_EQ(deleterRc.load(), 0);
     EXPECT_TRUE(waitFor([&] { return unsafeReturned.load() == 1; }));
     EXPECT_EQ(taskIdVerify(target), 0);  // still there
-    EXPECT_EQ(taskDelete(target), 0);    // unsafe now: deleted at once
+    EXPECT_EQ(taskDelete(target), 0);  // unsafe now: deleted at once
     EXPECT_EQ(taskIdVerify(target), -1);
     EXPECT_TRUE(waitGone(deleter));
     EXPECT_EQ(semDelete(gate), 0);

@@ -29,7 +29,8 @@ template <class Pred>
 bool waitFor(Pred pred, int limitMs = 5000) {
     auto t0 = Clock::now();
     while (!pred()) {
-        if (msSince(t0) > limitMs) return false;
+        if (msSince(t0) > limitMs)
+            return false;
         usleep(1000);
     }
     return true;
@@ -44,8 +45,7 @@ public:
         table()[key] = std::move(fn);
         return key;
     }
-    static int32_t run(int32_t key, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t,
-                       int32_t) {
+    static int32_t run(int32_t key, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t) {
         std::function<void()> fn;
         {
             std::lock_guard<std::mutex> g(mu());

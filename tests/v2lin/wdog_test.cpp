@@ -76,7 +76,8 @@ TEST_F(Watchdogs, CancelBeforeExpiryThenRearm) {
 WDOG_ID gSelfWd;
 std::atomic<int> gSelfRuns{0};
 void rearmItself(int32_t arg) {
-    if (++gSelfRuns < 3) wdStart(gSelfWd, 10, rearmItself, arg);
+    if (++gSelfRuns < 3)
+        wdStart(gSelfWd, 10, rearmItself, arg);
 }
 
 TEST_F(Watchdogs, HandlerRestartsItsOwnTimer) {
@@ -122,7 +123,8 @@ double uptimeMs() {
     double up = 0;
     FILE *f = fopen("/proc/uptime", "r");
     if (f) {
-        if (fscanf(f, "%lf", &up) != 1) up = 0;
+        if (fscanf(f, "%lf", &up) != 1)
+            up = 0;
         fclose(f);
     }
     return up * 1000.0;

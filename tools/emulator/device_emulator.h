@@ -12,13 +12,13 @@
 namespace vmemu {
 
 struct DeviceState {
-    int led = 1;                    // command 20: 0 off, 1 on, 2 blinking (voice activity)
-    int privateProtocol = 0;        // commands 6 / 5
-    int ignoreClearConfig = 0;      // commands 8 / 7
-    int profileCount = 1;           // command 94
-    int maxLinesPerProfile = 2;     // command 95
-    std::string configuredProtocol; // command 1: the protocol to run after the next start
-    int protocolWrites = 0;         // how many times command 1 was received
+    int led = 1;  // command 20: 0 off, 1 on, 2 blinking (voice activity)
+    int privateProtocol = 0;  // commands 6 / 5
+    int ignoreClearConfig = 0;  // commands 8 / 7
+    int profileCount = 1;  // command 94
+    int maxLinesPerProfile = 2;  // command 95
+    std::string configuredProtocol;  // command 1: the protocol to run after the next start
+    int protocolWrites = 0;  // how many times command 1 was received
 };
 
 DeviceState deviceState(VoiceModuleEmulator &emulator);

@@ -33,13 +33,12 @@ struct StateWord {
 
 const StateWord kWords[] = {
     {GET_VOIP_LED_STATUS_ID, 0, "GET_VOIP_LED_STATUS_ID", nullptr, &DeviceState::led},
-    {GET_PRI_PROTOCOL_CONFIG_ID, SET_PRI_PROTOCOL_CONFIG_ID, "GET_PRI_PROTOCOL_CONFIG_ID",
-     "SET_PRI_PROTOCOL_CONFIG_ID", &DeviceState::privateProtocol},
+    {GET_PRI_PROTOCOL_CONFIG_ID, SET_PRI_PROTOCOL_CONFIG_ID, "GET_PRI_PROTOCOL_CONFIG_ID", "SET_PRI_PROTOCOL_CONFIG_ID",
+     &DeviceState::privateProtocol},
     {GET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID, SET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID, "GET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID",
      "SET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID", &DeviceState::ignoreClearConfig},
     {TR104_GET_PROFILE_NUMBER_ID, 0, "GET_PROFILE_NUMBER_ID", nullptr, &DeviceState::profileCount},
-    {TR104_GET_MAX_COUNT_PER_PROFILE_ID, 0, "GET_MAX_COUNT_PER_PROFILE_ID", nullptr,
-     &DeviceState::maxLinesPerProfile},
+    {TR104_GET_MAX_COUNT_PER_PROFILE_ID, 0, "GET_MAX_COUNT_PER_PROFILE_ID", nullptr, &DeviceState::maxLinesPerProfile},
 };
 
 void installDeviceFamilies(VoiceModuleEmulator &e) {
@@ -105,8 +104,8 @@ std::string showState(VoiceModuleEmulator &emulator) {
     std::ostringstream out;
     out << "led " << s.led << ", private protocol " << s.privateProtocol << ", ignore clear config "
         << s.ignoreClearConfig << ", profiles " << s.profileCount << ", lines per profile " << s.maxLinesPerProfile
-        << ", protocol " << protocolName(emulator) << " (configured for next start: "
-        << (s.configuredProtocol.empty() ? "-" : s.configuredProtocol) << ")\n";
+        << ", protocol " << protocolName(emulator)
+        << " (configured for next start: " << (s.configuredProtocol.empty() ? "-" : s.configuredProtocol) << ")\n";
     for (int line = 1; line <= 2; ++line) {
         out << "line " << line << " codecs:";
         for (int code : codecSelection(emulator, line)) {

@@ -18,13 +18,13 @@ namespace vmemu::h248 {
 namespace {
 
 enum class Mode : uint8_t {
-    Masked,     // 16-bit mask at 0: each field whose bit is set
+    Masked,  // 16-bit mask at 0: each field whose bit is set
     WholeMask,  // the mask is one field's value
-    Fields,     // no mask: the listed fields
-    Mgc,        // mask bits 0/1: address/port of the entry the index word names
-    TermId,     // the entry of the line in word 0
-    EphName,    // masked fields; mask 0 carries the range rule's five fields
-    Line,       // per line (word 0): the listed fields
+    Fields,  // no mask: the listed fields
+    Mgc,  // mask bits 0/1: address/port of the entry the index word names
+    TermId,  // the entry of the line in word 0
+    EphName,  // masked fields; mask 0 carries the range rule's five fields
+    Line,  // per line (word 0): the listed fields
 };
 
 struct BlockKind {
@@ -41,38 +41,73 @@ struct BlockKind {
 const std::vector<BlockKind> &blockKinds() {
     static const std::vector<BlockKind> kinds = {
         {"MGC", GET_MGC_CFG_ID, {SET_MGC_CFG_ID}, sizeof(Tr104H248MgcBlock), Mode::Mgc, {}},
-        {"MID", GET_MID, {SET_MID}, sizeof(Tr104H248MidBlock), Mode::Masked,
+        {"MID",
+         GET_MID,
+         {SET_MID},
+         sizeof(Tr104H248MidBlock),
+         Mode::Masked,
          {{0x1, {OFF(Tr104H248MidBlock, aMid), TR104_H248_MID_LEN}}, {0x2, {OFF(Tr104H248MidBlock, unRegMode), 4}}}},
-        {"PHY_NAME", GET_PHY_NAME, {SET_PHY_NAME}, sizeof(Tr104H248PhyNameBlock), Mode::Masked,
+        {"PHY_NAME",
+         GET_PHY_NAME,
+         {SET_PHY_NAME},
+         sizeof(Tr104H248PhyNameBlock),
+         Mode::Masked,
          {{0x1, {OFF(Tr104H248PhyNameBlock, aPrefix), TR104_H248_PREFIX_LEN}},
           {0x2, {OFF(Tr104H248PhyNameBlock, unStart), 4}},
           {0x4, {OFF(Tr104H248PhyNameBlock, unAddLen), 4}},
           {0x8, {OFF(Tr104H248PhyNameBlock, unFillFlag), 4}}}},
-        {"EPH_NAME", GET_EPH_NAME, {SET_EPH_NAME}, sizeof(Tr104H248EphNameBlock), Mode::EphName,
+        {"EPH_NAME",
+         GET_EPH_NAME,
+         {SET_EPH_NAME},
+         sizeof(Tr104H248EphNameBlock),
+         Mode::EphName,
          {{0x1, {OFF(Tr104H248EphNameBlock, aPrefix), TR104_H248_PREFIX_LEN}},
           {0x2, {OFF(Tr104H248EphNameBlock, unAddLen), 4}},
           {0x4, {TR104_H248_EPH_FILL_OFFSET, 4}},
           {0x8, {OFF(Tr104H248EphNameBlock, unStart), 4}}}},
         {"SINGLE_USERNAME", GET_SINGLE_USERNAME, {SET_SINGLE_USERNAME}, sizeof(Tr104H248TermIdBlock), Mode::TermId, {}},
-        {"ALIVE_PARAM", GET_ALIVE_PARAM, {SET_ALIVE_PARAM}, sizeof(Tr104H248AliveBlock), Mode::Masked,
+        {"ALIVE_PARAM",
+         GET_ALIVE_PARAM,
+         {SET_ALIVE_PARAM},
+         sizeof(Tr104H248AliveBlock),
+         Mode::Masked,
          {{0x1, {OFF(Tr104H248AliveBlock, unCycle), 4}},
           {0x2, {OFF(Tr104H248AliveBlock, unCount), 4}},
           {0x8, {OFF(Tr104H248AliveBlock, unFormat), 4}},
           {0x10, {OFF(Tr104H248AliveBlock, unMode), 4}}}},
-        {"TRANS_TIME", GET_TRANS_TIME, {SET_TRANS_TIME}, sizeof(Tr104H248TransTimerBlock), Mode::Masked,
+        {"TRANS_TIME",
+         GET_TRANS_TIME,
+         {SET_TRANS_TIME},
+         sizeof(Tr104H248TransTimerBlock),
+         Mode::Masked,
          {{0x1, {OFF(Tr104H248TransTimerBlock, unRetranInitial), 4}},
           {0x2, {OFF(Tr104H248TransTimerBlock, unRetranCycle), 4}},
           {0x4, {OFF(Tr104H248TransTimerBlock, unRetranTime), 4}},
           {0x8, {OFF(Tr104H248TransTimerBlock, unMaxRetranCount), 4}},
           {0x10, {OFF(Tr104H248TransTimerBlock, unHandShake), 4}}}},
-        {"REGMG_PARAM", GET_REGMG_PARAM, {SET_REGMG_PARAM}, sizeof(Tr104H248RegBlock), Mode::Fields,
+        {"REGMG_PARAM",
+         GET_REGMG_PARAM,
+         {SET_REGMG_PARAM},
+         sizeof(Tr104H248RegBlock),
+         Mode::Fields,
          {{0, {OFF(Tr104H248RegBlock, unRegisterCycle), 4}}}},
-        {"MD5_PARAM", GET_MD5_PARAM, {SET_MD5_PARAM}, sizeof(Tr104H248AuthBlock), Mode::Fields,
+        {"MD5_PARAM",
+         GET_MD5_PARAM,
+         {SET_MD5_PARAM},
+         sizeof(Tr104H248AuthBlock),
+         Mode::Fields,
          {{0, {OFF(Tr104H248AuthBlock, unAuthMethod), 4}}}},
-        {"LOCAL_PORT", GET_LOCAL_PORT, {SET_LOCAL_PORT}, sizeof(Tr104H248LocalPortBlock), Mode::Fields,
+        {"LOCAL_PORT",
+         GET_LOCAL_PORT,
+         {SET_LOCAL_PORT},
+         sizeof(Tr104H248LocalPortBlock),
+         Mode::Fields,
          {{0, {OFF(Tr104H248LocalPortBlock, unLocalPort), 4}}}},
-        {"DIG_TIMEOUT", GET_H248_DIG_TIMEOUT_ID, {SET_TONE_TIMEOUT_ID, SET_H248_DIG_TIMEOUT_ID},
-         sizeof(Tr104H248DigitTimerBlock), Mode::Masked,
+        {"DIG_TIMEOUT",
+         GET_H248_DIG_TIMEOUT_ID,
+         {SET_TONE_TIMEOUT_ID, SET_H248_DIG_TIMEOUT_ID},
+         sizeof(Tr104H248DigitTimerBlock),
+         Mode::Masked,
          {{0x1, {OFF(Tr104H248DigitTimerBlock, unDialTone), 4}},
           {0x2, {OFF(Tr104H248DigitTimerBlock, unNoAnswer), 4}},
           {0x10, {OFF(Tr104H248DigitTimerBlock, unBusyTone), 4}},
@@ -80,20 +115,40 @@ const std::vector<BlockKind> &blockKinds() {
           {0x40, {OFF(Tr104H248DigitTimerBlock, unStartDigit), 4}},
           {0x80, {OFF(Tr104H248DigitTimerBlock, unShortDigit), 4}},
           {0x100, {OFF(Tr104H248DigitTimerBlock, unLongDigit), 4}}}},
-        {"LINE_ENABLE", GET_H248_LINE_ENABLE_ID, {SET_H248_LINE_ENABLE_ID}, sizeof(Tr104H248LineEnableBlock),
-         Mode::Line, {{0, {OFF(Tr104H248LineEnableBlock, unEnable), 4}}}},
-        {"MATCH_MODE", GET_H248_MATCH_MODE_ID, {SET_H248_MATCH_MODE_ID}, sizeof(Tr104H248MatchModeBlock), Mode::Fields,
+        {"LINE_ENABLE",
+         GET_H248_LINE_ENABLE_ID,
+         {SET_H248_LINE_ENABLE_ID},
+         sizeof(Tr104H248LineEnableBlock),
+         Mode::Line,
+         {{0, {OFF(Tr104H248LineEnableBlock, unEnable), 4}}}},
+        {"MATCH_MODE",
+         GET_H248_MATCH_MODE_ID,
+         {SET_H248_MATCH_MODE_ID},
+         sizeof(Tr104H248MatchModeBlock),
+         Mode::Fields,
          {{0, {OFF(Tr104H248MatchModeBlock, unMatchMode), 4}}}},
-        {"RTP_LOCAL_PORT", GET_RTP_LOCAL_PORT_ID, {SET_RTP_LOCAL_PORT_ID}, sizeof(Tr104H248RtpPortBlock), Mode::Fields,
+        {"RTP_LOCAL_PORT",
+         GET_RTP_LOCAL_PORT_ID,
+         {SET_RTP_LOCAL_PORT_ID},
+         sizeof(Tr104H248RtpPortBlock),
+         Mode::Fields,
          {{0, {0, 8}}}},
-        {"FAX_MODE", GET_H248_FAX_MODE_ID, {SET_H248_FAX_MODE_ID}, sizeof(Tr104H248FaxBlock), Mode::WholeMask,
+        {"FAX_MODE",
+         GET_H248_FAX_MODE_ID,
+         {SET_H248_FAX_MODE_ID},
+         sizeof(Tr104H248FaxBlock),
+         Mode::WholeMask,
          {{0x4, {OFF(Tr104H248FaxBlock, unEventDetect), 4}},
           {0x8, {OFF(Tr104H248FaxBlock, unVbdEnable), 4}},
           {0x20, {OFF(Tr104H248FaxBlock, unVbdRxInterval), 4}},
           {0x10, {OFF(Tr104H248FaxBlock, unVbdTxInterval), 4}},
           {0x40, {OFF(Tr104H248FaxBlock, unVbdCodec), 4}},
           {0x400, {OFF(Tr104H248FaxBlock, unFaxCtrlMode), 4}}}},
-        {"CALLID_PARAM", GET_CALLID_PARAM, {SET_CALLID_PARAM}, sizeof(Tr104H248CallerIdBlock), Mode::Masked,
+        {"CALLID_PARAM",
+         GET_CALLID_PARAM,
+         {SET_CALLID_PARAM},
+         sizeof(Tr104H248CallerIdBlock),
+         Mode::Masked,
          {{0x2, {OFF(Tr104H248CallerIdBlock, unMode), 4}}}},
     };
     return kinds;
@@ -183,66 +238,66 @@ int lineOfKind(const BlockKind &kind, const char *in) {
 void applySet(State &s, const BlockKind &kind, const char *in) {
     const uint16_t mask = maskOf(in);
     switch (kind.mode) {
-        case Mode::Masked:
-        case Mode::WholeMask:
-        case Mode::EphName: {
-            auto &rec = stored(s, kind, 0);
-            if (kind.mode == Mode::EphName && mask == 0) {
-                for (uint32_t off : {OFF(Tr104H248EphNameBlock, unStart), OFF(Tr104H248EphNameBlock, unEnd),
-                                     OFF(Tr104H248EphNameBlock, unStep), uint32_t{TR104_H248_EPH_FILL_OFFSET}}) {
-                    copyField(rec, in, {off, 4});
-                }
-                copyField(rec, in, {OFF(Tr104H248EphNameBlock, aPrefix), TR104_H248_PREFIX_LEN});
-                break;
+    case Mode::Masked:
+    case Mode::WholeMask:
+    case Mode::EphName: {
+        auto &rec = stored(s, kind, 0);
+        if (kind.mode == Mode::EphName && mask == 0) {
+            for (uint32_t off : {OFF(Tr104H248EphNameBlock, unStart), OFF(Tr104H248EphNameBlock, unEnd),
+                                 OFF(Tr104H248EphNameBlock, unStep), uint32_t{TR104_H248_EPH_FILL_OFFSET}}) {
+                copyField(rec, in, {off, 4});
             }
-            for (const MaskedField &f : kind.fields) {
-                if (kind.mode == Mode::WholeMask ? mask == f.bit : (mask & f.bit) != 0) {
-                    copyField(rec, in, f.field);
-                }
-            }
+            copyField(rec, in, {OFF(Tr104H248EphNameBlock, aPrefix), TR104_H248_PREFIX_LEN});
             break;
         }
-        case Mode::Fields:
-            for (const MaskedField &f : kind.fields) {
-                copyField(stored(s, kind, 0), in, f.field);
-            }
-            break;
-        case Mode::Line: {
-            const int line = lineOfKind(kind, in);
-            if (!validLine(line)) {
-                break;
-            }
-            auto &rec = stored(s, kind, line);
-            putWord(rec.data(), 0, static_cast<uint32_t>(line));
-            for (const MaskedField &f : kind.fields) {
+        for (const MaskedField &f : kind.fields) {
+            if (kind.mode == Mode::WholeMask ? mask == f.bit : (mask & f.bit) != 0) {
                 copyField(rec, in, f.field);
             }
+        }
+        break;
+    }
+    case Mode::Fields:
+        for (const MaskedField &f : kind.fields) {
+            copyField(stored(s, kind, 0), in, f.field);
+        }
+        break;
+    case Mode::Line: {
+        const int line = lineOfKind(kind, in);
+        if (!validLine(line)) {
             break;
         }
-        case Mode::Mgc: {
-            const uint32_t index = wordAt(in, OFF(Tr104H248MgcBlock, unMgcIndex));
-            if (index > 1) {
-                break;
-            }
-            auto &rec = stored(s, kind, 0);
-            if (mask & 0x1) {
-                copyField(rec, in, {OFF(Tr104H248MgcBlock, aMgcAddr) + index * TR104_H248_MGC_ADDR_LEN,
-                                    TR104_H248_MGC_ADDR_LEN});
-            }
-            if (mask & 0x2) {
-                copyField(rec, in, {OFF(Tr104H248MgcBlock, usMgcPort) + index * 2, 2});
-            }
+        auto &rec = stored(s, kind, line);
+        putWord(rec.data(), 0, static_cast<uint32_t>(line));
+        for (const MaskedField &f : kind.fields) {
+            copyField(rec, in, f.field);
+        }
+        break;
+    }
+    case Mode::Mgc: {
+        const uint32_t index = wordAt(in, OFF(Tr104H248MgcBlock, unMgcIndex));
+        if (index > 1) {
             break;
         }
-        case Mode::TermId: {
-            const uint32_t line = wordAt(in, 0);
-            if (line >= 1 && line <= TR104_H248_TERM_IDS) {
-                copyField(stored(s, kind, 0), in,
-                          {OFF(Tr104H248TermIdBlock, aTermId) + (line - 1) * TR104_H248_TERM_ID_LEN,
-                           TR104_H248_TERM_ID_LEN});
-            }
-            break;
+        auto &rec = stored(s, kind, 0);
+        if (mask & 0x1) {
+            copyField(rec, in,
+                      {OFF(Tr104H248MgcBlock, aMgcAddr) + index * TR104_H248_MGC_ADDR_LEN, TR104_H248_MGC_ADDR_LEN});
         }
+        if (mask & 0x2) {
+            copyField(rec, in, {OFF(Tr104H248MgcBlock, usMgcPort) + index * 2, 2});
+        }
+        break;
+    }
+    case Mode::TermId: {
+        const uint32_t line = wordAt(in, 0);
+        if (line >= 1 && line <= TR104_H248_TERM_IDS) {
+            copyField(
+                stored(s, kind, 0), in,
+                {OFF(Tr104H248TermIdBlock, aTermId) + (line - 1) * TR104_H248_TERM_ID_LEN, TR104_H248_TERM_ID_LEN});
+        }
+        break;
+    }
     }
 }
 
@@ -429,8 +484,8 @@ bool console(VoiceModuleEmulator &emulator, const std::string &verb, std::istrea
             os << "usage: h248 protocol h248|sip [MODULE]\n";
         } else {
             const bool ok = switchProtocol(emulator, module, name == "h248");
-            os << "protocol " << protocolName(emulator) << (ok ? ", change sent to module " : ", no inbound queue for module ")
-               << module << "\n";
+            os << "protocol " << protocolName(emulator)
+               << (ok ? ", change sent to module " : ", no inbound queue for module ") << module << "\n";
         }
     } else if (what == "counter") {
         std::string name;

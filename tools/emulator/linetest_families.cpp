@@ -24,8 +24,10 @@ struct MeasureField {
     uint32_t offset;
     const char *initial;  // a healthy line
 };
-#define OUTER(member, initial) MeasureField{#member, false, offsetof(Tr104OuterLineResult, member), initial}
-#define INNER(member, initial) MeasureField{#member, true, offsetof(Tr104InnerLineResult, member), initial}
+#define OUTER(member, initial) \
+    MeasureField { #member, false, offsetof(Tr104OuterLineResult, member), initial }
+#define INNER(member, initial) \
+    MeasureField { #member, true, offsetof(Tr104InnerLineResult, member), initial }
 const MeasureField kFields[] = {
     OUTER(aGroundDCVoltage, "1"),
     OUTER(bGroundDCVoltage, "-2"),
@@ -54,7 +56,7 @@ const MeasureField kFields[] = {
 
 // Status codes a simulated call walks through before its end.
 const uint32_t kCallerWalk[] = {2, 3, 4, 5, 6, 7};  // off-hook .. connected, then 10
-const uint32_t kCalledWalk[] = {3, 2, 4};           // ringing, off-hook, connected, then 5
+const uint32_t kCalledWalk[] = {3, 2, 4};  // ringing, off-hook, connected, then 5
 constexpr uint32_t kCallerEnd = 10;
 constexpr uint32_t kCalledEnd = 5;
 constexpr size_t kFailingSteps = 2;
@@ -176,7 +178,9 @@ CallView viewOf(const State &s, const Port &p) {
         v.conclusion = 2;  // stopped before its end: failed, with no reason
     } else if (p.failCode != 0 || timesOut) {
         v.conclusion = 2;  // its own fail code, or no answer before the timeout
-        (caller ? v.callerFail : v.calledFail) = p.failCode != 0 ? p.failCode : caller ? kCallerNoAnswer : kCalledNoAnswer;
+        (caller ? v.callerFail : v.calledFail) = p.failCode != 0 ? p.failCode
+                                                 : caller        ? kCallerNoAnswer
+                                                                 : kCalledNoAnswer;
     } else {
         v.conclusion = 1;
     }
@@ -205,8 +209,7 @@ void startCall(State &s, const Request &r) {
         }
         p->callStopped = true;
         break;
-    default:
-        break;
+    default: break;
     }
 }
 
@@ -359,13 +362,20 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                  }));
 
     const std::pair<uint32_t, const char *> names[] = {
-        {GET_PORT_DRAW_TIME_ID, "GET_PORT_DRAW_TIME_ID"},   {SET_SMULT_TEST_ID, "SET_SMULT_TEST_ID"},
-        {GET_SMULT_TEST_ID, "GET_SMULT_TEST_ID"},           {SET_DIAL_CONFIRM_ID, "SET_DIAL_CONFIRM_ID"},
-        {GET_DIAL_CONFIRM_ID, "GET_DIAL_CONFIRM_ID"},       {SET_CODEC_TIME_ID, "SET_CODEC_TIME_ID"},
-        {GET_CODEC_TIME_ID, "GET_CODEC_TIME_ID"},           {SET_PORT_TEST_STATE_ID, "SET_PORT_TEST_STATE_ID"},
-        {GET_PORT_TEST_STATE_ID, "GET_PORT_TEST_STATE_ID"}, {GET_OUTER_LINE_TEST_ID, "GET_OUTER_LINE_TEST_ID"},
-        {GET_INNER_LINE_TEST_ID, "GET_INNER_LINE_TEST_ID"}, {SET_KC_TYPE_ID, "SET_KC_TYPE_ID"},
-        {GET_KC_TYPE_ID, "GET_KC_TYPE_ID"},                 {SET_PORT_DIAL_MODE_ID, "SET_PORT_DIAL_MODE_ID"},
+        {GET_PORT_DRAW_TIME_ID, "GET_PORT_DRAW_TIME_ID"},
+        {SET_SMULT_TEST_ID, "SET_SMULT_TEST_ID"},
+        {GET_SMULT_TEST_ID, "GET_SMULT_TEST_ID"},
+        {SET_DIAL_CONFIRM_ID, "SET_DIAL_CONFIRM_ID"},
+        {GET_DIAL_CONFIRM_ID, "GET_DIAL_CONFIRM_ID"},
+        {SET_CODEC_TIME_ID, "SET_CODEC_TIME_ID"},
+        {GET_CODEC_TIME_ID, "GET_CODEC_TIME_ID"},
+        {SET_PORT_TEST_STATE_ID, "SET_PORT_TEST_STATE_ID"},
+        {GET_PORT_TEST_STATE_ID, "GET_PORT_TEST_STATE_ID"},
+        {GET_OUTER_LINE_TEST_ID, "GET_OUTER_LINE_TEST_ID"},
+        {GET_INNER_LINE_TEST_ID, "GET_INNER_LINE_TEST_ID"},
+        {SET_KC_TYPE_ID, "SET_KC_TYPE_ID"},
+        {GET_KC_TYPE_ID, "GET_KC_TYPE_ID"},
+        {SET_PORT_DIAL_MODE_ID, "SET_PORT_DIAL_MODE_ID"},
         {GET_PORT_DIAL_MODE_ID, "GET_PORT_DIAL_MODE_ID"},
     };
     for (const auto &[cmd, name] : names) {
@@ -477,9 +487,10 @@ ConsoleRegistrar lineTestConsole(
     "linetest duration MS | set PORT FIELD TEXT | conclusion PORT CODE | states PORT TONE FEEDER | unsupported PORT "
     "on|off | show PORT   line tests of the phone ports",
     &lineTestCommand);
-ConsoleRegistrar callConsole("simcall step MS | end PORT success|FAILCODE | confirm PORT RESULT | show PORT   "
-                             "simulated calls and dial confirmation",
-                             &callCommand);
+ConsoleRegistrar callConsole(
+    "simcall step MS | end PORT success|FAILCODE | confirm PORT RESULT | show PORT   "
+    "simulated calls and dial confirmation",
+    &callCommand);
 
 }  // namespace
 
@@ -491,7 +502,8 @@ void setTestDuration(VoiceModuleEmulator &e, milliseconds duration) {
 }
 
 bool setMeasurement(VoiceModuleEmulator &e, int port, const std::string &field, const std::string &text) {
-    const auto f = std::find_if(std::begin(kFields), std::end(kFields), [&](const MeasureField &m) { return field == m.name; });
+    const auto f =
+        std::find_if(std::begin(kFields), std::end(kFields), [&](const MeasureField &m) { return field == m.name; });
     return f != std::end(kFields) && onPort(e, port, [&](State &, Port &p) { putText(p, *f, text); });
 }
 
@@ -570,9 +582,10 @@ std::string describeCall(VoiceModuleEmulator &e, int port) {
         os << "port " << port << ": call type " << p.callType << (p.callStopped ? " (stopped)" : "") << ", number \""
            << p.number << "\", timeout " << p.timeout << ", caller status " << v.callerStatus << ", called status "
            << v.calledStatus << ", conclusion " << v.conclusion << ", fail codes " << v.callerFail << "/"
-           << v.calledFail << ", end " << (p.failCode == 0 ? std::string("success") : "fail " + std::to_string(p.failCode))
-           << ", step " << s.step.count() << " ms; dial confirm enable " << p.confirmEnable << " digit '"
-           << p.confirmDigit << "' result " << p.confirmResult << "\n";
+           << v.calledFail << ", end "
+           << (p.failCode == 0 ? std::string("success") : "fail " + std::to_string(p.failCode)) << ", step "
+           << s.step.count() << " ms; dial confirm enable " << p.confirmEnable << " digit '" << p.confirmDigit
+           << "' result " << p.confirmResult << "\n";
     });
     return os.str();
 }

@@ -21,25 +21,25 @@ struct NumberEntry {
 };
 
 struct NetState {
-    Tr104IpConfigPayload ip{};        // commands 40 / 41
-    Tr104VlanPayload vlan{};          // commands 44 / 43
-    uint32_t dns[2] = {0, 0};         // commands 78 / 77
-    int dhcpEnable = 0;               // commands 29 / 25, 26
-    std::string option120;            // command 33
+    Tr104IpConfigPayload ip{};  // commands 40 / 41
+    Tr104VlanPayload vlan{};  // commands 44 / 43
+    uint32_t dns[2] = {0, 0};  // commands 78 / 77
+    int dhcpEnable = 0;  // commands 29 / 25, 26
+    std::string option120;  // command 33
     std::string acsUrl = "http://acs.example.net:7547/acs";  // command 80
-    int timeEnable = 0;               // commands 62 / 63
+    int timeEnable = 0;  // commands 62 / 63
     std::string ntpServer1, ntpServer2;
-    int32_t zoneOffset = 0;           // seconds east of UTC, commands 69 / 70
+    int32_t zoneOffset = 0;  // seconds east of UTC, commands 69 / 70
     std::vector<NumberEntry> pos, ipt;
-    uint8_t ledStandard = 0;          // commands 22 / 21
+    uint8_t ledStandard = 0;  // commands 22 / 21
     // The private management address (command 4): OLT and ONU numbers and the address.
     int oltNo = 0, onuNo = 0;
     uint32_t privateAddr = 0;
     // Writes received, by kind.
-    int ipWrites = 0;         // 276-byte configurations under command 41
-    int directIpWrites = 0;   // Tr104VoiceIpAddr's 28-byte payload under command 41
+    int ipWrites = 0;  // 276-byte configurations under command 41
+    int directIpWrites = 0;  // Tr104VoiceIpAddr's 28-byte payload under command 41
     int vlanWrites = 0;
-    int dnsWrites = 0;        // one server under command 77
+    int dnsWrites = 0;  // one server under command 77
     int directDnsWrites = 0;  // both servers under command 77
     Tr104DirectIpPayload lastDirectIp{};
 };

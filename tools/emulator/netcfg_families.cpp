@@ -96,11 +96,13 @@ struct Command {
 };
 
 const Command kCommands[] = {
-    {TR104_GET_DEVICE_IP_ID, "GET_DEVICE_IP_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_DEVICE_IP_ID, "GET_DEVICE_IP_ID",
+     [](NetState &s, const Request &, Payload &out) {
          reply(out, s.ip);
          return true;
      }},
-    {TR104_SET_DEVICE_IP_ID, "SET_DEVICE_IP_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_DEVICE_IP_ID, "SET_DEVICE_IP_ID",
+     [](NetState &s, const Request &r, Payload &) {
          if (isDirectIp(r)) {
              s.lastDirectIp = take<Tr104DirectIpPayload>(r);
              s.ip.unVoiceAddr = s.lastDirectIp.unAddr;
@@ -122,24 +124,30 @@ const Command kCommands[] = {
          ++s.ipWrites;
          return false;
      }},
-    {TR104_GET_VLAN_ID, "GET_VLAN_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_VLAN_ID, "GET_VLAN_ID",
+     [](NetState &s, const Request &, Payload &out) {
          reply(out, s.vlan);
          return true;
      }},
-    {TR104_SET_VLAN_ID, "SET_VLAN_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_VLAN_ID, "SET_VLAN_ID",
+     [](NetState &s, const Request &r, Payload &) {
          const auto in = take<Tr104VlanPayload>(r);
-         if (in.unKind == 1) s.vlan.sip = in.sip;
-         if (in.unKind == 2) s.vlan.rtp = in.rtp;
+         if (in.unKind == 1)
+             s.vlan.sip = in.sip;
+         if (in.unKind == 2)
+             s.vlan.rtp = in.rtp;
          ++s.vlanWrites;
          return false;
      }},
-    {TR104_GET_DNS_SERVER_ID, "GET_DNS_SERVER_ID", [](NetState &s, const Request &r, Payload &out) {
+    {TR104_GET_DNS_SERVER_ID, "GET_DNS_SERVER_ID",
+     [](NetState &s, const Request &r, Payload &out) {
          Tr104DnsPayload p = take<Tr104DnsPayload>(r);
          p.unServer = s.dns[p.unIndex == 1 ? 1 : 0];
          reply(out, p);
          return true;
      }},
-    {TR104_ADD_DNS_SERVER_ID, "ADD_DNS_SERVER_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_ADD_DNS_SERVER_ID, "ADD_DNS_SERVER_ID",
+     [](NetState &s, const Request &r, Payload &) {
          if (r.word<uint32_t>(0) != 0 || r.word<uint32_t>(8) != 0) {
              const auto d = take<Tr104DirectDnsPayload>(r);
              s.dns[0] = d.unServer1;
@@ -152,101 +160,125 @@ const Command kCommands[] = {
          }
          return false;
      }},
-    {TR104_GET_DHCP_ID, "GET_DHCP_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_DHCP_ID, "GET_DHCP_ID",
+     [](NetState &s, const Request &, Payload &out) {
          reply(out, s.dhcpEnable);
          return true;
      }},
-    {TR104_SET_DHCP_ENABLE_ID, "SET_DHCP_ENABLE_ID", [](NetState &s, const Request &, Payload &) {
+    {TR104_SET_DHCP_ENABLE_ID, "SET_DHCP_ENABLE_ID",
+     [](NetState &s, const Request &, Payload &) {
          s.dhcpEnable = 1;
          return false;
      }},
-    {TR104_SET_DHCP_DISABLE_ID, "SET_DHCP_DISABLE_ID", [](NetState &s, const Request &, Payload &) {
+    {TR104_SET_DHCP_DISABLE_ID, "SET_DHCP_DISABLE_ID",
+     [](NetState &s, const Request &, Payload &) {
          s.dhcpEnable = 0;
          return false;
      }},
-    {TR104_SET_DHCP_OPTION120_ID, "SET_DHCP_OPTION120", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_DHCP_OPTION120_ID, "SET_DHCP_OPTION120",
+     [](NetState &s, const Request &r, Payload &) {
          s.option120 = r.text_at(0, TR104_CFG_BUFFER_LEN);
          return false;
      }},
-    {TR104_GET_ACS_URL_ID, "GET_ACS_URL_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_ACS_URL_ID, "GET_ACS_URL_ID",
+     [](NetState &s, const Request &, Payload &out) {
          std::memcpy(out.data(), s.acsUrl.c_str(), std::min<size_t>(s.acsUrl.size() + 1, 256));
          return true;
      }},
-    {TR104_GET_NTP_ENABLE_ID, "GET_NTP_ENABLE_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_NTP_ENABLE_ID, "GET_NTP_ENABLE_ID",
+     [](NetState &s, const Request &, Payload &out) {
          reply(out, s.timeEnable);
          return true;
      }},
-    {TR104_SET_NTP_ENABLE_ID, "SET_NTP_ENABLE_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_NTP_ENABLE_ID, "SET_NTP_ENABLE_ID",
+     [](NetState &s, const Request &r, Payload &) {
          s.timeEnable = r.word<int>(0);
          return false;
      }},
-    {TR104_GET_TIME_STATUS_ID, "GET_TIME_STATUS_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_TIME_STATUS_ID, "GET_TIME_STATUS_ID",
+     [](NetState &s, const Request &, Payload &out) {
          const std::string status = timeStatus(s);
          std::memcpy(out.data() + TR104_TIME_STATUS_AT, status.c_str(), status.size() + 1);
          return true;
      }},
-    {TR104_GET_NTP_SERVER1_ID, "GET_NTP_SERVER1_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_NTP_SERVER1_ID, "GET_NTP_SERVER1_ID",
+     [](NetState &s, const Request &, Payload &out) {
          std::memcpy(out.data() + TR104_TIME_NTP1_AT, s.ntpServer1.c_str(), s.ntpServer1.size() + 1);
          return true;
      }},
-    {TR104_SET_NTP_SERVER1_ID, "SET_NTP_SERVER1_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_NTP_SERVER1_ID, "SET_NTP_SERVER1_ID",
+     [](NetState &s, const Request &r, Payload &) {
          s.ntpServer1 = r.text_at(TR104_TIME_NTP1_AT, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP1_AT - 1);
          return false;
      }},
-    {TR104_GET_NTP_SERVER2_ID, "GET_NTP_SERVER2_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_NTP_SERVER2_ID, "GET_NTP_SERVER2_ID",
+     [](NetState &s, const Request &, Payload &out) {
          std::memcpy(out.data() + TR104_TIME_NTP2_AT, s.ntpServer2.c_str(), s.ntpServer2.size() + 1);
          return true;
      }},
-    {TR104_SET_NTP_SERVER2_ID, "SET_NTP_SERVER2_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_NTP_SERVER2_ID, "SET_NTP_SERVER2_ID",
+     [](NetState &s, const Request &r, Payload &) {
          s.ntpServer2 = r.text_at(TR104_TIME_NTP2_AT, TR104_TIME_PAYLOAD_LEN - TR104_TIME_NTP2_AT - 1);
          return false;
      }},
-    {TR104_GET_TIME_ZONE_ID, "GET_TIME_ZONE_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_TIME_ZONE_ID, "GET_TIME_ZONE_ID",
+     [](NetState &s, const Request &, Payload &out) {
          std::memcpy(out.data() + TR104_TIME_OFFSET_AT, &s.zoneOffset, sizeof(s.zoneOffset));
          return true;
      }},
-    {TR104_SET_TIME_ZONE_ID, "SET_NTP_LocalTimeZone_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_TIME_ZONE_ID, "SET_NTP_LocalTimeZone_ID",
+     [](NetState &s, const Request &r, Payload &) {
          s.zoneOffset = r.word<int32_t>(TR104_TIME_OFFSET_AT);
          return false;
      }},
-    {TR104_GET_LOCAL_TIME_ID, "GET_LOCAL_TIME_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_LOCAL_TIME_ID, "GET_LOCAL_TIME_ID",
+     [](NetState &s, const Request &, Payload &out) {
          const std::string now = localTime(s);
          std::memcpy(out.data(), now.c_str(), now.size() + 1);
          return true;
      }},
-    {TR104_GET_POS_NUM_ID, "GET_POS_NUM_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_POS_NUM_ID, "GET_POS_NUM_ID",
+     [](NetState &s, const Request &, Payload &out) {
          reply(out, tableOf(s.pos));
          return true;
      }},
-    {TR104_ADD_POS_NUM_ID, "ADD_POS_NUM_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_ADD_POS_NUM_ID, "ADD_POS_NUM_ID",
+     [](NetState &s, const Request &r, Payload &) {
          addNumber(s.pos, take<Tr104NumberTable>(r));
          return false;
      }},
-    {TR104_DEL_POS_NUM_ID, "DEL_POS_NUM_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_DEL_POS_NUM_ID, "DEL_POS_NUM_ID",
+     [](NetState &s, const Request &r, Payload &) {
          deleteNumber(s.pos, take<Tr104NumberTable>(r));
          return false;
      }},
-    {TR104_GET_IPT_NUM_ID, "GET_IPT_NUM_ID", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_IPT_NUM_ID, "GET_IPT_NUM_ID",
+     [](NetState &s, const Request &, Payload &out) {
          reply(out, tableOf(s.ipt));
          return true;
      }},
-    {TR104_ADD_IPT_NUM_ID, "ADD_IPT_NUM_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_ADD_IPT_NUM_ID, "ADD_IPT_NUM_ID",
+     [](NetState &s, const Request &r, Payload &) {
          addNumber(s.ipt, take<Tr104NumberTable>(r));
          return false;
      }},
-    {TR104_DEL_IPT_NUM_ID, "DEL_IPT_NUM_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_DEL_IPT_NUM_ID, "DEL_IPT_NUM_ID",
+     [](NetState &s, const Request &r, Payload &) {
          deleteNumber(s.ipt, take<Tr104NumberTable>(r));
          return false;
      }},
-    {TR104_GET_LED_STANDARD_ID, "GET_LED_STANDARD", [](NetState &s, const Request &, Payload &out) {
+    {TR104_GET_LED_STANDARD_ID, "GET_LED_STANDARD",
+     [](NetState &s, const Request &, Payload &out) {
          out[0] = static_cast<char>(s.ledStandard);
          return true;
      }},
-    {TR104_SET_LED_STANDARD_ID, "SET_LED_STANDARD", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_LED_STANDARD_ID, "SET_LED_STANDARD",
+     [](NetState &s, const Request &r, Payload &) {
          s.ledStandard = static_cast<uint8_t>(r.payload[0]);
          return false;
      }},
-    {TR104_SET_PRI_IP_CFG_ID, "SET_PRI_IP_CFG_ID", [](NetState &s, const Request &r, Payload &) {
+    {TR104_SET_PRI_IP_CFG_ID, "SET_PRI_IP_CFG_ID",
+     [](NetState &s, const Request &r, Payload &) {
          s.oltNo = static_cast<uint8_t>(r.payload[0]);
          s.onuNo = static_cast<uint8_t>(r.payload[1]);
          s.privateAddr = r.word<uint32_t>(2);
@@ -255,14 +287,30 @@ const Command kCommands[] = {
 };
 
 // The blocks whose sets carry a fields-present word: each set changes only its fields.
-const RecordFamily kOption60{"dhcp option 60", sizeof(Tr104Option60Payload), {}, {TR104_GET_DHCP_OPTION60_ID},
-                             {TR104_SET_DHCP_OPTION60_ID}, Field{0, 4},
-                             {{0x1, {4, 4}}, {0x2, {16, 132}}, {0x4, {8, 4}}, {0x8, {12, 4}}}, {}};
-const RecordFamily kOption125{"dhcp option 125", sizeof(Tr104Option125Payload), {}, {TR104_GET_DHCP_OPTION125_ID},
-                              {TR104_SET_DHCP_OPTION125_ID}, Field{0, 4}, {{0x1, {4, 1}}, {0x2, {5, 131}}}, {}};
-const RecordFamily kPppoe{"pppoe", sizeof(Tr104PppoePayload), {}, {TR104_GET_PPPOE_PARAM_ID},
-                          {TR104_SET_PPPOE_PARAM_ID}, Field{0, 4},
-                          {{0x1, {4, 4}}, {0x2, {8, 64}}, {0x4, {72, 64}}}, {}};
+const RecordFamily kOption60{"dhcp option 60",
+                             sizeof(Tr104Option60Payload),
+                             {},
+                             {TR104_GET_DHCP_OPTION60_ID},
+                             {TR104_SET_DHCP_OPTION60_ID},
+                             Field{0, 4},
+                             {{0x1, {4, 4}}, {0x2, {16, 132}}, {0x4, {8, 4}}, {0x8, {12, 4}}},
+                             {}};
+const RecordFamily kOption125{"dhcp option 125",
+                              sizeof(Tr104Option125Payload),
+                              {},
+                              {TR104_GET_DHCP_OPTION125_ID},
+                              {TR104_SET_DHCP_OPTION125_ID},
+                              Field{0, 4},
+                              {{0x1, {4, 1}}, {0x2, {5, 131}}},
+                              {}};
+const RecordFamily kPppoe{"pppoe",
+                          sizeof(Tr104PppoePayload),
+                          {},
+                          {TR104_GET_PPPOE_PARAM_ID},
+                          {TR104_SET_PPPOE_PARAM_ID},
+                          Field{0, 4},
+                          {{0x1, {4, 4}}, {0x2, {8, 64}}, {0x4, {72, 64}}},
+                          {}};
 
 NetState initialState() {
     NetState s;
@@ -336,17 +384,16 @@ std::string showState(VoiceModuleEmulator &emulator) {
     const NetState s = netState(emulator);
     std::ostringstream out;
     out << "voice " << dotted(s.ip.unVoiceAddr) << "/" << dotted(s.ip.unVoiceMask) << " via "
-        << dotted(s.ip.unVoiceGateway) << ", rtp " << dotted(s.ip.unRtpAddr) << "/" << dotted(s.ip.unRtpMask)
-        << " via " << dotted(s.ip.unRtpGateway) << " (" << s.ipWrites << " configurations, " << s.directIpWrites
-        << " direct)\n";
+        << dotted(s.ip.unVoiceGateway) << ", rtp " << dotted(s.ip.unRtpAddr) << "/" << dotted(s.ip.unRtpMask) << " via "
+        << dotted(s.ip.unRtpGateway) << " (" << s.ipWrites << " configurations, " << s.directIpWrites << " direct)\n";
     out << describeVlan("sip", s.vlan.sip) << describeVlan("rtp", s.vlan.rtp);
     const auto p = pppoe(emulator);
     out << "dns " << dotted(s.dns[0]) << ", " << dotted(s.dns[1]) << "; dhcp " << (s.dhcpEnable ? "on" : "off")
         << ", pppoe " << (p.unEnable ? "on" : "off") << " account \"" << p.aAccount << "\"\n";
     out << "time " << (s.timeEnable ? "on" : "off") << " (" << timeStatus(s) << "), ntp \"" << s.ntpServer1 << "\" \""
         << s.ntpServer2 << "\", zone " << s.zoneOffset << " s, local " << localTime(s) << "\n";
-    out << "pos numbers " << s.pos.size() << ", ipt numbers " << s.ipt.size() << ", led standard "
-        << int(s.ledStandard) << "\n";
+    out << "pos numbers " << s.pos.size() << ", ipt numbers " << s.ipt.size() << ", led standard " << int(s.ledStandard)
+        << "\n";
     return out.str();
 }
 
@@ -374,9 +421,10 @@ bool netCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::ist
     return true;
 }
 
-ConsoleRegistrar console("net show|ip ADDR MASK GATEWAY|vlan sip|rtp ID PRIORITY   voice network settings; "
-                         "change the address or a VLAN as the network would",
-                         &netCommand);
+ConsoleRegistrar console(
+    "net show|ip ADDR MASK GATEWAY|vlan sip|rtp ID PRIORITY   voice network settings; "
+    "change the address or a VLAN as the network would",
+    &netCommand);
 
 // The network settings in the emulator's state file (not the write counters).
 nlohmann::json saveNet(VoiceModuleEmulator &emulator) {
@@ -457,7 +505,9 @@ void setVlanClass(VoiceModuleEmulator &emulator, bool rtp, const Tr104VlanClass 
     change(emulator, [&](NetState &s) { (rtp ? s.vlan.rtp : s.vlan.sip) = values; });
 }
 
-Tr104Option60Payload option60(VoiceModuleEmulator &emulator) { return stored<Tr104Option60Payload>(emulator, kOption60); }
+Tr104Option60Payload option60(VoiceModuleEmulator &emulator) {
+    return stored<Tr104Option60Payload>(emulator, kOption60);
+}
 Tr104Option125Payload option125(VoiceModuleEmulator &emulator) {
     return stored<Tr104Option125Payload>(emulator, kOption125);
 }

@@ -132,12 +132,18 @@ constexpr char kWanName[] = "1_VOIP_R_VID_46";
 const std::vector<MaskedField> &profileFields() {
     static const std::vector<MaskedField> fields = {
         {TR104_PROFILE_CODEC, {offsetof(Tr104SipProfileRecord, aucCodecs), TR104_PROFILE_CODEC_COUNT}},
-        {TR104_PROFILE_SILENCE_SUPPRESSION, {38, 1}}, {TR104_PROFILE_COMFORT_NOISE, {39, 1}},
-        {TR104_PROFILE_DTMF_METHOD, {40, 1}},         {TR104_PROFILE_ECHO_CANCEL, {41, 1}},
-        {TR104_PROFILE_RECEIVE_GAIN, {42, 1}},        {TR104_PROFILE_TRANSMIT_GAIN, {43, 1}},
-        {TR104_PROFILE_JITTER_TARGET, {44, 1}},       {TR104_PROFILE_PACKETIZATION, {45, 1}},
-        {TR104_PROFILE_T38_BIT_RATE, {56, 4}},        {TR104_PROFILE_T38_TCF_METHOD, {60, 4}},
-        {TR104_PROFILE_T38_HIGH_SPEED_REDUNDANCY, {64, 4}}, {TR104_PROFILE_T38_PORT_ADD2, {72, 4}},
+        {TR104_PROFILE_SILENCE_SUPPRESSION, {38, 1}},
+        {TR104_PROFILE_COMFORT_NOISE, {39, 1}},
+        {TR104_PROFILE_DTMF_METHOD, {40, 1}},
+        {TR104_PROFILE_ECHO_CANCEL, {41, 1}},
+        {TR104_PROFILE_RECEIVE_GAIN, {42, 1}},
+        {TR104_PROFILE_TRANSMIT_GAIN, {43, 1}},
+        {TR104_PROFILE_JITTER_TARGET, {44, 1}},
+        {TR104_PROFILE_PACKETIZATION, {45, 1}},
+        {TR104_PROFILE_T38_BIT_RATE, {56, 4}},
+        {TR104_PROFILE_T38_TCF_METHOD, {60, 4}},
+        {TR104_PROFILE_T38_HIGH_SPEED_REDUNDANCY, {64, 4}},
+        {TR104_PROFILE_T38_PORT_ADD2, {72, 4}},
     };
     return fields;
 }
@@ -224,8 +230,8 @@ void storeDigitMapChunk(VoiceModuleEmulator &e, const Request &request) {
 
 void storeDigitTimers(VoiceModuleEmulator &e, const Request &request) {
     std::vector<char> &timers = e.heldRecord(kDigitTimerFamily, sizeof(Tr104SipDigitTimerRecord), "");
-    for (size_t offset : {offsetof(Tr104SipDigitTimerRecord, unShortDigit),
-                          offsetof(Tr104SipDigitTimerRecord, unLongDigit)}) {
+    for (size_t offset :
+         {offsetof(Tr104SipDigitTimerRecord, unShortDigit), offsetof(Tr104SipDigitTimerRecord, unLongDigit)}) {
         const uint32_t value = request.word<uint32_t>(offset);
         if (value != TR104_DIGIT_TIMER_UNCHANGED) {
             putWord(timers, offset, value);
@@ -245,8 +251,8 @@ void onSet(VoiceModuleEmulator &e, uint32_t cmd, std::function<void(const Reques
     });
 }
 
-RecordFamily keyedFamily(const std::string &name, uint32_t length, std::vector<Field> keys,
-                         std::vector<uint32_t> gets, std::vector<uint32_t> sets) {
+RecordFamily keyedFamily(const std::string &name, uint32_t length, std::vector<Field> keys, std::vector<uint32_t> gets,
+                         std::vector<uint32_t> sets) {
     RecordFamily f;
     f.name = name;
     f.length = length;
@@ -272,17 +278,32 @@ std::vector<SelectedRecord> selectedRecords() {
     using Sig = Tr104SipSignalTimerRecord;
     return {
         // Voice profiles by name, with their change mask.
-        {kProfileFamily, kProfileLen, {kProfileKey}, GET_PROFILE_CMD_ID, SET_PROFILE_CMD_ID,
-         offsetof(Tr104SipProfileRecord, unChangeMask), profileFields()},
+        {kProfileFamily,
+         kProfileLen,
+         {kProfileKey},
+         GET_PROFILE_CMD_ID,
+         SET_PROFILE_CMD_ID,
+         offsetof(Tr104SipProfileRecord, unChangeMask),
+         profileFields()},
         // Signalling timers: one record, the selector names the timer a set changes.
-        {kSignalTimerFamily, sizeof(Sig), {}, GET_SIG_TIMEOUT_ID, SET_SIG_TIMEOUT_ID, offsetof(Sig, usSelector),
+        {kSignalTimerFamily,
+         sizeof(Sig),
+         {},
+         GET_SIG_TIMEOUT_ID,
+         SET_SIG_TIMEOUT_ID,
+         offsetof(Sig, usSelector),
          {{selectorBit(TR104_SIG_TIMER_START_DIGIT), {offsetof(Sig, unStartDigit), 4}},
           {selectorBit(TR104_SIG_TIMER_NO_ANSWER), {offsetof(Sig, unNoAnswer), 4}},
           {selectorBit(TR104_SIG_TIMER_BUSY_TONE), {offsetof(Sig, unBusyTone), 4}},
           {selectorBit(TR104_SIG_TIMER_HANGING_REMINDER), {offsetof(Sig, unHangingReminder), 4}},
           {selectorBit(TR104_SIG_TIMER_CALL_WAITING_REJECT), {offsetof(Sig, unCallWaitingReject), 4}}}},
         // Fax attributes: the configuration flag names the attribute.
-        {"sip fax mode", sizeof(Fax), {}, GET_FAX_MODE_ID, SET_FAX_MODE_ID, offsetof(Fax, unConfigFlag),
+        {"sip fax mode",
+         sizeof(Fax),
+         {},
+         GET_FAX_MODE_ID,
+         SET_FAX_MODE_ID,
+         offsetof(Fax, unConfigFlag),
          {{CONFIG_FLAG_FAX_CTRL_MODE, {offsetof(Fax, unFaxCtrlMode), 4}},
           {CONFIG_FLAG_FAX_PROCESS_MODE, {offsetof(Fax, unProcessMode), 4}},
           {CONFIG_FLAG_FAX_T38_SDP_TYPE, {offsetof(Fax, unT38SdpType), 4}},
@@ -290,7 +311,12 @@ std::vector<SelectedRecord> selectedRecords() {
           {CONFIG_FLAG_FAX_ECHO_CANCEL_SWITCH, {offsetof(Fax, unEchoCancelSwitch), 4}},
           {CONFIG_FLAG_FAX_SILENCE_SUPP_SWITCH, {offsetof(Fax, unSilenceSuppSwitch), 4}}}},
         // Voice-band data: the selector names the field.
-        {"sip vbd", sizeof(Vbd), {}, GET_VBD_ID, SET_VBD_ID, offsetof(Vbd, unSelector),
+        {"sip vbd",
+         sizeof(Vbd),
+         {},
+         GET_VBD_ID,
+         SET_VBD_ID,
+         offsetof(Vbd, unSelector),
          {{TR104_VBD_ENABLE, {offsetof(Vbd, unEnable), 4}},
           {TR104_VBD_CODEC, {offsetof(Vbd, unCodec), 4}},
           {TR104_VBD_RX_INTERVAL, {offsetof(Vbd, unRxInterval), 4}},
@@ -361,7 +387,7 @@ void installSipFamilies(VoiceModuleEmulator &e) {
     Tr104SipProfileRecord portDefault{};
     portDefault.unT38TcfMethod = 2;  // local TCF
     const uint8_t codecs[TR104_PROFILE_CODEC_COUNT] = {0, 8, 18, TR104_PROFILE_CODEC_UNUSED,
-                                                        TR104_PROFILE_CODEC_UNUSED};  // PCMU, PCMA, G.729
+                                                       TR104_PROFILE_CODEC_UNUSED};  // PCMU, PCMA, G.729
     std::memcpy(portDefault.aucCodecs, codecs, sizeof(codecs));
     e.put(kProfileFamily, &portDefault, sizeof(portDefault));
 

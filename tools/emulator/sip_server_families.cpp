@@ -24,8 +24,7 @@ struct ServerFamily {
 
 const ServerFamily kServerFamilies[] = {
     {"sip proxy server", GET_PROXY_CFG_ID, SET_PROXY_CFG_ID, "GET_PROXY_CFG_ID", "SET_PROXY_CFG_ID"},
-    {"sip outbound proxy", GET_OUT_BOUND_CFG_ID, SET_OUT_BOUND_CFG_ID, "GET_OUT_BOUND_CFG_ID",
-     "SET_OUT_BOUND_CFG_ID"},
+    {"sip outbound proxy", GET_OUT_BOUND_CFG_ID, SET_OUT_BOUND_CFG_ID, "GET_OUT_BOUND_CFG_ID", "SET_OUT_BOUND_CFG_ID"},
     {"sip registrar server", GET_REGISTRAR_CFG_ID, SET_REGISTRAR_CFG_ID, "GET_REGISTRAR_CFG_ID",
      "SET_REGISTRAR_CFG_ID"},
 };

@@ -89,9 +89,10 @@ bool console(VoiceModuleEmulator &e, const std::string &verb, std::istream &args
     return true;
 }
 
-ConsoleRegistrar consoleCommand("stats call LINE SECONDS [in|out] [unanswered] | stats show LINE | stats reset LINE"
-                                "   drive the statistics",
-                                &console);
+ConsoleRegistrar consoleCommand(
+    "stats call LINE SECONDS [in|out] [unanswered] | stats show LINE | stats reset LINE"
+    "   drive the statistics",
+    &console);
 
 }  // namespace
 
@@ -161,9 +162,8 @@ void addCall(VoiceModuleEmulator &e, uint32_t line, uint32_t seconds, bool incom
     r.unRcvdPackets += packets - lost;
     r.unRcvdBytes += (packets - lost) * kPacketBytes;
     r.unLostPackets += lost;
-    r.unLostPercent = r.unRcvdPackets + r.unLostPackets == 0
-                          ? 0
-                          : 100 * r.unLostPackets / (r.unRcvdPackets + r.unLostPackets);
+    r.unLostPercent =
+        r.unRcvdPackets + r.unLostPackets == 0 ? 0 : 100 * r.unLostPackets / (r.unRcvdPackets + r.unLostPackets);
     r.unJitter = 12;
     r.unFarEndJitter = 14;
     r.unStreamSpeed = 64;

@@ -252,7 +252,7 @@ std::optional<std::vector<char>> VoiceModuleEmulator::get(const std::string &fam
 }
 
 std::vector<char> &VoiceModuleEmulator::heldRecord(const std::string &family, uint32_t length,
-                                                  const std::string &keyBytes) {
+                                                   const std::string &keyBytes) {
     std::string key = family;
     key.push_back('\0');
     key += keyBytes;
@@ -426,19 +426,13 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         }
         queue = replyQueue(request.module);
         switch (fault.kind) {
-        case Fault::Silent:
-            send = false;
-            break;
+        case Fault::Silent: send = false; break;
         case Fault::FailureMarker:
             reply.fill(0);
             std::memset(reply.data(), 0xFF, 13);
             break;
-        case Fault::WrongCmd:
-            replyCmd = request.cmd + 1;
-            break;
-        case Fault::WrongType:
-            out.mtype = 2;
-            break;
+        case Fault::WrongCmd: replyCmd = request.cmd + 1; break;
+        case Fault::WrongType: out.mtype = 2; break;
         case Fault::Garbage:
             for (char &c : out.text) {
                 garbageSeed_ = garbageSeed_ * 1103515245u + 12345u;
@@ -448,11 +442,11 @@ void VoiceModuleEmulator::handle(const Tr104WireMsg &msg, size_t length) {
         case Fault::Noise:
             for (char &c : reply) {
                 garbageSeed_ = garbageSeed_ * 1103515245u + 12345u;
-                c = static_cast<char>((garbageSeed_ >> 16) | 0x01);  // odd bytes: never 0, so never the failure marker either
+                c = static_cast<char>((garbageSeed_ >> 16) |
+                                      0x01);  // odd bytes: never 0, so never the failure marker either
             }
             break;
-        default:
-            break;
+        default: break;
         }
         shown = logged(request);
         log_.push_back(shown);
@@ -693,8 +687,7 @@ ConsoleRegistrar::ConsoleRegistrar(const char *help, ConsoleCommand command) {
     consoleCommands().push_back({help, command});
 }
 
-bool runConsoleCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::istream &args,
-                       std::string *out) {
+bool runConsoleCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::istream &args, std::string *out) {
     const std::streampos start = args.tellg();
     for (const ConsoleEntry &entry : consoleCommands()) {
         args.clear();

@@ -32,10 +32,10 @@ using Payload = std::array<char, TR104_CFG_BUFFER_LEN>;
 
 // One request as it came off the send queue.
 struct Request {
-    long module = 0;    // message type of the request: the sender's module number
-    uint32_t cmd = 0;   // command id (text bytes 0..3)
+    long module = 0;  // message type of the request: the sender's module number
+    uint32_t cmd = 0;  // command id (text bytes 0..3)
     Payload payload{};  // cfgBuffer (text bytes 4..2051)
-    Payload reply{};    // the request's reply area as sent (should be zero)
+    Payload reply{};  // the request's reply area as sent (should be zero)
     std::array<char, TR104_MSG_TEXT_LEN> text{};  // the whole message text as received
 
     template <typename T>
@@ -59,26 +59,26 @@ struct MaskedField {
 // How the voice module keeps one kind of record.
 struct RecordFamily {
     std::string name;
-    uint32_t length = 0;                    // bytes of the record
-    std::vector<Field> keys;                // fields that select the stored instance (line, name ...)
-    std::vector<uint32_t> getCmds;          // commands answered from the stored record
-    std::vector<uint32_t> setCmds;          // commands that store the record (no reply)
-    std::optional<Field> mask;              // change-mask word, when a set applies only masked fields
+    uint32_t length = 0;  // bytes of the record
+    std::vector<Field> keys;  // fields that select the stored instance (line, name ...)
+    std::vector<uint32_t> getCmds;  // commands answered from the stored record
+    std::vector<uint32_t> setCmds;  // commands that store the record (no reply)
+    std::optional<Field> mask;  // change-mask word, when a set applies only masked fields
     std::vector<MaskedField> maskedFields;  // fields of a masked set
-    std::vector<Field> setFields;           // when non-empty: the only fields a set copies (others kept)
+    std::vector<Field> setFields;  // when non-empty: the only fields a set copies (others kept)
 };
 
 // Faults the emulator can inject, per command or for every command.
 enum class Fault {
     None,
     FailureMarker,  // reply whose payload starts with thirteen 0xFF bytes and a zero byte
-    Silent,         // read the request, never answer
-    Late,           // answer after delayMs
-    WrongCmd,       // answer with another command id
-    WrongType,      // answer with cmd_type 2 instead of 1
-    Garbage,        // answer with cmd_type 1 and pseudo-random text
-    Noise,          // answer the right command (cmd_type 1) with a pseudo-random reply payload
-                    // that holds no zero byte: no terminator anywhere, no failure marker
+    Silent,  // read the request, never answer
+    Late,  // answer after delayMs
+    WrongCmd,  // answer with another command id
+    WrongType,  // answer with cmd_type 2 instead of 1
+    Garbage,  // answer with cmd_type 1 and pseudo-random text
+    Noise,  // answer the right command (cmd_type 1) with a pseudo-random reply payload
+    // that holds no zero byte: no terminator anywhere, no failure marker
 };
 
 struct FaultSpec {
@@ -275,8 +275,7 @@ struct ConsoleRegistrar {
     ConsoleRegistrar(const char *help, ConsoleCommand command);
 };
 // Runs the area command that takes `verb`; false when none does.
-bool runConsoleCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::istream &args,
-                       std::string *out);
+bool runConsoleCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::istream &args, std::string *out);
 // The help lines of every area command.
 std::vector<std::string> consoleHelp();
 

@@ -29,12 +29,8 @@ struct CodecInfo {
 // Kept in the order names are matched: "G.711ALaw", "G.711MuLaw", "G.723.1", "G.729", "G.722"
 // and finally the empty text.
 constexpr CodecInfo kCodecs[] = {
-    {"G.711ALaw", 8, "pcma", 64000},
-    {"G.711MuLaw", 0, "pcmu", 64000},
-    {"G.723.1", 4, "g7231", 5300},
-    {"G.729", 18, "g729", 8000},
-    {"G.722", 9, "g722", 64000},
-    {"", TR104_CODEC_NONE, nullptr, 0},
+    {"G.711ALaw", 8, "pcma", 64000}, {"G.711MuLaw", 0, "pcmu", 64000}, {"G.723.1", 4, "g7231", 5300},
+    {"G.729", 18, "g729", 8000},     {"G.722", 9, "g722", 64000},      {"", TR104_CODEC_NONE, nullptr, 0},
 };
 
 constexpr unsigned kDefaultBitRate = 64000;
@@ -48,7 +44,8 @@ constexpr std::array<uint16_t, kBitRateLastCode - kBitRateFirstCode + 1> kBitRat
     for (size_t i = 0; i < rates.size(); ++i) {
         rates[i] = static_cast<uint16_t>(kDefaultBitRate);
         for (const CodecInfo &c : kCodecs) {
-            if (c.code == kBitRateFirstCode + static_cast<int>(i)) rates[i] = static_cast<uint16_t>(c.bitRate);
+            if (c.code == kBitRateFirstCode + static_cast<int>(i))
+                rates[i] = static_cast<uint16_t>(c.bitRate);
         }
     }
     return rates;
@@ -64,7 +61,8 @@ extern "C" {
 
 int ConvertCodecTypeStr2Int(const char *pCodecType) {
     for (const CodecInfo &c : kCodecs) {
-        if (stricmp(pCodecType, c.tr069Name) == 0) return c.code;
+        if (stricmp(pCodecType, c.tr069Name) == 0)
+            return c.code;
     }
     std::printf("param error, *pCodecType=%s.\n", pCodecType != nullptr ? pCodecType : "(null)");
     return TR104_CODEC_UNKNOWN;
@@ -72,7 +70,8 @@ int ConvertCodecTypeStr2Int(const char *pCodecType) {
 
 const char *ConvertCodecTypeInt2Str(int nCodecType) {
     for (const CodecInfo &c : kCodecs) {
-        if (c.code == nCodecType) return c.tr069Name;
+        if (c.code == nCodecType)
+            return c.tr069Name;
     }
     std::printf("param error, nCodecType=%d.\n", nCodecType);
     return "";
@@ -84,14 +83,16 @@ const char *ConvertCodecTypeInnerStr2Tr069Str(const char *InnerCodecStr) {
         return "";
     }
     for (const CodecInfo &c : kCodecs) {
-        if (c.innerName != nullptr && std::strcmp(InnerCodecStr, c.innerName) == 0) return c.tr069Name;
+        if (c.innerName != nullptr && std::strcmp(InnerCodecStr, c.innerName) == 0)
+            return c.tr069Name;
     }
     std::printf("param error, InnerCodecStr=%s.\n", InnerCodecStr);
     return "";
 }
 
 unsigned int tr104GetBitRateByCodecEnum(int nCodecType) {
-    if (nCodecType < kBitRateFirstCode || nCodecType > kBitRateLastCode) return kDefaultBitRate;
+    if (nCodecType < kBitRateFirstCode || nCodecType > kBitRateLastCode)
+        return kDefaultBitRate;
     return kBitRates[static_cast<size_t>(nCodecType - kBitRateFirstCode)];
 }
 

@@ -25,8 +25,7 @@ const Block kPhyName{sizeof(Tr104H248PhyNameBlock), GET_PHY_NAME, SET_PHY_NAME, 
 const Block kEphName{sizeof(Tr104H248EphNameBlock), GET_EPH_NAME, SET_EPH_NAME, "send msg SET_EPH_NAME failed\n"};
 const Block kTermId{sizeof(Tr104H248TermIdBlock), GET_SINGLE_USERNAME, SET_SINGLE_USERNAME,
                     "send msg SET_SINGLE_USERNAME failed\n"};
-const Block kAlive{sizeof(Tr104H248AliveBlock), GET_ALIVE_PARAM, SET_ALIVE_PARAM,
-                   "send msg SET_ALIVE_PARAM failed\n"};
+const Block kAlive{sizeof(Tr104H248AliveBlock), GET_ALIVE_PARAM, SET_ALIVE_PARAM, "send msg SET_ALIVE_PARAM failed\n"};
 const Block kTrans{sizeof(Tr104H248TransTimerBlock), GET_TRANS_TIME, SET_TRANS_TIME,
                    "send msg SET_TRANS_TIME failed\n"};
 const Block kReg{sizeof(Tr104H248RegBlock), GET_REGMG_PARAM, SET_REGMG_PARAM, "send msg SET_REGMG_PARAM failed\n"};
@@ -42,65 +41,190 @@ constexpr int kMaxPort = 65535;
 
 // ---- MGC block ---------------------------------------------------------------------------------
 
-const BlockValue kPrimaryMgc{gw("Tr104PrimaryMGCH248", "pPrimaryMgc"), &kMgc, kAddr0, TR104_H248_MGC_ADDR_LEN,
-                             Conv::Text, 0x1, 0, 68, "param error, pPrimaryMgc is too long\n", Where::Primary};
-const BlockValue kPrimaryMgcPort{gw("Tr104PrimaryMGCPortH248", "pPort"), &kMgc, kPort0, 2, Conv::Word, 0x2, 0,
-                                 kMaxPort, "param error, pPort[%d]\n", Where::Primary};
-const BlockValue kSecondaryMgc{gw("Tr104SecondaryMGCH248", "pSecondaryMgc"), &kMgc, kAddr1,
-                               TR104_H248_MGC_ADDR_LEN, Conv::Text, 0x1, 0, 68,
-                               "param error, pSecondaryMgc is too long\n", Where::Secondary};
-const BlockValue kSecondaryMgcPort{gw("Tr104SecondaryMGCPortH248", "pPort"), &kMgc, kPort1, 2, Conv::Word, 0x2, 0,
-                                   kMaxPort, "param error, pPort[%d]\n", Where::Secondary};
-const BlockValue kCurrMgcNum{gw("Tr104CurrMgcNumH248", "pCurrMgcNum", Access::GetOnly), &kMgc,
-                             offsetof(Tr104H248MgcBlock, unCurrMgcNum), 4, Conv::Word, 0, 0, 0, nullptr};
-const BlockValue kCurrMgcAddr{gw("Tr104CurrMgcAddrH248", "pCurrMgcAddr", Access::GetOnly), &kMgc,
-                              offsetof(Tr104H248MgcBlock, aCurrMgcAddr), sizeof(Tr104H248MgcBlock::aCurrMgcAddr),
-                              Conv::Text, 0, 0, 0, nullptr};
-const BlockValue kMgcStatus{gw("Tr104MgcStatusH248", "pMgcStatus", Access::GetOnly), &kMgc,
-                            offsetof(Tr104H248MgcBlock, unMgcStatus), 4, Conv::MgcStatus, 0, 0, 0, nullptr};
+const BlockValue kPrimaryMgc{
+    gw("Tr104PrimaryMGCH248", "pPrimaryMgc"), &kMgc,         kAddr0, TR104_H248_MGC_ADDR_LEN, Conv::Text, 0x1, 0, 68,
+    "param error, pPrimaryMgc is too long\n", Where::Primary};
+const BlockValue kPrimaryMgcPort{gw("Tr104PrimaryMGCPortH248", "pPort"),
+                                 &kMgc,
+                                 kPort0,
+                                 2,
+                                 Conv::Word,
+                                 0x2,
+                                 0,
+                                 kMaxPort,
+                                 "param error, pPort[%d]\n",
+                                 Where::Primary};
+const BlockValue kSecondaryMgc{gw("Tr104SecondaryMGCH248", "pSecondaryMgc"),
+                               &kMgc,
+                               kAddr1,
+                               TR104_H248_MGC_ADDR_LEN,
+                               Conv::Text,
+                               0x1,
+                               0,
+                               68,
+                               "param error, pSecondaryMgc is too long\n",
+                               Where::Secondary};
+const BlockValue kSecondaryMgcPort{gw("Tr104SecondaryMGCPortH248", "pPort"),
+                                   &kMgc,
+                                   kPort1,
+                                   2,
+                                   Conv::Word,
+                                   0x2,
+                                   0,
+                                   kMaxPort,
+                                   "param error, pPort[%d]\n",
+                                   Where::Secondary};
+const BlockValue kCurrMgcNum{gw("Tr104CurrMgcNumH248", "pCurrMgcNum", Access::GetOnly),
+                             &kMgc,
+                             offsetof(Tr104H248MgcBlock, unCurrMgcNum),
+                             4,
+                             Conv::Word,
+                             0,
+                             0,
+                             0,
+                             nullptr};
+const BlockValue kCurrMgcAddr{gw("Tr104CurrMgcAddrH248", "pCurrMgcAddr", Access::GetOnly),
+                              &kMgc,
+                              offsetof(Tr104H248MgcBlock, aCurrMgcAddr),
+                              sizeof(Tr104H248MgcBlock::aCurrMgcAddr),
+                              Conv::Text,
+                              0,
+                              0,
+                              0,
+                              nullptr};
+const BlockValue kMgcStatus{gw("Tr104MgcStatusH248", "pMgcStatus", Access::GetOnly),
+                            &kMgc,
+                            offsetof(Tr104H248MgcBlock, unMgcStatus),
+                            4,
+                            Conv::MgcStatus,
+                            0,
+                            0,
+                            0,
+                            nullptr};
 
 // ---- Gateway identity and port -----------------------------------------------------------------
 
-const BlockValue kLocalPortValue{gw("Tr104MgLocalPortH248", "pLocalPort"), &kLocalPort,
-                                 offsetof(Tr104H248LocalPortBlock, unLocalPort), 4, Conv::Word, 0, 0, kMaxPort,
+const BlockValue kLocalPortValue{gw("Tr104MgLocalPortH248", "pLocalPort"),
+                                 &kLocalPort,
+                                 offsetof(Tr104H248LocalPortBlock, unLocalPort),
+                                 4,
+                                 Conv::Word,
+                                 0,
+                                 0,
+                                 kMaxPort,
                                  "param error, pLocalPort[%d]\n"};
-const BlockValue kMgId{gw("Tr104MgIdH248", "pMgId"), &kMid, offsetof(Tr104H248MidBlock, aMid), TR104_H248_MID_LEN,
-                       Conv::Text, 0x1, 0, 68, "param error, pMgId is too long\n"};
-const BlockValue kMgRegMode{gw("Tr104MgRegModeH248", "pMgRegMode"), &kMidMode, offsetof(Tr104H248MidBlock, unRegMode),
-                            4, Conv::Word, 0x2, 0, 2, "param error, pMgRegMode[%d]\n"};
+const BlockValue kMgId{gw("Tr104MgIdH248", "pMgId"),
+                       &kMid,
+                       offsetof(Tr104H248MidBlock, aMid),
+                       TR104_H248_MID_LEN,
+                       Conv::Text,
+                       0x1,
+                       0,
+                       68,
+                       "param error, pMgId is too long\n"};
+const BlockValue kMgRegMode{
+    gw("Tr104MgRegModeH248", "pMgRegMode"), &kMidMode, offsetof(Tr104H248MidBlock, unRegMode), 4, Conv::Word, 0x2, 0, 2,
+    "param error, pMgRegMode[%d]\n"};
 
 // ---- Physical and ephemeral termination naming -------------------------------------------------
 
-const BlockValue kPhyPrefix{gw("Tr104PhysicalTermIDPrefixH248", "pPrefix"), &kPhyName,
-                            offsetof(Tr104H248PhyNameBlock, aPrefix), TR104_H248_PREFIX_LEN, Conv::Text, 0x1, 0, 15,
+const BlockValue kPhyPrefix{gw("Tr104PhysicalTermIDPrefixH248", "pPrefix"),
+                            &kPhyName,
+                            offsetof(Tr104H248PhyNameBlock, aPrefix),
+                            TR104_H248_PREFIX_LEN,
+                            Conv::Text,
+                            0x1,
+                            0,
+                            15,
                             "param error, pPrefix is too long\n"};
-const BlockValue kPhyStart{gw("Tr104PhysicalTermIDStartVlaueH248", "pStartValue"), &kPhyName,
-                           offsetof(Tr104H248PhyNameBlock, unStart), 4, Conv::Word, 0x2, 0, kMaxPort,
+const BlockValue kPhyStart{gw("Tr104PhysicalTermIDStartVlaueH248", "pStartValue"),
+                           &kPhyName,
+                           offsetof(Tr104H248PhyNameBlock, unStart),
+                           4,
+                           Conv::Word,
+                           0x2,
+                           0,
+                           kMaxPort,
                            "param error, pStartValue[%d]\n"};
-const BlockValue kPhyAddLen{gw("Tr104PhysicalTermIDAddLenH248", "pAddLen"), &kPhyName,
-                            offsetof(Tr104H248PhyNameBlock, unAddLen), 4, Conv::Word, 0x4, 1, 5,
+const BlockValue kPhyAddLen{gw("Tr104PhysicalTermIDAddLenH248", "pAddLen"),
+                            &kPhyName,
+                            offsetof(Tr104H248PhyNameBlock, unAddLen),
+                            4,
+                            Conv::Word,
+                            0x4,
+                            1,
+                            5,
                             "param error, pAddLen[%d]\n"};
-const BlockValue kPhyUniform{gw("Tr104PhysicalTermIDUniformH248", "pUniform"), &kPhyName,
-                             offsetof(Tr104H248PhyNameBlock, unFillFlag), 4, Conv::Inverted, 0x8, 0, 1,
+const BlockValue kPhyUniform{gw("Tr104PhysicalTermIDUniformH248", "pUniform"),
+                             &kPhyName,
+                             offsetof(Tr104H248PhyNameBlock, unFillFlag),
+                             4,
+                             Conv::Inverted,
+                             0x8,
+                             0,
+                             1,
                              "param error, pUniform[%d]\n"};
-const BlockValue kEphPrefix{gw("Tr104EphemeralTermIDPrefixH248", "pPrefix"), &kEphName,
-                            offsetof(Tr104H248EphNameBlock, aPrefix), TR104_H248_PREFIX_LEN, Conv::Text, 0x1, 0, 15,
+const BlockValue kEphPrefix{gw("Tr104EphemeralTermIDPrefixH248", "pPrefix"),
+                            &kEphName,
+                            offsetof(Tr104H248EphNameBlock, aPrefix),
+                            TR104_H248_PREFIX_LEN,
+                            Conv::Text,
+                            0x1,
+                            0,
+                            15,
                             "param error, pPrefix is too long\n"};
-const BlockValue kEphAddLen{gw("Tr104EphemeralTermIDAddLenH248", "pAddLen"), &kEphName,
-                            offsetof(Tr104H248EphNameBlock, unAddLen), 4, Conv::Word, 0x2, 1, 5,
+const BlockValue kEphAddLen{gw("Tr104EphemeralTermIDAddLenH248", "pAddLen"),
+                            &kEphName,
+                            offsetof(Tr104H248EphNameBlock, unAddLen),
+                            4,
+                            Conv::Word,
+                            0x2,
+                            1,
+                            5,
                             "param error, pAddLen[%d]\n"};
-const BlockValue kEphUniform{gw("Tr104EphemeralTermIDUniformH248", "pUniform"), &kEphName,
-                             TR104_H248_EPH_FILL_OFFSET, 4, Conv::Inverted, 0x4, 0, 1, "param error, pUniform[%d]\n"};
-const BlockValue kEphStart{gw("Tr104EphemeralTermIDStartVlaueH248", "pStartValue"), &kEphName,
-                           offsetof(Tr104H248EphNameBlock, unStart), 4, Conv::Word, 0x8, 0, kMaxPort,
+const BlockValue kEphUniform{gw("Tr104EphemeralTermIDUniformH248", "pUniform"),
+                             &kEphName,
+                             TR104_H248_EPH_FILL_OFFSET,
+                             4,
+                             Conv::Inverted,
+                             0x4,
+                             0,
+                             1,
+                             "param error, pUniform[%d]\n"};
+const BlockValue kEphStart{gw("Tr104EphemeralTermIDStartVlaueH248", "pStartValue"),
+                           &kEphName,
+                           offsetof(Tr104H248EphNameBlock, unStart),
+                           4,
+                           Conv::Word,
+                           0x8,
+                           0,
+                           kMaxPort,
                            "param error, pStartValue[%d]\n"};
 // The instance name of a get: instance 0 (allowed, below 3) names no instance.
 const BlockValue kEphInstanceName{{"Tr104EphemeralTermIDNameH248", "pEphName", Locate::LineOrAll, Access::GetOnly},
-                          &kEphName, TR104_H248_EPH_NAME_OFFSET, TR104_H248_EPH_NAME_LEN, Conv::Text, 0, 0, 0, nullptr,
-                          Where::Instance, 1, 0, nullptr, 0, nullptr, "nFlag[%d], pEphName[%s], nLocate[2][%d]\n"};
-const BlockValue kEphFirstName{gw("Tr104EphemeralTermIDFirstNameH248", "pEphName", Access::GetOnly), &kEphName,
+                                  &kEphName,
+                                  TR104_H248_EPH_NAME_OFFSET,
+                                  TR104_H248_EPH_NAME_LEN,
+                                  Conv::Text,
+                                  0,
+                                  0,
+                                  0,
+                                  nullptr,
+                                  Where::Instance,
+                                  1,
+                                  0,
+                                  nullptr,
+                                  0,
+                                  nullptr,
+                                  "nFlag[%d], pEphName[%s], nLocate[2][%d]\n"};
+const BlockValue kEphFirstName{gw("Tr104EphemeralTermIDFirstNameH248", "pEphName", Access::GetOnly),
+                               &kEphName,
                                TR104_H248_EPH_FIRST_NAME_OFFSET,
-                               sizeof(Tr104H248EphNameBlock) - TR104_H248_EPH_FIRST_NAME_OFFSET, Conv::Text, 0, 0, 0,
+                               sizeof(Tr104H248EphNameBlock) - TR104_H248_EPH_FIRST_NAME_OFFSET,
+                               Conv::Text,
+                               0,
+                               0,
+                               0,
                                nullptr};
 // Its debug line names the instance as well.
 constexpr BlockValue namingInstance(BlockValue v) {
@@ -115,39 +239,111 @@ const BlockValue kPhysicalTermId = namingInstance(
 
 // ---- Heartbeat, transaction timers, registration, authentication -------------------------------
 
-const BlockValue kHeartbeatMode{gw("Tr104HeartbeatModeH248", "pHeartbeatMode"), &kAlive,
-                                offsetof(Tr104H248AliveBlock, unMode), 4, Conv::Word, 0x10, 0, 2,
+const BlockValue kHeartbeatMode{gw("Tr104HeartbeatModeH248", "pHeartbeatMode"),
+                                &kAlive,
+                                offsetof(Tr104H248AliveBlock, unMode),
+                                4,
+                                Conv::Word,
+                                0x10,
+                                0,
+                                2,
                                 "param error, pHeartbeatMode[%d]\n"};
-const BlockValue kHeartbeatCycle{gw("Tr104HeartbeatCycleH248", "pHeartbeatCycle"), &kAlive,
-                                 offsetof(Tr104H248AliveBlock, unCycle), 4, Conv::Word, 0x1, 1, kMaxPort,
+const BlockValue kHeartbeatCycle{gw("Tr104HeartbeatCycleH248", "pHeartbeatCycle"),
+                                 &kAlive,
+                                 offsetof(Tr104H248AliveBlock, unCycle),
+                                 4,
+                                 Conv::Word,
+                                 0x1,
+                                 1,
+                                 kMaxPort,
                                  "param error, pHeartbeatCycle[%d]\n"};
-const BlockValue kHeartbeatCount{gw("Tr104HeartbeatCountH248", "pHeartbeatCount"), &kAlive,
-                                 offsetof(Tr104H248AliveBlock, unCount), 4, Conv::Word, 0x2, 1, kMaxPort,
+const BlockValue kHeartbeatCount{gw("Tr104HeartbeatCountH248", "pHeartbeatCount"),
+                                 &kAlive,
+                                 offsetof(Tr104H248AliveBlock, unCount),
+                                 4,
+                                 Conv::Word,
+                                 0x2,
+                                 1,
+                                 kMaxPort,
                                  "param error, pHeartbeatCount[%d]\n"};
-const BlockValue kHeartbeatFormat{gw("Tr104HeartbeatFormatH248", "pHeartbeatFormat"), &kAlive,
-                                  offsetof(Tr104H248AliveBlock, unFormat), 4, Conv::Word, 0x8, 0, 1,
+const BlockValue kHeartbeatFormat{gw("Tr104HeartbeatFormatH248", "pHeartbeatFormat"),
+                                  &kAlive,
+                                  offsetof(Tr104H248AliveBlock, unFormat),
+                                  4,
+                                  Conv::Word,
+                                  0x8,
+                                  0,
+                                  1,
                                   "param error, pHeartbeatFormat[%d]\n"};
-const BlockValue kHandShake{gw("Tr104ThreeHandShakeEnableH248", "pHandShakeFlag"), &kTrans,
-                            offsetof(Tr104H248TransTimerBlock, unHandShake), 4, Conv::Word, 0x10, 0, 1,
+const BlockValue kHandShake{gw("Tr104ThreeHandShakeEnableH248", "pHandShakeFlag"),
+                            &kTrans,
+                            offsetof(Tr104H248TransTimerBlock, unHandShake),
+                            4,
+                            Conv::Word,
+                            0x10,
+                            0,
+                            1,
                             "param error, pHandShakeFlag[%d]\n"};
 // The three retransmission timers: seconds here, milliseconds in the voice module.
-const BlockValue kRetranInitial{gw("Tr104RetranTimerInitialH248", "pRetranTime"), &kTrans,
-                                offsetof(Tr104H248TransTimerBlock, unRetranInitial), 4, Conv::Word, 0x1, 1, 20,
-                                "param error, pRetranTime[%d]\n", Where::None, 1000};
-const BlockValue kRetranCycle{gw("Tr104RetransmissionCycleH248", "pRetransmissionCycle"), &kTrans,
-                              offsetof(Tr104H248TransTimerBlock, unRetranCycle), 4, Conv::Word, 0x2, 1, 20,
-                              "param error, pRetransmissionCycle[%d]\n", Where::None, 1000};
-const BlockValue kRetranTime{gw("Tr104RetransmissionTimeH248", "pRetransmissionTime"), &kTrans,
-                             offsetof(Tr104H248TransTimerBlock, unRetranTime), 4, Conv::Word, 0x4, 1, 60,
-                             "param error, pRetransmissionTime[%d]\n", Where::None, 1000};
-const BlockValue kMaxRetranCount{gw("Tr104MaxRetranCountH248", "pMaxRetranCount"), &kTrans,
-                                 offsetof(Tr104H248TransTimerBlock, unMaxRetranCount), 4, Conv::Word, 0x8, 1, kMaxPort,
+const BlockValue kRetranInitial{gw("Tr104RetranTimerInitialH248", "pRetranTime"),
+                                &kTrans,
+                                offsetof(Tr104H248TransTimerBlock, unRetranInitial),
+                                4,
+                                Conv::Word,
+                                0x1,
+                                1,
+                                20,
+                                "param error, pRetranTime[%d]\n",
+                                Where::None,
+                                1000};
+const BlockValue kRetranCycle{gw("Tr104RetransmissionCycleH248", "pRetransmissionCycle"),
+                              &kTrans,
+                              offsetof(Tr104H248TransTimerBlock, unRetranCycle),
+                              4,
+                              Conv::Word,
+                              0x2,
+                              1,
+                              20,
+                              "param error, pRetransmissionCycle[%d]\n",
+                              Where::None,
+                              1000};
+const BlockValue kRetranTime{gw("Tr104RetransmissionTimeH248", "pRetransmissionTime"),
+                             &kTrans,
+                             offsetof(Tr104H248TransTimerBlock, unRetranTime),
+                             4,
+                             Conv::Word,
+                             0x4,
+                             1,
+                             60,
+                             "param error, pRetransmissionTime[%d]\n",
+                             Where::None,
+                             1000};
+const BlockValue kMaxRetranCount{gw("Tr104MaxRetranCountH248", "pMaxRetranCount"),
+                                 &kTrans,
+                                 offsetof(Tr104H248TransTimerBlock, unMaxRetranCount),
+                                 4,
+                                 Conv::Word,
+                                 0x8,
+                                 1,
+                                 kMaxPort,
                                  "param error, pMaxRetranCount[%d]\n"};
-const BlockValue kRegisterCycle{gw("Tr104MgRegisterCycleH248", "pRegisterCycle"), &kReg,
-                                offsetof(Tr104H248RegBlock, unRegisterCycle), 4, Conv::Word, 0, 1, 300,
+const BlockValue kRegisterCycle{gw("Tr104MgRegisterCycleH248", "pRegisterCycle"),
+                                &kReg,
+                                offsetof(Tr104H248RegBlock, unRegisterCycle),
+                                4,
+                                Conv::Word,
+                                0,
+                                1,
+                                300,
                                 "param error, pRegisterCycle[%d]\n"};
-const BlockValue kAuthMethod{gw("Tr104AuthenticationMethH248", "pAuthMethId"), &kAuth,
-                             offsetof(Tr104H248AuthBlock, unAuthMethod), 4, Conv::Word, 0, 0, 1,
+const BlockValue kAuthMethod{gw("Tr104AuthenticationMethH248", "pAuthMethId"),
+                             &kAuth,
+                             offsetof(Tr104H248AuthBlock, unAuthMethod),
+                             4,
+                             Conv::Word,
+                             0,
+                             0,
+                             1,
                              "param error, pAuthMethId[%d]\n"};
 
 // ---- Values held in library memory -------------------------------------------------------------
@@ -162,8 +358,15 @@ int gMessageFormat = 0;
 
 const TextCode kEncodings[] = {{"ABNF", 0}, {"ASN.1", 1}};
 
-const HeldValue kEncodingType{gw("Tr104MessageEncodingTypeH248", "pEncodingType"), gEncodingType,
-                              sizeof(gEncodingType), true, 0, 0, false, kEncodings, 2,
+const HeldValue kEncodingType{gw("Tr104MessageEncodingTypeH248", "pEncodingType"),
+                              gEncodingType,
+                              sizeof(gEncodingType),
+                              true,
+                              0,
+                              0,
+                              false,
+                              kEncodings,
+                              2,
                               "param error, pEncodingType[%s]\n"};
 // Stored as given; a text longer than the buffer keeps its first 68 characters.
 // A null pointer is reported as the MID's ("pMgId"); the debug line names the device name.
@@ -175,12 +378,13 @@ const HeldValue kDeviceName =
     shownAsDeviceName({gw("Tr104DeviceNameH248", "pMgId"), gDeviceName, sizeof(gDeviceName), true, 0, 0, true});
 const HeldValue kLongTimer{gw("Tr104LongTimerH248", "pLongTime"), &gLongTimer, 4, false, 0, 0, true};
 const HeldValue kPendingTimer{gw("Tr104PendingTimerH248", "pPendingTime"), &gPendingTimer, 4, false, 0, 0, true};
-const HeldValue kRegisterFlag{gw("Tr104MgRegisterH248", "pRegisterFlag"), &gRegisterFlag, 4, false, 0, 1, false,
-                              nullptr, 0, "param error, pRegisterFlag[%d]\n"};
-const HeldValue kProtocolVersion{gw("Tr104ProtocolVersionH248", "pVersion", Access::GetOnly), &gProtocolVersion, 4,
-                                 false, 0, 0, false};
-const HeldValue kMessageFormat{gw("Tr104MessageFormatH248", "pMessageFormat", Access::GetOnly), &gMessageFormat, 4,
-                               false, 0, 0, false};
+const HeldValue kRegisterFlag{
+    gw("Tr104MgRegisterH248", "pRegisterFlag"), &gRegisterFlag, 4, false, 0, 1, false, nullptr, 0,
+    "param error, pRegisterFlag[%d]\n"};
+const HeldValue kProtocolVersion{
+    gw("Tr104ProtocolVersionH248", "pVersion", Access::GetOnly), &gProtocolVersion, 4, false, 0, 0, false};
+const HeldValue kMessageFormat{
+    gw("Tr104MessageFormatH248", "pMessageFormat", Access::GetOnly), &gMessageFormat, 4, false, 0, 0, false};
 
 // ---- Naming rules with several pointers --------------------------------------------------------
 
@@ -225,8 +429,7 @@ uint32_t wordAt(const char *data, uint16_t offset) {
 }
 void putWord(char *data, uint16_t offset, uint32_t v) { std::memcpy(data + offset, &v, sizeof(v)); }
 
-int maskedRule(const NameRule &r, int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
-               uint32_t *pFillFlag) {
+int maskedRule(const NameRule &r, int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart, uint32_t *pFillFlag) {
     if (pPrefix == nullptr || pLength == nullptr || pStart == nullptr || pFillFlag == nullptr) {
         say(r.name, "param error, param is null\n");
         return TR104_ERR_PARAM;
@@ -285,9 +488,7 @@ TR104_API int Tr104SecondaryMGCPortH248(int nFlag, void *pValue) {
     return blockValue(kSecondaryMgcPort, nFlag, pValue, nullptr);
 }
 TR104_API int Tr104CurrMgcNumH248(int nFlag, void *pValue) { return blockValue(kCurrMgcNum, nFlag, pValue, nullptr); }
-TR104_API int Tr104CurrMgcAddrH248(int nFlag, void *pValue) {
-    return blockValue(kCurrMgcAddr, nFlag, pValue, nullptr);
-}
+TR104_API int Tr104CurrMgcAddrH248(int nFlag, void *pValue) { return blockValue(kCurrMgcAddr, nFlag, pValue, nullptr); }
 TR104_API int Tr104MgcStatusH248(int nFlag, void *pValue) { return blockValue(kMgcStatus, nFlag, pValue, nullptr); }
 TR104_API int Tr104MgLocalPortH248(int nFlag, void *pValue) {
     return blockValue(kLocalPortValue, nFlag, pValue, nullptr);
@@ -360,9 +561,7 @@ TR104_API int Tr104MgRegisterCycleH248(int nFlag, void *pValue) {
 TR104_API int Tr104AuthenticationMethH248(int nFlag, void *pValue) {
     return blockValue(kAuthMethod, nFlag, pValue, nullptr);
 }
-TR104_API int Tr104MessageEncodingTypeH248(int nFlag, void *pValue) {
-    return heldValue(kEncodingType, nFlag, pValue);
-}
+TR104_API int Tr104MessageEncodingTypeH248(int nFlag, void *pValue) { return heldValue(kEncodingType, nFlag, pValue); }
 TR104_API int Tr104DeviceNameH248(int nFlag, void *pValue) { return heldValue(kDeviceName, nFlag, pValue); }
 TR104_API int Tr104LongTimerH248(int nFlag, void *pValue) { return heldValue(kLongTimer, nFlag, pValue); }
 TR104_API int Tr104PendingTimerH248(int nFlag, void *pValue) { return heldValue(kPendingTimer, nFlag, pValue); }
@@ -373,8 +572,7 @@ TR104_API int Tr104MessageFormatH248(int nFlag, void *pValue) { return heldValue
 // The termination id is the physical termination prefix, whatever protocol answers it.
 TR104_API int Tr104TermIdH248(int nFlag, void *pValue) { return Tr104PhysicalTermIDPrefix(nFlag, pValue); }
 
-TR104_API int Tr104PhyNameRuleH248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart,
-                                   uint32_t *pFillFlag) {
+TR104_API int Tr104PhyNameRuleH248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart, uint32_t *pFillFlag) {
     return maskedRule(kPhyNameRule, nFlag, pPrefix, pLength, pStart, pFillFlag);
 }
 

@@ -37,20 +37,13 @@ void writeAt(char *data, uint16_t offset, uint8_t width, uint32_t value) {
 // Writes the request's instance word.
 void placeInstance(char *data, Where where, int line) {
     switch (where) {
-        case Where::Line:
-        case Where::Port:
-        case Where::Line1:
-            writeAt(data, 0, 4, static_cast<uint32_t>(line));
-            break;
-        case Where::Instance:
-            writeAt(data, 2, 2, static_cast<uint32_t>(line));
-            break;
-        case Where::Secondary:
-            writeAt(data, kMgcIndexOffset, 4, 1);
-            break;
-        case Where::Primary:
-        case Where::None:
-            break;
+    case Where::Line:
+    case Where::Port:
+    case Where::Line1: writeAt(data, 0, 4, static_cast<uint32_t>(line)); break;
+    case Where::Instance: writeAt(data, 2, 2, static_cast<uint32_t>(line)); break;
+    case Where::Secondary: writeAt(data, kMgcIndexOffset, 4, 1); break;
+    case Where::Primary:
+    case Where::None: break;
     }
 }
 
@@ -64,8 +57,12 @@ struct TextMap {
 
 // Registration state texts of the port status: the data model's state and server status.
 const TextMap kRegStates[] = {
-    {"IDLE", "Up", 1},          {"INACTIVE", "Initializing", 0}, {"REGING", "Registering", 2},
-    {"LOCAL_REG", "Unregistering", 2}, {"REG_FAIL", "Error", 5},  {"LINE_FAIL", "Disabled", 2},
+    {"IDLE", "Up", 1},
+    {"INACTIVE", "Initializing", 0},
+    {"REGING", "Registering", 2},
+    {"LOCAL_REG", "Unregistering", 2},
+    {"REG_FAIL", "Error", 5},
+    {"LINE_FAIL", "Disabled", 2},
 };
 
 const TextMap *regState(const char *data, uint16_t offset, uint8_t width) {
@@ -81,14 +78,10 @@ const TextMap *regState(const char *data, uint16_t offset, uint8_t width) {
 
 int mgcStatus(uint32_t code) {
     switch (code) {
-        case 0:
-            return 1;
-        case 1:
-            return 2;
-        case 2:
-            return 0;
-        default:
-            return 3;
+    case 0: return 1;
+    case 1: return 2;
+    case 2: return 0;
+    default: return 3;
     }
 }
 
@@ -137,37 +130,29 @@ int getValue(const BlockValue &v, int nFlag, void *pValue, int line) {
                              : readAt(data, offset, v.width);
     char *text = static_cast<char *>(pValue);
     switch (v.conv) {
-        case Conv::Word:
-            putInt(pValue, static_cast<int>(raw / v.scale));
-            break;
-        case Conv::Byte:
-            putInt(pValue, static_cast<int>(raw));
-            break;
-        case Conv::AddWord: putInt(pValue, static_cast<int>(static_cast<uint32_t>(intValue(pValue)) + raw)); break;
-        case Conv::Inverted:
-            putInt(pValue, raw != 1 ? 1 : 0);
-            break;
-        case Conv::PlusOne: putInt(pValue, static_cast<int>(raw + 1u)); break;
-        case Conv::MgcStatus:
-            putInt(pValue, mgcStatus(raw));
-            break;
-        case Conv::Text: core::copyFieldText(text, data + offset, v.width); break;
-        case Conv::Codes: {
-            const TextCode *row = core::findCode(v.codes, v.codeCount, static_cast<int>(raw));
-            std::strcpy(text, (row != nullptr ? row : &v.codes[v.codeCount - 1])->text);
-            break;
+    case Conv::Word: putInt(pValue, static_cast<int>(raw / v.scale)); break;
+    case Conv::Byte: putInt(pValue, static_cast<int>(raw)); break;
+    case Conv::AddWord: putInt(pValue, static_cast<int>(static_cast<uint32_t>(intValue(pValue)) + raw)); break;
+    case Conv::Inverted: putInt(pValue, raw != 1 ? 1 : 0); break;
+    case Conv::PlusOne: putInt(pValue, static_cast<int>(raw + 1u)); break;
+    case Conv::MgcStatus: putInt(pValue, mgcStatus(raw)); break;
+    case Conv::Text: core::copyFieldText(text, data + offset, v.width); break;
+    case Conv::Codes: {
+        const TextCode *row = core::findCode(v.codes, v.codeCount, static_cast<int>(raw));
+        std::strcpy(text, (row != nullptr ? row : &v.codes[v.codeCount - 1])->text);
+        break;
+    }
+    case Conv::RegText:
+        // An unknown state writes nothing.
+        if (const TextMap *row = regState(data, offset, v.width)) {
+            std::strcpy(text, row->to);
         }
-        case Conv::RegText:
-            // An unknown state writes nothing.
-            if (const TextMap *row = regState(data, offset, v.width)) {
-                std::strcpy(text, row->to);
-            }
-            break;
-        case Conv::ServerStatus: {
-            const TextMap *row = regState(data, offset, v.width);
-            putInt(pValue, row != nullptr ? row->server : 2);
-            break;
-        }
+        break;
+    case Conv::ServerStatus: {
+        const TextMap *row = regState(data, offset, v.width);
+        putInt(pValue, row != nullptr ? row->server : 2);
+        break;
+    }
     }
     printDone(v, nFlag, line, pValue);
     return TR104_OK;
@@ -194,13 +179,9 @@ bool encode(const BlockValue &v, const void *pValue, uint32_t *raw) {
         return false;
     }
     switch (v.conv) {
-        case Conv::Inverted:
-            *raw = value == 0 ? 1u : 0u;
-            break;
-        case Conv::PlusOne: *raw = static_cast<uint32_t>(value) - 1u; break;
-        default:
-            *raw = static_cast<uint32_t>(value) * v.scale;
-            break;
+    case Conv::Inverted: *raw = value == 0 ? 1u : 0u; break;
+    case Conv::PlusOne: *raw = static_cast<uint32_t>(value) - 1u; break;
+    default: *raw = static_cast<uint32_t>(value) * v.scale; break;
     }
     return true;
 }
@@ -251,15 +232,11 @@ int setValue(const BlockValue &v, const void *pValue, int line) {
 
 int instanceOf(Where where, const int *nLocate) {
     switch (where) {
-        case Where::Line:
-        case Where::Instance:
-            return nLocate[2];
-        case Where::Port:
-            return nLocate[1];
-        case Where::Line1:
-            return 1;
-        default:
-            return 0;
+    case Where::Line:
+    case Where::Instance: return nLocate[2];
+    case Where::Port: return nLocate[1];
+    case Where::Line1: return 1;
+    default: return 0;
     }
 }
 

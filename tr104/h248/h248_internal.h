@@ -107,33 +107,33 @@ struct Block {
     uint16_t len;
     uint16_t getCmd;
     uint16_t setCmd;
-    const char *setError;                        // send failed ("%d" the line where it has one)
+    const char *setError;  // send failed ("%d" the line where it has one)
     const char *getError = "get param failed\n";  // fetch failed
 };
 
 // How a field of a block maps to the data model's value.
 enum class Conv : uint8_t {
-    Word,          // an integer of `width` bytes (2 or 4), times `scale` in the block
-    Text,          // NUL-terminated text of `width` bytes, at most `high` characters on set
-    Inverted,      // data-model uniform flag <-> the block's fill flag (0 <-> 1)
-    PlusOne,       // data model 1..3 <-> block 0..2
-    MgcStatus,     // internal code 0, 1, 2, other -> 1, 2, 0, 3 (get only)
-    Codes,         // a text value through `codes`; a get of an unlisted code reads the last row
-    AddWord,       // get only: the field is added to the caller's value
-    Byte,          // get only: a single byte
-    RegText,       // get only: registration text -> data-model state text
+    Word,  // an integer of `width` bytes (2 or 4), times `scale` in the block
+    Text,  // NUL-terminated text of `width` bytes, at most `high` characters on set
+    Inverted,  // data-model uniform flag <-> the block's fill flag (0 <-> 1)
+    PlusOne,  // data model 1..3 <-> block 0..2
+    MgcStatus,  // internal code 0, 1, 2, other -> 1, 2, 0, 3 (get only)
+    Codes,  // a text value through `codes`; a get of an unlisted code reads the last row
+    AddWord,  // get only: the field is added to the caller's value
+    Byte,  // get only: a single byte
+    RegText,  // get only: registration text -> data-model state text
     ServerStatus,  // get only: registration text -> 0, 1, 2, 5
 };
 
 // Which instance word a request carries.
 enum class Where : uint8_t {
     None,
-    Line,        // word 0 = nLocate[2]
-    Port,        // word 0 = nLocate[1], checked 1..2
-    Line1,       // word 0 = 1 whatever the path (gateway-wide counters)
-    Instance,    // 16-bit word at offset 2 = nLocate[2]
-    Primary,     // MGC index 0, checked in the reply
-    Secondary,   // MGC index 1, checked in the reply
+    Line,  // word 0 = nLocate[2]
+    Port,  // word 0 = nLocate[1], checked 1..2
+    Line1,  // word 0 = 1 whatever the path (gateway-wide counters)
+    Instance,  // 16-bit word at offset 2 = nLocate[2]
+    Primary,  // MGC index 0, checked in the reply
+    Secondary,  // MGC index 1, checked in the reply
 };
 
 struct BlockValue {
@@ -151,9 +151,9 @@ struct BlockValue {
     const TextCode *codes = nullptr;  // Codes: the names; Word: the only values a set accepts
     uint8_t codeCount = 0;
     const char *getError = nullptr;  // null: the block's ("%d" the line)
-    const char *done = nullptr;      // debug after a get ("%d" the line, then the value); null:
-                                     // "nFlag[%d], <valueName>[%d]\n"
-    bool readFirst = false;          // a set fetches the block and sends it back changed
+    const char *done = nullptr;  // debug after a get ("%d" the line, then the value); null:
+        // "nFlag[%d], <valueName>[%d]\n"
+    bool readFirst = false;  // a set fetches the block and sends it back changed
     // `done` serves a get and a set: "%d" the flag, "%s" the value, "%d" the line.
     bool doneNamesFlag = false;
 };
@@ -164,10 +164,10 @@ int blockValue(const BlockValue &v, int nFlag, void *pValue, int *nLocate);
 struct HeldValue {
     Signature sig;
     void *storage;
-    uint8_t size;          // bytes of the storage (texts: the buffer, keeps size - 1 characters)
+    uint8_t size;  // bytes of the storage (texts: the buffer, keeps size - 1 characters)
     bool text;
-    int low, high;         // integers: accepted set values
-    bool anyValue;         // integers: no range check
+    int low, high;  // integers: accepted set values
+    bool anyValue;  // integers: no range check
     const TextCode *accepted = nullptr;  // texts: the only values a set accepts (null: any)
     uint8_t acceptedCount = 0;
     const char *rangeError = nullptr;

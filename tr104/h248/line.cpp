@@ -42,31 +42,32 @@ const Block kDigitTimers{sizeof(Tr104H248DigitTimerBlock), GET_H248_DIG_TIMEOUT_
 // The four tone and answer timers are seconds here and milliseconds in the voice module; the
 // three digit timers are kept unscaled, as the voice module reads them.
 constexpr BlockValue timer(const char *name, const char *valueName, const Block *block, uint16_t offset, uint16_t bit,
-                           int high, uint32_t scale, const char *getError, const char *rangeError = "set param error \n") {
-    return BlockValue{pw(name, valueName), block, offset, 4, Conv::Word, bit, 1, high, rangeError, Where::None,
-                      scale, 0, nullptr, 0, getError};
+                           int high, uint32_t scale, const char *getError,
+                           const char *rangeError = "set param error \n") {
+    return BlockValue{pw(name, valueName), block,       offset, 4, Conv::Word, bit, 1,       high,
+                      rangeError,          Where::None, scale,  0, nullptr,    0,   getError};
 }
-const BlockValue kDialTone = timer("Tr104DialToneTimerH248", "pDialTime", &kToneTimers,
-                                   offsetof(Tr104H248DigitTimerBlock, unDialTone), 0x1, 254, 1000,
-                                   "get dialTone error.\n", "set param error, pDialTime[%d].\n");
-const BlockValue kNoAnswer = timer("Tr104NoAnswerTimerH248", "pNoAnswerTime", &kToneTimers,
-                                   offsetof(Tr104H248DigitTimerBlock, unNoAnswer), 0x2, 254, 1000,
-                                   "get noAnswerTime error.\n");
-const BlockValue kBusyTone = timer("Tr104BusyToneTimerH248", "pBusyToneTime", &kToneTimers,
-                                   offsetof(Tr104H248DigitTimerBlock, unBusyTone), 0x10, 254, 1000,
-                                   "get busyToneTime error.\n");
-const BlockValue kHangingReminder = timer("Tr104HangingReminderToneTimerH248", "pHangingReminderTime", &kToneTimers,
-                                          offsetof(Tr104H248DigitTimerBlock, unHangingReminder), 0x20, 254, 1000,
-                                          "get hangingReminderTime error.\n");
-const BlockValue kStartDigit = timer("Tr104StartDigitTimerH248", "pStartTime", &kDigitTimers,
-                                     offsetof(Tr104H248DigitTimerBlock, unStartDigit), 0x40, 254, 1,
-                                     "get startTime error.\n");
-const BlockValue kShortDigit = timer("Tr104ShortDigitTimerH248", "pShortTime", &kDigitTimers,
-                                     offsetof(Tr104H248DigitTimerBlock, unShortDigit), 0x80, 65535, 1,
-                                     "get shortTime error.\n");
-const BlockValue kLongDigit = timer("Tr104LongDigitTimerH248", "pLongTime", &kDigitTimers,
-                                    offsetof(Tr104H248DigitTimerBlock, unLongDigit), 0x100, 65535, 1,
-                                    "get longTime error.\n");
+const BlockValue kDialTone =
+    timer("Tr104DialToneTimerH248", "pDialTime", &kToneTimers, offsetof(Tr104H248DigitTimerBlock, unDialTone), 0x1, 254,
+          1000, "get dialTone error.\n", "set param error, pDialTime[%d].\n");
+const BlockValue kNoAnswer =
+    timer("Tr104NoAnswerTimerH248", "pNoAnswerTime", &kToneTimers, offsetof(Tr104H248DigitTimerBlock, unNoAnswer), 0x2,
+          254, 1000, "get noAnswerTime error.\n");
+const BlockValue kBusyTone =
+    timer("Tr104BusyToneTimerH248", "pBusyToneTime", &kToneTimers, offsetof(Tr104H248DigitTimerBlock, unBusyTone), 0x10,
+          254, 1000, "get busyToneTime error.\n");
+const BlockValue kHangingReminder =
+    timer("Tr104HangingReminderToneTimerH248", "pHangingReminderTime", &kToneTimers,
+          offsetof(Tr104H248DigitTimerBlock, unHangingReminder), 0x20, 254, 1000, "get hangingReminderTime error.\n");
+const BlockValue kStartDigit =
+    timer("Tr104StartDigitTimerH248", "pStartTime", &kDigitTimers, offsetof(Tr104H248DigitTimerBlock, unStartDigit),
+          0x40, 254, 1, "get startTime error.\n");
+const BlockValue kShortDigit =
+    timer("Tr104ShortDigitTimerH248", "pShortTime", &kDigitTimers, offsetof(Tr104H248DigitTimerBlock, unShortDigit),
+          0x80, 65535, 1, "get shortTime error.\n");
+const BlockValue kLongDigit =
+    timer("Tr104LongDigitTimerH248", "pLongTime", &kDigitTimers, offsetof(Tr104H248DigitTimerBlock, unLongDigit), 0x100,
+          65535, 1, "get longTime error.\n");
 
 // ---- Line enable, match mode, RTP ports, caller id ---------------------------------------------
 
@@ -77,41 +78,103 @@ const TextCode kCallerIdModes[] = {{"FSK", 0}, {"DTMF", 8}};
 
 const Block kLineEnableBlock{sizeof(Tr104H248LineEnableBlock), GET_H248_LINE_ENABLE_ID, SET_H248_LINE_ENABLE_ID,
                              "SET_LINE_ENABLE_ID msg snd failed.\n"};
-const BlockValue kLineEnable{ln("Tr104LineEnableH248", "pLineEnable"), &kLineEnableBlock,
-                             offsetof(Tr104H248LineEnableBlock, unEnable), 4, Conv::Codes, 0, 0, 0,
-                             "line enable param error.\n", Where::Line, 1, 0, kEnableWords, 2,
+const BlockValue kLineEnable{ln("Tr104LineEnableH248", "pLineEnable"),
+                             &kLineEnableBlock,
+                             offsetof(Tr104H248LineEnableBlock, unEnable),
+                             4,
+                             Conv::Codes,
+                             0,
+                             0,
+                             0,
+                             "line enable param error.\n",
+                             Where::Line,
+                             1,
+                             0,
+                             kEnableWords,
+                             2,
                              "get Line Enable error.\n"};
 const Block kMatchModeBlock{sizeof(Tr104H248MatchModeBlock), GET_H248_MATCH_MODE_ID, SET_H248_MATCH_MODE_ID,
                             "SET_DigitMapMatchMode_ID msg snd failed.\n"};
-const BlockValue kMatchMode{pw("Tr104ProfileDigitMapMatchModeH248", "pMatchMode"), &kMatchModeBlock,
-                            offsetof(Tr104H248MatchModeBlock, unMatchMode), 4, Conv::Codes, 0, 0, 0, "param error.\n",
-                            Where::None, 1, 0, kMatchModes, 2, "get DigitMapMatchMode error.\n"};
+const BlockValue kMatchMode{pw("Tr104ProfileDigitMapMatchModeH248", "pMatchMode"),
+                            &kMatchModeBlock,
+                            offsetof(Tr104H248MatchModeBlock, unMatchMode),
+                            4,
+                            Conv::Codes,
+                            0,
+                            0,
+                            0,
+                            "param error.\n",
+                            Where::None,
+                            1,
+                            0,
+                            kMatchModes,
+                            2,
+                            "get DigitMapMatchMode error.\n"};
 const Block kMinPortBlock{sizeof(Tr104H248RtpPortBlock), GET_RTP_LOCAL_PORT_ID, SET_RTP_LOCAL_PORT_ID,
                           "SET_MIN_LOCAL_PORT_ID msg snd failed.\n"};
 const Block kMaxPortBlock{sizeof(Tr104H248RtpPortBlock), GET_RTP_LOCAL_PORT_ID, SET_RTP_LOCAL_PORT_ID,
                           "SET_MAX_LOCAL_PORT_ID msg snd failed.\n"};
 // A set reads both ports and sends them back with one changed.
-const BlockValue kRtpMinPort{pw("Tr104RtpMinLocalPortH248", "pMinLocalPort"), &kMinPortBlock, 0, 4, Conv::Word, 0, 0,
-                             65535, "param error, pMinLocalPort [%d] is error\n", Where::None, 1, 0, nullptr, 0,
-                             "get MinLocalPort error.\n", "get MinLocalPort [%d] \n", true};
-const BlockValue kRtpMaxPort{pw("Tr104RtpMaxLocalPortH248", "pMaxLocalPort"), &kMaxPortBlock, 4, 4, Conv::Word, 0, 0,
-                             65535, "param error, pMaxLocalPort [%d] is error\n", Where::None, 1, 0, nullptr, 0,
-                             "get MaxLocalPort error.\n", "get MaxLocalPort [%d] \n", true};
+const BlockValue kRtpMinPort{pw("Tr104RtpMinLocalPortH248", "pMinLocalPort"),
+                             &kMinPortBlock,
+                             0,
+                             4,
+                             Conv::Word,
+                             0,
+                             0,
+                             65535,
+                             "param error, pMinLocalPort [%d] is error\n",
+                             Where::None,
+                             1,
+                             0,
+                             nullptr,
+                             0,
+                             "get MinLocalPort error.\n",
+                             "get MinLocalPort [%d] \n",
+                             true};
+const BlockValue kRtpMaxPort{pw("Tr104RtpMaxLocalPortH248", "pMaxLocalPort"),
+                             &kMaxPortBlock,
+                             4,
+                             4,
+                             Conv::Word,
+                             0,
+                             0,
+                             65535,
+                             "param error, pMaxLocalPort [%d] is error\n",
+                             Where::None,
+                             1,
+                             0,
+                             nullptr,
+                             0,
+                             "get MaxLocalPort error.\n",
+                             "get MaxLocalPort [%d] \n",
+                             true};
 const Block kCallerIdBlock{sizeof(Tr104H248CallerIdBlock), GET_CALLID_PARAM, SET_CALLID_PARAM,
                            "send msg SET_CALLID_PARAM failed\n"};
-const BlockValue kCallerIdMode{pw("Tr104CallerIdModeH248", "pCallerIdMode"), &kCallerIdBlock,
-                               offsetof(Tr104H248CallerIdBlock, unMode), 4, Conv::Codes, 0x2, 0, 0,
-                               "param error, pCallerIdMode[%s]\n", Where::None, 1, 0, kCallerIdModes, 2,
+const BlockValue kCallerIdMode{pw("Tr104CallerIdModeH248", "pCallerIdMode"),
+                               &kCallerIdBlock,
+                               offsetof(Tr104H248CallerIdBlock, unMode),
+                               4,
+                               Conv::Codes,
+                               0x2,
+                               0,
+                               0,
+                               "param error, pCallerIdMode[%s]\n",
+                               Where::None,
+                               1,
+                               0,
+                               kCallerIdModes,
+                               2,
                                "get caller id mode error.\n"};
 
 // ---- Fax and voice-band data: the mask names the one field a request changes --------------------
 
 constexpr BlockValue fax(const char *name, const char *valueName, uint16_t offset, uint16_t mask, Conv conv, int low,
-                         int high, const char *rangeError, const char *getError,
-                         const TextCode *allowed = nullptr, uint8_t allowedCount = 0) {
+                         int high, const char *rangeError, const char *getError, const TextCode *allowed = nullptr,
+                         uint8_t allowedCount = 0) {
     // One block per field: each reports its own send failure.
-    return BlockValue{pw(name, valueName), nullptr, offset, 4, conv, mask, low, high, rangeError, Where::None, 1, 0,
-                      allowed, allowedCount, getError};
+    return BlockValue{pw(name, valueName), nullptr,     offset, 4, conv,    mask,         low,     high,
+                      rangeError,          Where::None, 1,      0, allowed, allowedCount, getError};
 }
 constexpr Block faxBlock(const char *setError) {
     return Block{sizeof(Tr104H248FaxBlock), GET_H248_FAX_MODE_ID, SET_H248_FAX_MODE_ID, setError};
@@ -128,26 +191,25 @@ constexpr BlockValue with(BlockValue v, const Block *block) {
     return v;
 }
 const BlockValue kFaxCtrlMode =
-    with(fax("Tr104FaxCtrlModeH248", "pFaxCtrlMode", offsetof(Tr104H248FaxBlock, unFaxCtrlMode), 0x400, Conv::Word,
-             0, 2, "set FaxCtrlMode param *pFaxCtrlMode=%d(0~2)error \n", "get FaxCtrlMode error \n"),
+    with(fax("Tr104FaxCtrlModeH248", "pFaxCtrlMode", offsetof(Tr104H248FaxBlock, unFaxCtrlMode), 0x400, Conv::Word, 0,
+             2, "set FaxCtrlMode param *pFaxCtrlMode=%d(0~2)error \n", "get FaxCtrlMode error \n"),
          &kFaxMode);
-const BlockValue kEventDetect =
-    with(fax("Tr104FaxT38EventDetectModeH248", "pDetectMode", offsetof(Tr104H248FaxBlock, unEventDetect), 0x4,
-             Conv::PlusOne, 1, 3, "set EventDetectMode param *pDetectMode=%d(1~3)error \n",
-             "get EventDetectMode error \n"),
-         &kFaxMode);
+const BlockValue kEventDetect = with(
+    fax("Tr104FaxT38EventDetectModeH248", "pDetectMode", offsetof(Tr104H248FaxBlock, unEventDetect), 0x4, Conv::PlusOne,
+        1, 3, "set EventDetectMode param *pDetectMode=%d(1~3)error \n", "get EventDetectMode error \n"),
+    &kFaxMode);
 const BlockValue kVbdEnable =
     with(fax("Tr104VbdEnableH248", "pVbdEnable", offsetof(Tr104H248FaxBlock, unVbdEnable), 0x8, Conv::Word, 0, 1,
              "set VbdEnable param *pVbdEnable=%d(0~1)error \n", "get VbdEnable error \n"),
          &kVbdEnableBlock);
 // Packet intervals of 10 to 60 ms, as the voice module's codecs packetise.
 const BlockValue kVbdTxInterval =
-    with(fax("Tr104VbdTxIntervalH248", "pVbdTxInterval", offsetof(Tr104H248FaxBlock, unVbdTxInterval), 0x10,
-             Conv::Word, 10, 60, "*pVbdTxInterval [%d]  error \n", "get VbdTxInterval error \n"),
+    with(fax("Tr104VbdTxIntervalH248", "pVbdTxInterval", offsetof(Tr104H248FaxBlock, unVbdTxInterval), 0x10, Conv::Word,
+             10, 60, "*pVbdTxInterval [%d]  error \n", "get VbdTxInterval error \n"),
          &kVbdTxBlock);
 const BlockValue kVbdRxInterval =
-    with(fax("Tr104VbdRxIntervalH248", "pVbdRxInterval", offsetof(Tr104H248FaxBlock, unVbdRxInterval), 0x20,
-             Conv::Word, 10, 60, "*pVbdRxInterval [%d]  error \n", "get VbdRxInterval error \n"),
+    with(fax("Tr104VbdRxIntervalH248", "pVbdRxInterval", offsetof(Tr104H248FaxBlock, unVbdRxInterval), 0x20, Conv::Word,
+             10, 60, "*pVbdRxInterval [%d]  error \n", "get VbdRxInterval error \n"),
          &kVbdRxBlock);
 const BlockValue kVbdCodec =
     with(fax("Tr104VbdCodecH248", "pVbdCodec", offsetof(Tr104H248FaxBlock, unVbdCodec), 0x40, Conv::Word, 0, 255,
@@ -164,8 +226,21 @@ const Block kRtpRedundancy = readOnly(GET_H248_RTP_REDUNDANCY_FLAG_ID);
 const Block kVlanTagCoupled = readOnly(GET_H248_VLAN_TAG_COUPLED_FLAG_ID);
 const Block kNumberOfLines = readOnly(GET_H248_NUMBER_OF_LINES_ID);
 constexpr BlockValue readOnlyValue(const char *name, const char *valueName, const Block *block, const char *getError) {
-    return BlockValue{pw(name, valueName, Access::GetOnly), block, 0, 4, Conv::Word, 0, 0, 0, nullptr, Where::None, 1, 0,
-                      nullptr, 0, getError};
+    return BlockValue{pw(name, valueName, Access::GetOnly),
+                      block,
+                      0,
+                      4,
+                      Conv::Word,
+                      0,
+                      0,
+                      0,
+                      nullptr,
+                      Where::None,
+                      1,
+                      0,
+                      nullptr,
+                      0,
+                      getError};
 }
 const BlockValue kMaxSessionsPerLine =
     readOnlyValue("Tr104MaxSessionsPerLineH248", "pMaxSessions", &kMaxSessionsLine, "getMaxSessionsPerLine error \n");
@@ -189,7 +264,20 @@ constexpr BlockValue status(const char *name, const char *valueName, uint16_t of
                             const char *getError, const char *done = nullptr, Where where = Where::Line,
                             const TextCode *codes = nullptr, uint8_t codeCount = 0) {
     return BlockValue{Signature{name, valueName, Locate::Line, Access::GetOnly},
-                      &kPortStatus, offset, width, conv, 0, 0, 0, nullptr, where, 1, 0, codes, codeCount, getError,
+                      &kPortStatus,
+                      offset,
+                      width,
+                      conv,
+                      0,
+                      0,
+                      0,
+                      nullptr,
+                      where,
+                      1,
+                      0,
+                      codes,
+                      codeCount,
+                      getError,
                       done};
 }
 constexpr uint16_t kRegState = offsetof(Tr104H248PortStatusBlock, aRegState);
@@ -226,9 +314,15 @@ const Signature kResetStatistics = ln("Tr104LineResetStatisticsFlagH248", "pLine
 using namespace tr104::h248;
 namespace sip = tr104::sip;
 
-TR104_API int Tr104StartDigitTimerH248(int nFlag, void *pValue) { return blockValue(kStartDigit, nFlag, pValue, nullptr); }
-TR104_API int Tr104ShortDigitTimerH248(int nFlag, void *pValue) { return blockValue(kShortDigit, nFlag, pValue, nullptr); }
-TR104_API int Tr104LongDigitTimerH248(int nFlag, void *pValue) { return blockValue(kLongDigit, nFlag, pValue, nullptr); }
+TR104_API int Tr104StartDigitTimerH248(int nFlag, void *pValue) {
+    return blockValue(kStartDigit, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104ShortDigitTimerH248(int nFlag, void *pValue) {
+    return blockValue(kShortDigit, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104LongDigitTimerH248(int nFlag, void *pValue) {
+    return blockValue(kLongDigit, nFlag, pValue, nullptr);
+}
 TR104_API int Tr104HangingReminderToneTimerH248(int nFlag, void *pValue) {
     return blockValue(kHangingReminder, nFlag, pValue, nullptr);
 }
@@ -241,8 +335,12 @@ TR104_API int Tr104LineEnableH248(int nFlag, void *pValue, int *nLocate) {
 TR104_API int Tr104ProfileDigitMapMatchModeH248(int nFlag, void *pValue) {
     return blockValue(kMatchMode, nFlag, pValue, nullptr);
 }
-TR104_API int Tr104RtpMinLocalPortH248(int nFlag, void *pValue) { return blockValue(kRtpMinPort, nFlag, pValue, nullptr); }
-TR104_API int Tr104RtpMaxLocalPortH248(int nFlag, void *pValue) { return blockValue(kRtpMaxPort, nFlag, pValue, nullptr); }
+TR104_API int Tr104RtpMinLocalPortH248(int nFlag, void *pValue) {
+    return blockValue(kRtpMinPort, nFlag, pValue, nullptr);
+}
+TR104_API int Tr104RtpMaxLocalPortH248(int nFlag, void *pValue) {
+    return blockValue(kRtpMaxPort, nFlag, pValue, nullptr);
+}
 TR104_API int Tr104FaxCtrlModeH248(int nFlag, void *pValue) { return blockValue(kFaxCtrlMode, nFlag, pValue, nullptr); }
 TR104_API int Tr104FaxT38EventDetectModeH248(int nFlag, void *pValue) {
     return blockValue(kEventDetect, nFlag, pValue, nullptr);
@@ -255,7 +353,9 @@ TR104_API int Tr104VbdRxIntervalH248(int nFlag, void *pValue) {
     return blockValue(kVbdRxInterval, nFlag, pValue, nullptr);
 }
 TR104_API int Tr104VbdCodecH248(int nFlag, void *pValue) { return blockValue(kVbdCodec, nFlag, pValue, nullptr); }
-TR104_API int Tr104CallerIdModeH248(int nFlag, void *pValue) { return blockValue(kCallerIdMode, nFlag, pValue, nullptr); }
+TR104_API int Tr104CallerIdModeH248(int nFlag, void *pValue) {
+    return blockValue(kCallerIdMode, nFlag, pValue, nullptr);
+}
 TR104_API int Tr104MaxSessionsPerLineH248(int nFlag, void *pValue) {
     return blockValue(kMaxSessionsPerLine, nFlag, pValue, nullptr);
 }

@@ -98,10 +98,10 @@ enum class Accept : uint8_t { Any, Bool };
 
 struct Held {
     Signature sig;
-    int32_t *values;     // two entries (per port) or one (gateway)
+    int32_t *values;  // two entries (per port) or one (gateway)
     Accept accept;
-    bool valueFirst;     // messages print the value before the port
-    const char *getDone; // "%d" port and value, in the order above
+    bool valueFirst;  // messages print the value before the port
+    const char *getDone;  // "%d" port and value, in the order above
     const char *setDone;
     const char *rangeError = nullptr;
     const char *entry = nullptr;  // printed first: "%d" the flag, then the caller's value

@@ -118,12 +118,23 @@ struct Flash {
     const char *getDone;
     const char *entry;
 };
-const Flash kFlashUp{"Tr104PhysicalInterfaceFlashUpTime", "pFlashUpTime", TR104_FLASH_UP, 200,
-                     "flash up time must be in multiples of 10\r\n", "flash up time out of range <200-2500ms>.\r\n",
-                     "get flash up time error \n", "get *pFlashUpTime[%d]\n", "nFlag[%d], *pFlashUpTime[%d]\n"};
-const Flash kFlashDown{"Tr104PhysicalInterfaceFlashDownTime", "pFlashDownTime", TR104_FLASH_DOWN, 1,
-                       "flash down time must be in multiples of 10\r\n", "flash down time out of range <1-2500ms>.\r\n",
-                       "get flash down time error \n", "get *pFlashDownTime[%d]\n",
+const Flash kFlashUp{"Tr104PhysicalInterfaceFlashUpTime",
+                     "pFlashUpTime",
+                     TR104_FLASH_UP,
+                     200,
+                     "flash up time must be in multiples of 10\r\n",
+                     "flash up time out of range <200-2500ms>.\r\n",
+                     "get flash up time error \n",
+                     "get *pFlashUpTime[%d]\n",
+                     "nFlag[%d], *pFlashUpTime[%d]\n"};
+const Flash kFlashDown{"Tr104PhysicalInterfaceFlashDownTime",
+                       "pFlashDownTime",
+                       TR104_FLASH_DOWN,
+                       1,
+                       "flash down time must be in multiples of 10\r\n",
+                       "flash down time out of range <1-2500ms>.\r\n",
+                       "get flash down time error \n",
+                       "get *pFlashDownTime[%d]\n",
                        "nFlag[%d], *pFlashDownTime[%d]\n"};
 
 int flashTime(const Flash &f, int nFlag, void *pValue) {
@@ -168,7 +179,8 @@ int clipWhen(int nFlag, void *pValue) {
     if (rc != TR104_OK) {
         return rc;
     }
-    TR104_DEBUG_AS(name, "nFlag[%d], *pClipWhen[%s]\n", nFlag, nFlag == 1 ? static_cast<const char *>(pValue) : gClipWhen);
+    TR104_DEBUG_AS(name, "nFlag[%d], *pClipWhen[%s]\n", nFlag,
+                   nFlag == 1 ? static_cast<const char *>(pValue) : gClipWhen);
     if (nFlag == 0) {
         putText(pValue, gClipWhen);
         TR104_DEBUG_AS(name, "get pClipWhen[%s]\n", gClipWhen);

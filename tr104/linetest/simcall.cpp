@@ -9,17 +9,17 @@ TR104_API int32_t gSmultTestType[TR104_LINETEST_PORTS];
 TR104_API char gSmultCalledNum[TR104_LINETEST_PORTS][TR104_LINETEST_TEXT_LEN];
 TR104_API int32_t gSmultTimeout[TR104_LINETEST_PORTS];
 // The table order does not follow the codes: caller fail code 2 takes the first entry.
-const char aCallerFailReason[5][32] = {"NoDailTone", "OffhookRelease", "DialingRelease",
-                                                 "AfterDialRelease", "NoAnswer"};
+const char aCallerFailReason[5][32] = {"NoDailTone", "OffhookRelease", "DialingRelease", "AfterDialRelease",
+                                       "NoAnswer"};
 const char aCalledFailReason[3][32] = {"NoIncomingCall", "OffhookRelease", "NoAnswer"};
 
 namespace tr104::linetest {
 namespace {
 
-const TextCode kCallerStatus[] = {{"Idle", 1},         {"Off-hook", 2},     {"Dialtone", 3},  {"Receiving", 4},
-                                  {"ReceiveEnd", 5},   {"Ringing-back", 6}, {"Connected", 7}, {"Testend", 10}};
-const TextCode kCalledStatus[] = {{"Idle", 1},         {"Off-hook", 2}, {"Ringing-back", 3},
-                                  {"Connected", 4},    {"Testend", 5},  {"Testend", 6}};
+const TextCode kCallerStatus[] = {{"Idle", 1},       {"Off-hook", 2},     {"Dialtone", 3},  {"Receiving", 4},
+                                  {"ReceiveEnd", 5}, {"Ringing-back", 6}, {"Connected", 7}, {"Testend", 10}};
+const TextCode kCalledStatus[] = {{"Idle", 1},      {"Off-hook", 2}, {"Ringing-back", 3},
+                                  {"Connected", 4}, {"Testend", 5},  {"Testend", 6}};
 // Fail code -> entry of the tables above.
 const TextCode kCallerFail[] = {{aCallerFailReason[1], 1}, {aCallerFailReason[0], 2}, {aCallerFailReason[2], 3},
                                 {aCallerFailReason[3], 4}, {aCallerFailReason[4], 5}, {aCallerFailReason[4], 6},
@@ -64,16 +64,14 @@ int answer(const Answer &a, int nFlag, void *pValue, int *nLocate) {
 
 const char *statusOf(int port, const Tr104SmultParam &block) {
     switch (gSmultTestType[port - 1]) {
-    case TR104_SMULT_CALLED:
-        return textOf(kCalledStatus, std::size(kCalledStatus), block.unCalledStatus);
-    case TR104_SMULT_CALLER:
-        return textOf(kCallerStatus, std::size(kCallerStatus), block.unCallerStatus);
-    default:
-        return "Testend";
+    case TR104_SMULT_CALLED: return textOf(kCalledStatus, std::size(kCalledStatus), block.unCalledStatus);
+    case TR104_SMULT_CALLER: return textOf(kCallerStatus, std::size(kCallerStatus), block.unCallerStatus);
+    default: return "Testend";
     }
 }
 
-const Answer kStatus{"Tr104SmultStatus", "pSmultStatus", [](const char *name, int port, const Tr104SmultParam &b, void *v) {
+const Answer kStatus{"Tr104SmultStatus", "pSmultStatus",
+                     [](const char *name, int port, const Tr104SmultParam &b, void *v) {
                          const char *text = statusOf(port, b);
                          putBare(v, text);
                          TR104_DEBUG_AS(name, "nFlag[%d] nLocate[1]=%d smultstatus[%s].\n", 0, port, text);
@@ -92,30 +90,29 @@ void putReason(const char *name, int port, const char *text, void *pValue, const
     TR104_DEBUG_AS(name, done, port, text);
 }
 
-const Answer kCallerFailReason{"Tr104SmultCallerFailReason", "pFailReason",
-                               [](const char *name, int port, const Tr104SmultParam &b, void *v) {
-                                   putReason(name, port, textOf(kCallerFail, std::size(kCallerFail), b.unCallerFailCode), v,
-                                             "get port[%d] Smult caller fail reason [%s].\n");
-                               }};
-const Answer kCalledFailReason{"Tr104SmultCalledFailReason", "pFailReason",
-                               [](const char *name, int port, const Tr104SmultParam &b, void *v) {
-                                   putReason(name, port, textOf(kCalledFail, std::size(kCalledFail), b.unCalledFailCode), v,
-                                             "get port[%d] Smult called fail reason [%s].\n");
-                               }};
+const Answer kCallerFailReason{
+    "Tr104SmultCallerFailReason", "pFailReason", [](const char *name, int port, const Tr104SmultParam &b, void *v) {
+        putReason(name, port, textOf(kCallerFail, std::size(kCallerFail), b.unCallerFailCode), v,
+                  "get port[%d] Smult caller fail reason [%s].\n");
+    }};
+const Answer kCalledFailReason{
+    "Tr104SmultCalledFailReason", "pFailReason", [](const char *name, int port, const Tr104SmultParam &b, void *v) {
+        putReason(name, port, textOf(kCalledFail, std::size(kCalledFail), b.unCalledFailCode), v,
+                  "get port[%d] Smult called fail reason [%s].\n");
+    }};
 // The test type comes from port 1's entry whatever port is asked; the block is the port's own.
-const Answer kFailedRspCode{"Tr104SmultFailedRspCode", "pFailedRspCode",
-                            [](const char *name, int port, const Tr104SmultParam &b, void *v) {
-                                const int type = gSmultTestType[0];
-                                if (type == TR104_SMULT_CALLED || type == TR104_SMULT_CALLED_STOPPED) {
-                                    putInt(v, static_cast<int>(b.unCalledFailCode));
-                                } else if (type == TR104_SMULT_CALLER || type == TR104_SMULT_CALLER_STOPPED) {
-                                    putInt(v, static_cast<int>(b.unCallerFailCode));
-                                } else {
-                                    return;
-                                }
-                                TR104_DEBUG_AS(name, "get port[%d] Smult fail response code [%d].\n", port,
-                                               core::intValue(v));
-                            }};
+const Answer kFailedRspCode{
+    "Tr104SmultFailedRspCode", "pFailedRspCode", [](const char *name, int port, const Tr104SmultParam &b, void *v) {
+        const int type = gSmultTestType[0];
+        if (type == TR104_SMULT_CALLED || type == TR104_SMULT_CALLED_STOPPED) {
+            putInt(v, static_cast<int>(b.unCalledFailCode));
+        } else if (type == TR104_SMULT_CALLER || type == TR104_SMULT_CALLER_STOPPED) {
+            putInt(v, static_cast<int>(b.unCallerFailCode));
+        } else {
+            return;
+        }
+        TR104_DEBUG_AS(name, "get port[%d] Smult fail response code [%d].\n", port, core::intValue(v));
+    }};
 
 // ---- Dial confirm ------------------------------------------------------------------------------
 
@@ -127,13 +124,15 @@ struct Confirm {
     const char *getError;
     const char *setError;
 };
-const Confirm kConfirmEnable{"Tr104SmultDialConfirmEnable", "pDialConfirmEnable", TR104_DIAL_CONFIRM_ENABLE,
-                             Access::GetSet, "get dial confirm enable error \n",
-                             "config dial confirm enable msg snd failed.\n"};
-const Confirm kConfirmNum{"Tr104SmultDialConfirmNum", "pDialConfirmNum", TR104_DIAL_CONFIRM_DIGIT, Access::GetSet,
+const Confirm kConfirmEnable{"Tr104SmultDialConfirmEnable",      "pDialConfirmEnable",
+                             TR104_DIAL_CONFIRM_ENABLE,          Access::GetSet,
+                             "get dial confirm enable error \n", "config dial confirm enable msg snd failed.\n"};
+const Confirm kConfirmNum{"Tr104SmultDialConfirmNum",      "pDialConfirmNum",
+                          TR104_DIAL_CONFIRM_DIGIT,        Access::GetSet,
                           "get dial confirm num error \n", "config dial confirm num msg snd failed.\n"};
-const Confirm kConfirmResult{"Tr104SmultDialConfirmResult", "pDialConfirmResult", TR104_DIAL_CONFIRM_ENABLE,
-                             Access::GetOnly, "get dial confirm result error \n", nullptr};
+const Confirm kConfirmResult{"Tr104SmultDialConfirmResult",      "pDialConfirmResult",
+                             TR104_DIAL_CONFIRM_ENABLE,          Access::GetOnly,
+                             "get dial confirm result error \n", nullptr};
 
 bool confirmDigit(const char *text) {
     return text[0] != '\0' && text[1] == '\0' && std::strchr("0123456789*#", text[0]) != nullptr;
@@ -244,16 +243,10 @@ TR104_API int getSmultParam(Tr104SmultParam *pSultParam) {
     }
     switch (gSmultTestType[port - 1]) {
     case TR104_SMULT_CALLED:
-    case TR104_SMULT_CALLED_STOPPED:
-        pSultParam->unTestType = TR104_SMULT_QUERY_CALLED;
-        break;
+    case TR104_SMULT_CALLED_STOPPED: pSultParam->unTestType = TR104_SMULT_QUERY_CALLED; break;
     case TR104_SMULT_CALLER:
-    case TR104_SMULT_CALLER_STOPPED:
-        pSultParam->unTestType = TR104_SMULT_QUERY_CALLER;
-        break;
-    default:
-        pSultParam->unTestType = 0;
-        break;
+    case TR104_SMULT_CALLER_STOPPED: pSultParam->unTestType = TR104_SMULT_QUERY_CALLER; break;
+    default: pSultParam->unTestType = 0; break;
     }
     if (readRecord(__func__, pSultParam, sizeof(*pSultParam), GET_SMULT_TEST_ID) != TR104_OK) {
         TR104_DEBUG("get port[%d] Smult status failed.\n", static_cast<int>(port));
@@ -307,8 +300,12 @@ TR104_API int Tr104SmultCalledNum(int nFlag, void *pValue, int *nLocate) {
     return TR104_OK;
 }
 
-TR104_API int Tr104SmultTimeout(int nFlag, void *pValue, int *nLocate) { return held(kTimeout, nFlag, pValue, nLocate); }
-TR104_API int Tr104SmultStatus(int nFlag, void *pValue, int *nLocate) { return answer(kStatus, nFlag, pValue, nLocate); }
+TR104_API int Tr104SmultTimeout(int nFlag, void *pValue, int *nLocate) {
+    return held(kTimeout, nFlag, pValue, nLocate);
+}
+TR104_API int Tr104SmultStatus(int nFlag, void *pValue, int *nLocate) {
+    return answer(kStatus, nFlag, pValue, nLocate);
+}
 TR104_API int Tr104SmultConclusion(int nFlag, void *pValue, int *nLocate) {
     return answer(kConclusion, nFlag, pValue, nLocate);
 }

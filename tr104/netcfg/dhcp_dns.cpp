@@ -16,7 +16,7 @@ constexpr char kFlagError[] = "param error, nFlag[%d]\n";
 enum class Width : uint8_t {
     Byte,
     Word,
-    Text,     // a get copies the text and its terminator
+    Text,  // a get copies the text and its terminator
     RawText,  // a get copies the text without its terminator: the caller clears the buffer
 };
 
@@ -26,18 +26,18 @@ enum class Accept : uint8_t { Any, NonNegative, Flag /* 0 or 1 */ };
 struct FieldValue {
     const char *name;
     const char *valueName;  // "param error, %s is null\n" (with the text of nullSuffix)
-    const char *nullSuffix; // "\n" or "!\n"
-    const char *entry;      // "%d" nFlag and the value (a number) or "%s" (a text)
+    const char *nullSuffix;  // "\n" or "!\n"
+    const char *entry;  // "%d" nFlag and the value (a number) or "%s" (a text)
     uint16_t getCmd, setCmd, len;
     uint16_t offset;
     Width width;
     uint16_t textWidth;  // bytes of a text field
-    uint16_t limit;      // longest text a set accepts
+    uint16_t limit;  // longest text a set accepts
     uint32_t bit;
     Accept accept;
     const char *valueError;  // refused value ("%d" the value) or too long text
     const char *getError;
-    const char *getDone;     // "%d" or "%s"
+    const char *getDone;  // "%d" or "%s"
     const char *sendError;
 };
 
@@ -55,19 +55,57 @@ constexpr char kOption60Send[] = "SET_DHCP_OPTION60 msg snd failed.\n";
 constexpr char kOption125Send[] = "SET_DHCP_OPTION125 msg snd failed.\n";
 constexpr char kPppoeSend[] = "SET_PPPOE_PARAM msg snd failed.\n";
 
-const FieldValue kOption60Enable{"Tr104DHCPOption60Enable", "pOptionEnable", "\n", "nFlag[%d], *pOptionEnable[%d]\n",
-                                 TR104_GET_DHCP_OPTION60_ID, TR104_SET_DHCP_OPTION60_ID,
-                                 sizeof(Tr104Option60Payload), 4, Width::Word, 0, 0, 0x1, Accept::Any, nullptr,
-                                 "get Option60 Enable flag  error\n", "get Option60 Enable[%d]\n", kOption60Send};
-const FieldValue kOption60Type{"Tr104DHCPOption60Type", "pOptionType", "\n", "nFlag[%d], *pOptionType[%d]\n",
-                               TR104_GET_DHCP_OPTION60_ID, TR104_SET_DHCP_OPTION60_ID, sizeof(Tr104Option60Payload), 8,
-                               Width::Word, 0, 0, 0x4, Accept::NonNegative, "param error, *pOptionType[%d]\n",
-                               "get Option60 type flag\terror\n", "get Option60 type[%d]\n", kOption60Send};
-const FieldValue kOption60ValueMode{"Tr104DHCPOption60ValueMode", "pOptionValueMode", "\n",
-                                    "nFlag[%d], *pOptionValueMode[%d]\n", TR104_GET_DHCP_OPTION60_ID,
-                                    TR104_SET_DHCP_OPTION60_ID, sizeof(Tr104Option60Payload), 12, Width::Word, 0, 0,
-                                    0x8, Accept::NonNegative, "param error, *pOptionValueMode[%d]\n",
-                                    "get Option60 mode  error\n", "get Option60 mode[%d]\n", kOption60Send};
+const FieldValue kOption60Enable{"Tr104DHCPOption60Enable",
+                                 "pOptionEnable",
+                                 "\n",
+                                 "nFlag[%d], *pOptionEnable[%d]\n",
+                                 TR104_GET_DHCP_OPTION60_ID,
+                                 TR104_SET_DHCP_OPTION60_ID,
+                                 sizeof(Tr104Option60Payload),
+                                 4,
+                                 Width::Word,
+                                 0,
+                                 0,
+                                 0x1,
+                                 Accept::Any,
+                                 nullptr,
+                                 "get Option60 Enable flag  error\n",
+                                 "get Option60 Enable[%d]\n",
+                                 kOption60Send};
+const FieldValue kOption60Type{"Tr104DHCPOption60Type",
+                               "pOptionType",
+                               "\n",
+                               "nFlag[%d], *pOptionType[%d]\n",
+                               TR104_GET_DHCP_OPTION60_ID,
+                               TR104_SET_DHCP_OPTION60_ID,
+                               sizeof(Tr104Option60Payload),
+                               8,
+                               Width::Word,
+                               0,
+                               0,
+                               0x4,
+                               Accept::NonNegative,
+                               "param error, *pOptionType[%d]\n",
+                               "get Option60 type flag\terror\n",
+                               "get Option60 type[%d]\n",
+                               kOption60Send};
+const FieldValue kOption60ValueMode{"Tr104DHCPOption60ValueMode",
+                                    "pOptionValueMode",
+                                    "\n",
+                                    "nFlag[%d], *pOptionValueMode[%d]\n",
+                                    TR104_GET_DHCP_OPTION60_ID,
+                                    TR104_SET_DHCP_OPTION60_ID,
+                                    sizeof(Tr104Option60Payload),
+                                    12,
+                                    Width::Word,
+                                    0,
+                                    0,
+                                    0x8,
+                                    Accept::NonNegative,
+                                    "param error, *pOptionValueMode[%d]\n",
+                                    "get Option60 mode  error\n",
+                                    "get Option60 mode[%d]\n",
+                                    kOption60Send};
 const FieldValue kOption60Value{"Tr104DHCPOption60Value",
                                 "pOptionValue",
                                 "\n",
@@ -85,10 +123,22 @@ const FieldValue kOption60Value{"Tr104DHCPOption60Value",
                                 "get Option60 value error\n",
                                 "get Option60 value[%s]\n",
                                 kOption60Send};
-const FieldValue kOption125Enable{"Tr104DHCPOption125Enable", "pOptionEnable", "\n", "nFlag[%d], *pOptionEnable[%d]\n",
-                                  TR104_GET_DHCP_OPTION125_ID, TR104_SET_DHCP_OPTION125_ID,
-                                  sizeof(Tr104Option125Payload), 4, Width::Byte, 0, 0, 0x1, Accept::Any, nullptr,
-                                  "get Option125 Enable flag  error\n", "get Option125  Enable[%d]\n",
+const FieldValue kOption125Enable{"Tr104DHCPOption125Enable",
+                                  "pOptionEnable",
+                                  "\n",
+                                  "nFlag[%d], *pOptionEnable[%d]\n",
+                                  TR104_GET_DHCP_OPTION125_ID,
+                                  TR104_SET_DHCP_OPTION125_ID,
+                                  sizeof(Tr104Option125Payload),
+                                  4,
+                                  Width::Byte,
+                                  0,
+                                  0,
+                                  0x1,
+                                  Accept::Any,
+                                  nullptr,
+                                  "get Option125 Enable flag  error\n",
+                                  "get Option125  Enable[%d]\n",
                                   kOption125Send};
 const FieldValue kOption125Value{"Tr104DHCPOption125Value",
                                  "pOptionValue",
@@ -142,19 +192,32 @@ const FieldValue kPppoePassword{"Tr104PPPoEPassword",
                                 "get pppoe password error!\n",
                                 "get pPPPoEPassword[%s]\n",
                                 kPppoeSend};
-const FieldValue kPppoeEnable{"Tr104PPPoEEnable", "pPPPoEEnableFlag", "!\n", "nFlag[%d], *pPPPoEEnableFlag[%d]\n",
-                              TR104_GET_PPPOE_PARAM_ID, TR104_SET_PPPOE_PARAM_ID, sizeof(Tr104PppoePayload), 4,
-                              Width::Word, 0, 0, 0x1, Accept::Flag, "param error, pPPPoEEnableFlag[%d]\n",
-                              "get pppoe enable flag error\n", "get PPPoEEnableFlag[%d]\n", kPppoeSend};
+const FieldValue kPppoeEnable{"Tr104PPPoEEnable",
+                              "pPPPoEEnableFlag",
+                              "!\n",
+                              "nFlag[%d], *pPPPoEEnableFlag[%d]\n",
+                              TR104_GET_PPPOE_PARAM_ID,
+                              TR104_SET_PPPOE_PARAM_ID,
+                              sizeof(Tr104PppoePayload),
+                              4,
+                              Width::Word,
+                              0,
+                              0,
+                              0x1,
+                              Accept::Flag,
+                              "param error, pPPPoEEnableFlag[%d]\n",
+                              "get pppoe enable flag error\n",
+                              "get PPPoEEnableFlag[%d]\n",
+                              kPppoeSend};
 
 constexpr size_t kLargestBlock = sizeof(Tr104PppoePayload);
 static_assert(kLargestBlock >= sizeof(Tr104Option60Payload) && kLargestBlock >= sizeof(Tr104Option125Payload));
 
 bool accepted(Accept a, int value) {
     switch (a) {
-        case Accept::Any: return true;
-        case Accept::NonNegative: return value >= 0;
-        case Accept::Flag: return static_cast<unsigned int>(value) < 2u;
+    case Accept::Any: return true;
+    case Accept::NonNegative: return value >= 0;
+    case Accept::Flag: return static_cast<unsigned int>(value) < 2u;
     }
     return false;
 }
@@ -371,8 +434,8 @@ extern "C" TR104_API int Tr104DHCPOption60Value(int nFlag, void *pOptionValue) {
 // Option 120 (the SIP servers) straight onto the request queue; messages on standard output.
 extern "C" TR104_API int Tr104DhcpOption120(int nFlag, const char *pOption120) {
     constexpr size_t kLongest = 2048;
-    if (const int rc = directChecks(__func__, pOption120 != nullptr, "[%s] param error, pOption120 is null!\r\n",
-                                    nFlag, true);
+    if (const int rc =
+            directChecks(__func__, pOption120 != nullptr, "[%s] param error, pOption120 is null!\r\n", nFlag, true);
         rc != 1) {
         return rc;
     }

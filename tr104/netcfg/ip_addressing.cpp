@@ -20,22 +20,38 @@ constexpr char kFlagError[] = "param error, nFlag[%d]\n";
 struct IpWord {
     const char *name;
     const char *nullError;
-    const char *entry;     // "%d" nFlag, "0x%x" the value
+    const char *entry;  // "%d" nFlag, "0x%x" the value
     const char *getError;
-    const char *getDone;   // "%u" the value
+    const char *getDone;  // "%u" the value
     uint32_t Tr104IpConfigPayload::*field;
     uint16_t bit;
 };
 
-const IpWord kAddr{"Tr104IpAddrConfig", "param error, Ip Addr is null\n", "nFlag[%d], *pIpAddr[0x%x]\n",
-                   "getIpAddr error \n", "*get IpAddr[%u]\n", &Tr104IpConfigPayload::unVoiceAddr, kAddrBit};
-const IpWord kMask{"Tr104NetMaskConfig", "param error, pNetMask is null\n", "nFlag[%d], *pNetMask[0x%x]\n",
-                   "get netmask error \n", "*get NetMask[%u]\n", &Tr104IpConfigPayload::unVoiceMask, kMaskBit};
-const IpWord kGateway{"Tr104GatewayConfig", "param error, pGateway is null\n", "nFlag[%d], *pGateway[0x%x]\n",
-                      "get gateway error \n", "*get Gateway[%u]\n", &Tr104IpConfigPayload::unVoiceGateway,
+const IpWord kAddr{"Tr104IpAddrConfig",
+                   "param error, Ip Addr is null\n",
+                   "nFlag[%d], *pIpAddr[0x%x]\n",
+                   "getIpAddr error \n",
+                   "*get IpAddr[%u]\n",
+                   &Tr104IpConfigPayload::unVoiceAddr,
+                   kAddrBit};
+const IpWord kMask{"Tr104NetMaskConfig",
+                   "param error, pNetMask is null\n",
+                   "nFlag[%d], *pNetMask[0x%x]\n",
+                   "get netmask error \n",
+                   "*get NetMask[%u]\n",
+                   &Tr104IpConfigPayload::unVoiceMask,
+                   kMaskBit};
+const IpWord kGateway{"Tr104GatewayConfig",
+                      "param error, pGateway is null\n",
+                      "nFlag[%d], *pGateway[0x%x]\n",
+                      "get gateway error \n",
+                      "*get Gateway[%u]\n",
+                      &Tr104IpConfigPayload::unVoiceGateway,
                       kGatewayBit};
 
-Tr104IpConfigPayload *slotPayload() { return static_cast<Tr104IpConfigPayload *>(getTr104CfgParamInfoParamBuffer(kSlot)); }
+Tr104IpConfigPayload *slotPayload() {
+    return static_cast<Tr104IpConfigPayload *>(getTr104CfgParamInfoParamBuffer(kSlot));
+}
 
 // Stores the voice interface's word in slot 0 (the first 16 bytes of the payload's layout).
 void stage(uint32_t Tr104IpConfigPayload::*field, uint32_t value, uint16_t bit) {
@@ -119,9 +135,12 @@ extern "C" TR104_API int setIpConfig(Tr104Msg *msg, void *paramBuffer) {
         }
     }
     payload.ucKind = staged.ucKind;
-    if (bits & kAddrBit) payload.unVoiceAddr = staged.unVoiceAddr;
-    if (bits & kMaskBit) payload.unVoiceMask = staged.unVoiceMask;
-    if (bits & kGatewayBit) payload.unVoiceGateway = staged.unVoiceGateway;
+    if (bits & kAddrBit)
+        payload.unVoiceAddr = staged.unVoiceAddr;
+    if (bits & kMaskBit)
+        payload.unVoiceMask = staged.unVoiceMask;
+    if (bits & kGatewayBit)
+        payload.unVoiceGateway = staged.unVoiceGateway;
     if (sendRecord(msg, &payload, sizeof(payload), TR104_SET_DEVICE_IP_ID) != TR104_OK) {
         TR104_DEBUG("SET_DEVICE_IP_ID msg snd failed.\n");
         return TR104_ERR_EXCHANGE;
@@ -149,8 +168,7 @@ extern "C" TR104_API int Tr104IpParamConfig(int nFlag, uint32_t *pIpAddr, uint32
         TR104_DEBUG(kFlagError, nFlag);
         return TR104_ERR_PARAM;
     }
-    TR104_DEBUG("nFlag[%d], *pIpAddr[0x%x], *pNetMask[0x%x], *pGateway[0x%x]\n", nFlag, *pIpAddr, *pNetMask,
-                *pGateway);
+    TR104_DEBUG("nFlag[%d], *pIpAddr[0x%x], *pNetMask[0x%x], *pGateway[0x%x]\n", nFlag, *pIpAddr, *pNetMask, *pGateway);
     stage(&Tr104IpConfigPayload::unVoiceAddr, *pIpAddr, kAddrBit);
     stage(&Tr104IpConfigPayload::unVoiceMask, *pNetMask, kMaskBit);
     stage(&Tr104IpConfigPayload::unVoiceGateway, *pGateway, kGatewayBit);

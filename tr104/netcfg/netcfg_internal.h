@@ -95,7 +95,7 @@ struct SmallValue {
     const char *nullError;
     const char *entry;  // "%d" nFlag and the value
     uint16_t getCmd, setCmd;
-    uint8_t width;      // 1 or 4 bytes, in the caller's buffer as in the payload
+    uint8_t width;  // 1 or 4 bytes, in the caller's buffer as in the payload
     const char *getError;
     const char *getDone;  // "%d" the value
     const char *sendError;

@@ -13,7 +13,7 @@ struct NumberTable {
     const char *name;
     const char *numberName;  // "pPosNum": the argument in messages
     const char *typeName;
-    const char *what;        // "pos" / "ipt" in the get messages
+    const char *what;  // "pos" / "ipt" in the get messages
     uint16_t getCmd, addCmd, deleteCmd;
     int (*check)(const char *);
     const char *addFailed;
@@ -21,12 +21,26 @@ struct NumberTable {
 };
 
 // The IPT table's delete reports its failure with the POS text: tools match it.
-const NumberTable kPos{"Tr104PosParamConfig", "pPosNum", "pPosType", "pos", TR104_GET_POS_NUM_ID,
-                       TR104_ADD_POS_NUM_ID, TR104_DEL_POS_NUM_ID, checkPosNumValid,
-                       "set POS num msg snd failed.\n", "set POS num msg snd failed.\n"};
-const NumberTable kIpt{"Tr104IptParamConfig", "pIptNum", "pIptType", "ipt", TR104_GET_IPT_NUM_ID,
-                       TR104_ADD_IPT_NUM_ID, TR104_DEL_IPT_NUM_ID, checkIptNumValid,
-                       "set IPT num msg snd failed.\n", "set POS num msg snd failed.\n"};
+const NumberTable kPos{"Tr104PosParamConfig",
+                       "pPosNum",
+                       "pPosType",
+                       "pos",
+                       TR104_GET_POS_NUM_ID,
+                       TR104_ADD_POS_NUM_ID,
+                       TR104_DEL_POS_NUM_ID,
+                       checkPosNumValid,
+                       "set POS num msg snd failed.\n",
+                       "set POS num msg snd failed.\n"};
+const NumberTable kIpt{"Tr104IptParamConfig",
+                       "pIptNum",
+                       "pIptType",
+                       "ipt",
+                       TR104_GET_IPT_NUM_ID,
+                       TR104_ADD_IPT_NUM_ID,
+                       TR104_DEL_IPT_NUM_ID,
+                       checkIptNumValid,
+                       "set IPT num msg snd failed.\n",
+                       "set POS num msg snd failed.\n"};
 
 bool numberChar(char c) {
     return (c >= '0' && c <= '9') || c == '*' || c == '#' || (c >= 'A' && c <= 'D') || (c >= 'a' && c <= 'd');
@@ -113,9 +127,14 @@ int numberTable(const NumberTable &t, int nFlag, char *pNum, char *pType, int *n
     return TR104_OK;
 }
 
-const SmallValue kLedStandard{"Tr104LedStandard", "param error, pLedStandard is null\n",
-                              "nFlag[%d], pLedStandard[%d]\n", TR104_GET_LED_STANDARD_ID, TR104_SET_LED_STANDARD_ID,
-                              1, "get LedStandard error \n", "get LedStandard [%d] \n",
+const SmallValue kLedStandard{"Tr104LedStandard",
+                              "param error, pLedStandard is null\n",
+                              "nFlag[%d], pLedStandard[%d]\n",
+                              TR104_GET_LED_STANDARD_ID,
+                              TR104_SET_LED_STANDARD_ID,
+                              1,
+                              "get LedStandard error \n",
+                              "get LedStandard [%d] \n",
                               "SET_LED_STANDARD msg snd failed.\n"};
 
 }  // namespace

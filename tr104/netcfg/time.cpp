@@ -13,9 +13,15 @@ namespace {
 
 constexpr char kFlagError[] = "param error, nFlag[%d]\n";
 
-const SmallValue kTimeEnable{"Tr104TimeEnable", "param error, pTimeEnable is null\n", "nFlag[%d], pTimeEnable[%d]\n",
-                             TR104_GET_NTP_ENABLE_ID, TR104_SET_NTP_ENABLE_ID, 4, "get TimeEnable error \n",
-                             "get TimeEnable [%d] \n", "SET_NTP_ENABLE_ID msg snd failed.\n"};
+const SmallValue kTimeEnable{"Tr104TimeEnable",
+                             "param error, pTimeEnable is null\n",
+                             "nFlag[%d], pTimeEnable[%d]\n",
+                             TR104_GET_NTP_ENABLE_ID,
+                             TR104_SET_NTP_ENABLE_ID,
+                             4,
+                             "get TimeEnable error \n",
+                             "get TimeEnable [%d] \n",
+                             "SET_NTP_ENABLE_ID msg snd failed.\n"};
 
 // A text of the time block (or, for the local time, the whole answer).  A set copies the text
 // as it stands, so a long server name runs on over the fields after it (bounded at the block's
@@ -124,10 +130,16 @@ bool digit(char c) { return c >= '0' && c <= '9'; }
 
 using namespace tr104::netcfg;
 
-extern "C" TR104_API int Tr104TimeEnable(int nFlag, void *pTimeEnable) { return smallValue(kTimeEnable, nFlag, pTimeEnable); }
+extern "C" TR104_API int Tr104TimeEnable(int nFlag, void *pTimeEnable) {
+    return smallValue(kTimeEnable, nFlag, pTimeEnable);
+}
 extern "C" TR104_API int Tr104TimeStatus(int nFlag, void *pTimeStatus) { return timeText(kStatus, nFlag, pTimeStatus); }
-extern "C" TR104_API int Tr104TimeNtpServer1(int nFlag, void *pNtpServer1) { return timeText(kNtp1, nFlag, pNtpServer1); }
-extern "C" TR104_API int Tr104TimeNtpServer2(int nFlag, void *pNtpServer2) { return timeText(kNtp2, nFlag, pNtpServer2); }
+extern "C" TR104_API int Tr104TimeNtpServer1(int nFlag, void *pNtpServer1) {
+    return timeText(kNtp1, nFlag, pNtpServer1);
+}
+extern "C" TR104_API int Tr104TimeNtpServer2(int nFlag, void *pNtpServer2) {
+    return timeText(kNtp2, nFlag, pNtpServer2);
+}
 extern "C" TR104_API int Tr104TimeCurrentLocalTime(int nFlag, void *pCurrentLocalTime) {
     return timeText(kLocalTime, nFlag, pCurrentLocalTime);
 }
@@ -139,12 +151,18 @@ extern "C" TR104_API int checkTimeZoneValid(const char *pTimeZone) {
         return 0;
     }
     const char *z = pTimeZone;
-    if (z[0] != '+' && z[0] != '-') return 0;
-    if (z[1] != '0' && z[1] != '1') return 0;
-    if (!digit(z[2]) || z[3] != ':') return 0;
-    if (z[4] < '0' || z[4] > '5' || !digit(z[5])) return 0;
-    if (z[1] == '1' && z[2] > '2') return 0;
-    if (z[2] == '2' && (z[4] != '0' || z[5] != '0')) return 0;
+    if (z[0] != '+' && z[0] != '-')
+        return 0;
+    if (z[1] != '0' && z[1] != '1')
+        return 0;
+    if (!digit(z[2]) || z[3] != ':')
+        return 0;
+    if (z[4] < '0' || z[4] > '5' || !digit(z[5]))
+        return 0;
+    if (z[1] == '1' && z[2] > '2')
+        return 0;
+    if (z[2] == '2' && (z[4] != '0' || z[5] != '0'))
+        return 0;
     return 1;
 }
 
@@ -166,7 +184,8 @@ extern "C" TR104_API int Tr104TimeLocalTimeZone(int nFlag, void *pLocalTimeZone)
         int offset = intValue(block + TR104_TIME_OFFSET_AT);
         const char sign = offset >= 1 ? '+' : '-';
         // Negated as an unsigned word: the most negative offset has no positive int.
-        const unsigned int magnitude = offset >= 1 ? static_cast<unsigned int>(offset) : 0u - static_cast<unsigned int>(offset);
+        const unsigned int magnitude =
+            offset >= 1 ? static_cast<unsigned int>(offset) : 0u - static_cast<unsigned int>(offset);
         snprintf(text, 7, "%c%02u:%02u", sign, (magnitude / 3600u) % 100u, (magnitude % 3600u) / 60u);
         TR104_DEBUG("get Local Time Zone [%s] \n", text);
         return TR104_OK;

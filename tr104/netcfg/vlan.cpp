@@ -13,9 +13,9 @@ enum class Field : uint8_t { VlanId, VlanPriority, VlanTypeId, SVlanId, SVlanPri
 
 // How a set value is taken.
 enum class Fold : uint8_t {
-    Id,            // 1..4096 kept, any other value stored as 0
-    Priority,      // 1..7 kept, else 0
-    TypeId,        // 1..65535 kept, else 0
+    Id,  // 1..4096 kept, any other value stored as 0
+    Priority,  // 1..7 kept, else 0
+    TypeId,  // 1..65535 kept, else 0
     PriorityOrRefuse,  // 0..7 kept, anything else refused
 };
 
@@ -30,16 +30,24 @@ struct VlanClassSpec {
     const char *sendFailed;
 };
 
-const VlanClassSpec kSip{6, 1, &Tr104VlanPayload::sip, "setSipVlanParam", "get sip vlan param failed.\n",
+const VlanClassSpec kSip{6,
+                         1,
+                         &Tr104VlanPayload::sip,
+                         "setSipVlanParam",
+                         "get sip vlan param failed.\n",
                          "SET_SIP_VLAN_ID msg snd failed.\n"};
-const VlanClassSpec kRtp{7, 2, &Tr104VlanPayload::rtp, "setRtpVlanParam", "get rtp vlan param failed.\n",
+const VlanClassSpec kRtp{7,
+                         2,
+                         &Tr104VlanPayload::rtp,
+                         "setRtpVlanParam",
+                         "get rtp vlan param failed.\n",
                          "SET_RTP_VLAN_ID msg snd failed.\n"};
 
 struct VlanValue {
     const char *name;
     const char *valueName;  // "param error, %s is null\n"
-    const char *entry;      // "%d" nFlag and the value
-    const char *words;      // "get %s error\n", "get %s [%d]\n"
+    const char *entry;  // "%d" nFlag and the value
+    const char *words;  // "get %s error\n", "get %s [%d]\n"
     const VlanClassSpec &klass;
     Field field;
     Fold fold;
@@ -55,8 +63,8 @@ const VlanValue kValues[] = {
      Fold::Priority, "setSipVlanParam failed.\n"},
     {"Tr104SipVlanTypeId", "pSipVlanTypeId", kCommonEntry, "sip vlan type", kSip, Field::VlanTypeId, Fold::TypeId,
      "setSipVlanParam failed.\n"},
-    {"Tr104SipSVlanId", "pSipSVlanId", "nFlag[%d], *pSipSVlanId[%d]\n", "sip svlan id", kSip, Field::SVlanId,
-     Fold::Id, "setSipVlanParam failed.\n"},
+    {"Tr104SipSVlanId", "pSipSVlanId", "nFlag[%d], *pSipSVlanId[%d]\n", "sip svlan id", kSip, Field::SVlanId, Fold::Id,
+     "setSipVlanParam failed.\n"},
     {"Tr104SipSVlanPriority", "pSipSVlanPriority", kCommonEntry, "sip svlan priority", kSip, Field::SVlanPriority,
      Fold::Priority, "setSipVlanParam failed.\n"},
     {"Tr104SipSVlanTypeId", "pSipSVlanTypeId", kCommonEntry, "sip svlan type id", kSip, Field::SVlanTypeId,
@@ -65,41 +73,54 @@ const VlanValue kValues[] = {
      "setRtpVlanParam failed.\n"},
     {"Tr104RtpVlanPriority", "pRtpVlanPriority", " nFlag [%d], *pRtpVlanPriority[%d] \n", "rtp vlan priority", kRtp,
      Field::VlanPriority, Fold::PriorityOrRefuse, "setRtpVlanParam failed.\n"},
-    {"Tr104RtpVlanTypeId", "pRtpVlanTypeId", kCommonEntry, "rtp vlan type id", kRtp, Field::VlanTypeId,
-     Fold::TypeId, "setRtpVlanParam failed.\n"},
+    {"Tr104RtpVlanTypeId", "pRtpVlanTypeId", kCommonEntry, "rtp vlan type id", kRtp, Field::VlanTypeId, Fold::TypeId,
+     "setRtpVlanParam failed.\n"},
     {"Tr104RtpSVlanId", "pRtpSVlanId", kCommonEntry, "rtp svlan id", kRtp, Field::SVlanId, Fold::Id,
      "setRtpVlanParam failed.\n"},
-    {"Tr104RtpSVlanPriority", "pRtpSVlanPriority", "nFlag [%d], *pRtpSVlanPriority[%d] \n", "rtp svlan priority",
-     kRtp, Field::SVlanPriority, Fold::PriorityOrRefuse, "setRtpVlanParam failed.\n"},
+    {"Tr104RtpSVlanPriority", "pRtpSVlanPriority", "nFlag [%d], *pRtpSVlanPriority[%d] \n", "rtp svlan priority", kRtp,
+     Field::SVlanPriority, Fold::PriorityOrRefuse, "setRtpVlanParam failed.\n"},
     {"Tr104RtpSVlanTypeId", "pRtpSVlanTypeId", kCommonEntry, "rtp svlan type id", kRtp, Field::SVlanTypeId,
      Fold::TypeId, "setRtpVlanParam failed.\n"},
 };
 
-enum ValueId { kSipId, kSipPrio, kSipType, kSipSId, kSipSPrio, kSipSType, kRtpId, kRtpPrio, kRtpType, kRtpSId, kRtpSPrio, kRtpSType };
+enum ValueId {
+    kSipId,
+    kSipPrio,
+    kSipType,
+    kSipSId,
+    kSipSPrio,
+    kSipSType,
+    kRtpId,
+    kRtpPrio,
+    kRtpType,
+    kRtpSId,
+    kRtpSPrio,
+    kRtpSType
+};
 static_assert(sizeof(kValues) / sizeof(kValues[0]) == kRtpSType + 1);
 
 uint16_t bitOf(Field f) { return static_cast<uint16_t>(1u << static_cast<unsigned>(f)); }
 
 int read(const Tr104VlanClass &c, Field f) {
     switch (f) {
-        case Field::VlanId: return c.usVlanId;
-        case Field::VlanPriority: return c.ucVlanPriority;
-        case Field::VlanTypeId: return static_cast<int>(c.unVlanTypeId);
-        case Field::SVlanId: return c.usSVlanId;
-        case Field::SVlanPriority: return c.ucSVlanPriority;
-        case Field::SVlanTypeId: return static_cast<int>(c.unSVlanTypeId);
+    case Field::VlanId: return c.usVlanId;
+    case Field::VlanPriority: return c.ucVlanPriority;
+    case Field::VlanTypeId: return static_cast<int>(c.unVlanTypeId);
+    case Field::SVlanId: return c.usSVlanId;
+    case Field::SVlanPriority: return c.ucSVlanPriority;
+    case Field::SVlanTypeId: return static_cast<int>(c.unSVlanTypeId);
     }
     return 0;
 }
 
 void write(Tr104VlanClass &c, Field f, uint32_t v) {
     switch (f) {
-        case Field::VlanId: c.usVlanId = static_cast<uint16_t>(v); break;
-        case Field::VlanPriority: c.ucVlanPriority = static_cast<uint8_t>(v); break;
-        case Field::VlanTypeId: c.unVlanTypeId = v; break;
-        case Field::SVlanId: c.usSVlanId = static_cast<uint16_t>(v); break;
-        case Field::SVlanPriority: c.ucSVlanPriority = static_cast<uint8_t>(v); break;
-        case Field::SVlanTypeId: c.unSVlanTypeId = v; break;
+    case Field::VlanId: c.usVlanId = static_cast<uint16_t>(v); break;
+    case Field::VlanPriority: c.ucVlanPriority = static_cast<uint8_t>(v); break;
+    case Field::VlanTypeId: c.unVlanTypeId = v; break;
+    case Field::SVlanId: c.usSVlanId = static_cast<uint16_t>(v); break;
+    case Field::SVlanPriority: c.ucSVlanPriority = static_cast<uint8_t>(v); break;
+    case Field::SVlanTypeId: c.unSVlanTypeId = v; break;
     }
 }
 
@@ -213,14 +234,30 @@ extern "C" TR104_API int setSipVlanParam(Tr104Msg *msg, void *paramBuffer) { ret
 extern "C" TR104_API int setRtpVlanParam(Tr104Msg *msg, void *paramBuffer) { return applyVlan(kRtp, msg, paramBuffer); }
 
 extern "C" TR104_API int Tr104SipVlanId(int nFlag, void *pValue) { return vlanValue(kValues[kSipId], nFlag, pValue); }
-extern "C" TR104_API int Tr104SipVlanPriority(int nFlag, void *pValue) { return vlanValue(kValues[kSipPrio], nFlag, pValue); }
-extern "C" TR104_API int Tr104SipVlanTypeId(int nFlag, void *pValue) { return vlanValue(kValues[kSipType], nFlag, pValue); }
+extern "C" TR104_API int Tr104SipVlanPriority(int nFlag, void *pValue) {
+    return vlanValue(kValues[kSipPrio], nFlag, pValue);
+}
+extern "C" TR104_API int Tr104SipVlanTypeId(int nFlag, void *pValue) {
+    return vlanValue(kValues[kSipType], nFlag, pValue);
+}
 extern "C" TR104_API int Tr104SipSVlanId(int nFlag, void *pValue) { return vlanValue(kValues[kSipSId], nFlag, pValue); }
-extern "C" TR104_API int Tr104SipSVlanPriority(int nFlag, void *pValue) { return vlanValue(kValues[kSipSPrio], nFlag, pValue); }
-extern "C" TR104_API int Tr104SipSVlanTypeId(int nFlag, void *pValue) { return vlanValue(kValues[kSipSType], nFlag, pValue); }
+extern "C" TR104_API int Tr104SipSVlanPriority(int nFlag, void *pValue) {
+    return vlanValue(kValues[kSipSPrio], nFlag, pValue);
+}
+extern "C" TR104_API int Tr104SipSVlanTypeId(int nFlag, void *pValue) {
+    return vlanValue(kValues[kSipSType], nFlag, pValue);
+}
 extern "C" TR104_API int Tr104RtpVlanId(int nFlag, void *pValue) { return vlanValue(kValues[kRtpId], nFlag, pValue); }
-extern "C" TR104_API int Tr104RtpVlanPriority(int nFlag, void *pValue) { return vlanValue(kValues[kRtpPrio], nFlag, pValue); }
-extern "C" TR104_API int Tr104RtpVlanTypeId(int nFlag, void *pValue) { return vlanValue(kValues[kRtpType], nFlag, pValue); }
+extern "C" TR104_API int Tr104RtpVlanPriority(int nFlag, void *pValue) {
+    return vlanValue(kValues[kRtpPrio], nFlag, pValue);
+}
+extern "C" TR104_API int Tr104RtpVlanTypeId(int nFlag, void *pValue) {
+    return vlanValue(kValues[kRtpType], nFlag, pValue);
+}
 extern "C" TR104_API int Tr104RtpSVlanId(int nFlag, void *pValue) { return vlanValue(kValues[kRtpSId], nFlag, pValue); }
-extern "C" TR104_API int Tr104RtpSVlanPriority(int nFlag, void *pValue) { return vlanValue(kValues[kRtpSPrio], nFlag, pValue); }
-extern "C" TR104_API int Tr104RtpSVlanTypeId(int nFlag, void *pValue) { return vlanValue(kValues[kRtpSType], nFlag, pValue); }
+extern "C" TR104_API int Tr104RtpSVlanPriority(int nFlag, void *pValue) {
+    return vlanValue(kValues[kRtpSPrio], nFlag, pValue);
+}
+extern "C" TR104_API int Tr104RtpSVlanTypeId(int nFlag, void *pValue) {
+    return vlanValue(kValues[kRtpSType], nFlag, pValue);
+}

@@ -26,7 +26,7 @@ struct Counter {
 };
 
 #define TR104_COUNTER(name, valueName, field, error) \
-    {{name, valueName, Locate::Line, Access::GetOnly}, offsetof(Tr104SipLineStatsRecord, field), error}
+    { {name, valueName, Locate::Line, Access::GetOnly}, offsetof(Tr104SipLineStatsRecord, field), error }
 
 const Counter kCounters[] = {
     TR104_COUNTER("Tr104LineIncomingCallsReceivedSip", "pIncomingCallsReceived", unInCallsReceived,
@@ -60,8 +60,7 @@ const Counter kCounters[] = {
     TR104_COUNTER("Tr104LineRxInviteReqsSip", "pRxInviteReqs", unRxInviteReqs, "get rcvdINVITE failed.\n"),
     TR104_COUNTER("Tr104LineRxInviteRetransSip", "pRxInviteRetrans", unRxInviteRetrans,
                   "get rcvdINVITE retrans failed.\n"),
-    TR104_COUNTER("Tr104LineRxNoninviteReqsSip", "pRxNoninviteReqs", unRxNoninviteReqs,
-                  "get rcvdNonINVITE failed.\n"),
+    TR104_COUNTER("Tr104LineRxNoninviteReqsSip", "pRxNoninviteReqs", unRxNoninviteReqs, "get rcvdNonINVITE failed.\n"),
     TR104_COUNTER("Tr104LineRxNoninviteRetransSip", "pRxNoninviteRetrans", unRxNoninviteRetrans,
                   "get rcvdNonINVITE retrans failed.\n"),
     TR104_COUNTER("Tr104LineRxResponseSip", "pRxResponse", unRxResponse, "get rcvdResponse failed.\n"),
@@ -70,8 +69,7 @@ const Counter kCounters[] = {
     TR104_COUNTER("Tr104LineTxInviteReqsSip", "pTxInviteReqs", unTxInviteReqs, "get sendINVITE failed.\n"),
     TR104_COUNTER("Tr104LineTxInviteRetransSip", "pTxInviteRetrans", unTxInviteRetrans,
                   "get sendINVITE retrans failed.\n"),
-    TR104_COUNTER("Tr104LineTxNoninviteReqsSip", "pTxNoninviteReqs", unTxNoninviteReqs,
-                  "get sendNonINVITE failed.\n"),
+    TR104_COUNTER("Tr104LineTxNoninviteReqsSip", "pTxNoninviteReqs", unTxNoninviteReqs, "get sendNonINVITE failed.\n"),
     TR104_COUNTER("Tr104LineTxNoninviteRetransSip", "pTxNoninviteRetrans", unTxNoninviteRetrans,
                   "get sendNonINVITE retrans failed.\n"),
     TR104_COUNTER("Tr104LineTxResponseSip", "pTxResponse", unTxResponse, "get sendResponse failed.\n"),
@@ -80,10 +78,33 @@ const Counter kCounters[] = {
 };
 
 enum Index {
-    kInReceived, kInAnswered, kInConnected, kInFailed, kOutAttempted, kOutAnswered, kOutConnected, kOutFailed,
-    kDropped, kCallTime, kSetupTime, kTerminateFails, kReleaseCount, kOffHookTime, kRxInvite, kRxInviteRetrans,
-    kRxNoninvite, kRxNoninviteRetrans, kRxResponse, kRxResponseRetrans, kTxInvite, kTxInviteRetrans,
-    kTxNoninvite, kTxNoninviteRetrans, kTxResponse, kTxResponseRetrans, kCounterCount
+    kInReceived,
+    kInAnswered,
+    kInConnected,
+    kInFailed,
+    kOutAttempted,
+    kOutAnswered,
+    kOutConnected,
+    kOutFailed,
+    kDropped,
+    kCallTime,
+    kSetupTime,
+    kTerminateFails,
+    kReleaseCount,
+    kOffHookTime,
+    kRxInvite,
+    kRxInviteRetrans,
+    kRxNoninvite,
+    kRxNoninviteRetrans,
+    kRxResponse,
+    kRxResponseRetrans,
+    kTxInvite,
+    kTxInviteRetrans,
+    kTxNoninvite,
+    kTxNoninviteRetrans,
+    kTxResponse,
+    kTxResponseRetrans,
+    kCounterCount
 };
 static_assert(std::size(kCounters) == kCounterCount);
 
@@ -100,10 +121,10 @@ struct Derived {
 };
 
 // Requests and responses of the line without their retransmissions.
-const Derived kNewTransactions{{"Tr104LineNewTransactionsSip", "pNewTransactions", Locate::Line, Access::GetOnly},
-                               {{kRxInvite, 1}, {kRxNoninvite, 1}, {kRxResponse, 1}, {kTxInvite, 1},
-                                {kTxNoninvite, 1}, {kTxResponse, 1}},
-                               "get line[%d] new transactions failed.\n"};
+const Derived kNewTransactions{
+    {"Tr104LineNewTransactionsSip", "pNewTransactions", Locate::Line, Access::GetOnly},
+    {{kRxInvite, 1}, {kRxNoninvite, 1}, {kRxResponse, 1}, {kTxInvite, 1}, {kTxNoninvite, 1}, {kTxResponse, 1}},
+    "get line[%d] new transactions failed.\n"};
 const Derived kTotalCallTimes{{"Tr104LineTotalCallTimesSip", "pTotalCallTimes", Locate::Line, Access::GetOnly},
                               {{kInConnected, 1}, {kOutConnected, 1}},
                               "get line[%d] total call times failed.\n"};
@@ -215,9 +236,9 @@ const Derived &totalCallTimes() { return kTotalCallTimes; }
 
 }  // namespace tr104::sip
 
-#define TR104_SIP_COUNTER(name, index)                                                      \
-    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {                  \
-        return tr104::sip::callCounter(tr104::sip::index, nFlag, pValue, nLocate);          \
+#define TR104_SIP_COUNTER(name, index)                                             \
+    extern "C" TR104_API int name(int nFlag, void *pValue, int *nLocate) {         \
+        return tr104::sip::callCounter(tr104::sip::index, nFlag, pValue, nLocate); \
     }
 TR104_SIP_COUNTER(Tr104LineIncomingCallsReceivedSip, kInReceived)
 TR104_SIP_COUNTER(Tr104LineIncomingCallsAnsweredSip, kInAnswered)

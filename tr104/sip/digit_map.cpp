@@ -36,9 +36,11 @@ int profileRead(const ProfileRead &r, int nFlag, void *pValue, int *nLocate) {
 }
 
 // The on/off switch reads back through its own read-only value.
-const ProfileRead kDigitMapEnableRead{{"Tr104ProfileDigitMapEnableSip", "pDigitMapEnable", Locate::None,
-                                       Access::GetSet},
-                                      GET_DIGITMAP_ENABLE_ID, false, "get digitmap enable error.\n"};
+const ProfileRead kDigitMapEnableRead{
+    {"Tr104ProfileDigitMapEnableSip", "pDigitMapEnable", Locate::None, Access::GetSet},
+    GET_DIGITMAP_ENABLE_ID,
+    false,
+    "get digitmap enable error.\n"};
 
 int digitMapEnable(int nFlag, void *pValue, int *nLocate) {
     const ProfileRead &r = kDigitMapEnableRead;

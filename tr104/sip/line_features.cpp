@@ -6,8 +6,8 @@ namespace tr104::sip {
 namespace {
 
 enum class FeatureConv : uint8_t {
-    Byte,          // the value's low byte, no check
-    MaxSessions,   // 1 or 2 sessions <-> conference flag clear or set
+    Byte,  // the value's low byte, no check
+    MaxSessions,  // 1 or 2 sessions <-> conference flag clear or set
     CallerIdFlag,  // 1 <-> FSK, anything else off
     CallerIdMode,  // "FSK", "DTMF" (and "DISABLED" on a get)
 };
@@ -26,24 +26,40 @@ constexpr uint8_t kModeByte = offsetof(Tr104SipLineFeatureRecord, ucCallerIdMode
 constexpr uint8_t kCallWaiting = offsetof(Tr104SipLineFeatureRecord, ucCallWaiting);
 constexpr uint8_t kConference = offsetof(Tr104SipLineFeatureRecord, ucConference);
 
-const LineFeature kCallWaitingFlag{{"Tr104LineCallWaitingFlagSip", "pLineCallWaitingFlag", Locate::Line,
-                                    Access::GetSet},
-                                   GET_CALL_WAITING_ID, SET_CALL_WAITING_ID, kCallWaiting, FeatureConv::Byte,
-                                   "get line[%d] call waiting flag failed.\n",
-                                   "set line[%d] call waiting flag msg snd failed.\n"};
+const LineFeature kCallWaitingFlag{
+    {"Tr104LineCallWaitingFlagSip", "pLineCallWaitingFlag", Locate::Line, Access::GetSet},
+    GET_CALL_WAITING_ID,
+    SET_CALL_WAITING_ID,
+    kCallWaiting,
+    FeatureConv::Byte,
+    "get line[%d] call waiting flag failed.\n",
+    "set line[%d] call waiting flag msg snd failed.\n"};
 const LineFeature kCall3wayFlag{{"Tr104LineCall3wayFlagSip", "pLineCall3wayFlag", Locate::Line, Access::GetSet},
-                                GET_CONFERENCE_ID, SET_CONFERENCE_ID, kConference, FeatureConv::Byte,
+                                GET_CONFERENCE_ID,
+                                SET_CONFERENCE_ID,
+                                kConference,
+                                FeatureConv::Byte,
                                 "get line[%d] three-way calling flag failed.\n",
                                 "set line[%d] three-way calling flag msg snd failed.\n"};
 const LineFeature kMaxSessions{{"Tr104LineMaxSessionsSip", "pLineMaxSessions", Locate::Unchecked, Access::GetSet},
-                               GET_CONFERENCE_ID, SET_CONFERENCE_ID, kConference, FeatureConv::MaxSessions,
-                               "get line[%d] max sessions failed.\n", "set line[%d] max sessions msg snd failed.\n"};
+                               GET_CONFERENCE_ID,
+                               SET_CONFERENCE_ID,
+                               kConference,
+                               FeatureConv::MaxSessions,
+                               "get line[%d] max sessions failed.\n",
+                               "set line[%d] max sessions msg snd failed.\n"};
 const LineFeature kCallerIdFlag{{"Tr104LineCallerIdFlagSip", "pLineCallerIdFlag", Locate::Line, Access::GetSet},
-                                GET_CALLERID_MODE_ID, SET_CALLERID_MODE_ID, kModeByte, FeatureConv::CallerIdFlag,
+                                GET_CALLERID_MODE_ID,
+                                SET_CALLERID_MODE_ID,
+                                kModeByte,
+                                FeatureConv::CallerIdFlag,
                                 "get line[%d] caller id flag failed.\n",
                                 "set line[%d] caller id flag msg snd failed.\n"};
 const LineFeature kCallerIdMode{{"Tr104CallerIdModeSip", "pCallerIdMode", Locate::Line, Access::GetSet},
-                                GET_CALLERID_MODE_ID, SET_CALLERID_MODE_ID, kModeByte, FeatureConv::CallerIdMode,
+                                GET_CALLERID_MODE_ID,
+                                SET_CALLERID_MODE_ID,
+                                kModeByte,
+                                FeatureConv::CallerIdMode,
                                 "get line[%d] caller id mode failed.\n",
                                 "set line[%d] caller id mode msg snd failed.\n"};
 
@@ -57,12 +73,8 @@ uint8_t &byteOf(Tr104SipLineFeatureRecord &rec, uint8_t offset) { return reinter
 // The caller's value from the stored byte: 0, or -1 for a code the data model has no word for.
 int convertGet(const LineFeature &f, uint8_t stored, void *pValue) {
     switch (f.conv) {
-    case FeatureConv::Byte:
-        putInt(pValue, stored);
-        return TR104_OK;
-    case FeatureConv::MaxSessions:
-        putInt(pValue, stored != 0 ? 2 : 1);
-        return TR104_OK;
+    case FeatureConv::Byte: putInt(pValue, stored); return TR104_OK;
+    case FeatureConv::MaxSessions: putInt(pValue, stored != 0 ? 2 : 1); return TR104_OK;
     case FeatureConv::CallerIdFlag:
         if (stored > 3) {
             putInt(pValue, 0);
@@ -83,8 +95,7 @@ int convertGet(const LineFeature &f, uint8_t stored, void *pValue) {
 // The byte to store for a set, or -2 after printing why the value is refused.
 int convertSet(const LineFeature &f, int line, const void *pValue) {
     switch (f.conv) {
-    case FeatureConv::Byte:
-        return intValue(pValue) & 0xFF;
+    case FeatureConv::Byte: return intValue(pValue) & 0xFF;
     case FeatureConv::MaxSessions: {
         const int sessions = intValue(pValue);
         if (sessions != 1 && sessions != 2) {
@@ -93,8 +104,7 @@ int convertSet(const LineFeature &f, int line, const void *pValue) {
         }
         return sessions == 2 ? 1 : 0;
     }
-    case FeatureConv::CallerIdFlag:
-        return intValue(pValue) == 1 ? 1 : 0;
+    case FeatureConv::CallerIdFlag: return intValue(pValue) == 1 ? 1 : 0;
     case FeatureConv::CallerIdMode: {
         const TextCode *row = findText(kModeWrites, static_cast<const char *>(pValue));
         if (row == nullptr) {

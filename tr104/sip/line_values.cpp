@@ -19,9 +19,8 @@ struct TextMap {
 };
 
 const TextMap kRegStates[] = {
-    {"N/A", "Initializing"},      {"reg-ok", "Up"},       {"reg-ing", "Registering"},
-    {"unreg-ing", "Unregistering"}, {"unreg-ok", "Disabled"}, {"reg-fail", "Error"},
-    {"unreg-fail", "Error"},
+    {"N/A", "Initializing"},  {"reg-ok", "Up"},      {"reg-ing", "Registering"}, {"unreg-ing", "Unregistering"},
+    {"unreg-ok", "Disabled"}, {"reg-fail", "Error"}, {"unreg-fail", "Error"},
 };
 
 // Call texts the data model names otherwise; the rest pass unchanged.
@@ -32,10 +31,9 @@ const TextMap kCallStates[] = {
 };
 
 const TextCode kSessionTypes[] = {
-    {"Idle", 0},          {"Detecting", 1},     {"Dial Timeout", 1},  {"Calling", 1},
-    {"Call Failed", 1},   {"Call Setup", 1},    {"Call End", 1},      {"Call Hold", 1},
-    {"Call Setuping", 1}, {"Terminate", 1},     {"Dialing", 1},       {"Ringing", 1},
-    {"Fax Setup", 3},     {"Fax Calling", 3},   {"Fax Setuping", 3},
+    {"Idle", 0},       {"Detecting", 1}, {"Dial Timeout", 1}, {"Calling", 1},       {"Call Failed", 1},
+    {"Call Setup", 1}, {"Call End", 1},  {"Call Hold", 1},    {"Call Setuping", 1}, {"Terminate", 1},
+    {"Dialing", 1},    {"Ringing", 1},   {"Fax Setup", 3},    {"Fax Calling", 3},   {"Fax Setuping", 3},
 };
 
 template <size_t N>
@@ -86,9 +84,7 @@ void convertGet(const LineValue &v, const Tr104SipLineRecord &rec, void *pValue)
         std::memcpy(text, word, std::strlen(word));
         break;
     }
-    case Conv::Integer:
-        putInt(pValue, static_cast<int>(wordAt(rec, v.offset)));
-        break;
+    case Conv::Integer: putInt(pValue, static_cast<int>(wordAt(rec, v.offset))); break;
     case Conv::Text: copyFieldText(text, textAt(rec, v.offset), v.width); break;
     case Conv::RegStatus: {
         char state[sizeof(rec.aRegState)];
@@ -103,9 +99,7 @@ void convertGet(const LineValue &v, const Tr104SipLineRecord &rec, void *pValue)
             putInt(pValue, status);
         }
         break;
-    case Conv::PortState:
-        putInt(pValue, static_cast<int>(rec.unPortState & 0xFFu));
-        break;
+    case Conv::PortState: putInt(pValue, static_cast<int>(rec.unPortState & 0xFFu)); break;
     case Conv::HookText:
         copyFieldText(text, rec.aHookState, TR104_FIELD_ROOM(Tr104SipLineRecord, aHookState, aCallState));
         break;
@@ -122,8 +116,7 @@ void convertGet(const LineValue &v, const Tr104SipLineRecord &rec, void *pValue)
         putInt(pValue, row != nullptr ? row->code : 0);
         break;
     }
-    case Conv::Register:
-        break;
+    case Conv::Register: break;
     }
 }
 
@@ -159,10 +152,8 @@ unsigned int convertSet(const LineValue &v, Tr104SipLineRecord &rec, const void 
         copyBounded(field, text, room);
         return v.setCmd;
     }
-    case Conv::Register:
-        return intValue(pValue) == 1 ? REGISTER_LINE_ID : UNREGISTER_LINE_ID;
-    default:
-        return 0;
+    case Conv::Register: return intValue(pValue) == 1 ? REGISTER_LINE_ID : UNREGISTER_LINE_ID;
+    default: return 0;
     }
 }
 
@@ -204,7 +195,7 @@ extern "C" {
 // reported and accepted.
 TR104_API int Tr104LineResetStatisticsFlagSip(int nFlag, void *pValue, int *nLocate) {
     static const tr104::sip::LineReset kReset{tr104::sip::kResetStatistics, RESET_LINE_STATISTICS_ID, TR104_OK,
-                                             "RESET_LINE_STATISTICS_ID msg snd failed.\n"};
+                                              "RESET_LINE_STATISTICS_ID msg snd failed.\n"};
     return tr104::sip::resetLineStatistics(kReset, nFlag, pValue, nLocate);
 }
 }

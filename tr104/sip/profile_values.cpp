@@ -19,15 +19,37 @@ constexpr Signature lineSignature(const char *name, const char *valueName) {
 // A one-byte flag or target: the low byte stored, no check.
 constexpr ProfileValue byteValue(const char *name, const char *valueName, uint8_t offset, uint32_t bit,
                                  const char *getError, const char *getDone = nullptr) {
-    return ProfileValue{lineSignature(name, valueName), offset, 1, bit, ProfileConv::Byte, 0, 0, TR104_ERR_PARAM,
-                        getError, getDone, nullptr, nullptr, nullptr};
+    return ProfileValue{lineSignature(name, valueName),
+                        offset,
+                        1,
+                        bit,
+                        ProfileConv::Byte,
+                        0,
+                        0,
+                        TR104_ERR_PARAM,
+                        getError,
+                        getDone,
+                        nullptr,
+                        nullptr,
+                        nullptr};
 }
 
 // Gains: out of range is -1, not -2.
 constexpr ProfileValue gainValue(const char *name, const char *valueName, uint8_t offset, uint32_t bit, int limit,
                                  const char *getError, const char *rangeBound, const char *rangeCreate) {
-    return ProfileValue{lineSignature(name, valueName), offset, 1, bit, ProfileConv::SignedByte, -limit, limit,
-                        TR104_ERR_EXCHANGE, getError, nullptr, rangeBound, rangeCreate, nullptr};
+    return ProfileValue{lineSignature(name, valueName),
+                        offset,
+                        1,
+                        bit,
+                        ProfileConv::SignedByte,
+                        -limit,
+                        limit,
+                        TR104_ERR_EXCHANGE,
+                        getError,
+                        nullptr,
+                        rangeBound,
+                        rangeCreate,
+                        nullptr};
 }
 
 // In the order of LineAudio.  The audio settings take their handler's name when called: the SIP
@@ -58,9 +80,7 @@ constexpr int kT38RateCount = sizeof(kT38Rates) / sizeof(kT38Rates[0]);
 constexpr int kT38DefaultRate = 14400;
 const TextCode kTcfMethods[] = {{"Local", 2}, {"Network", 3}};
 
-int8_t &byteOf(Tr104SipProfileRecord &profile, uint8_t offset) {
-    return reinterpret_cast<int8_t *>(&profile)[offset];
-}
+int8_t &byteOf(Tr104SipProfileRecord &profile, uint8_t offset) { return reinterpret_cast<int8_t *>(&profile)[offset]; }
 
 // The field as stored: a signed byte widened, or a word.
 int fieldOf(const ProfileValue &v, const Tr104SipProfileRecord &profile) {
@@ -108,9 +128,7 @@ int storeValue(const ProfileValue &v, bool bound, Tr104SipProfileRecord &profile
     const TextCode *row = nullptr;
     int stored = 0;
     switch (v.conv) {
-    case ProfileConv::Byte:
-        stored = intValue(pValue);
-        break;
+    case ProfileConv::Byte: stored = intValue(pValue); break;
     case ProfileConv::SignedByte:
     case ProfileConv::Word:
         stored = intValue(pValue);

@@ -13,15 +13,12 @@ const TextCode kPassThroughNames[] = {{"Force", 0}, {"Disable", 1}, {"Auto", 2}}
 
 bool accepted(const ProfileWide &w, int value) {
     switch (w.accept) {
-    case Accept::Any:
-        return true;
-    case Accept::Range:
-        return inRange(value, w.low, w.high);
+    case Accept::Any: return true;
+    case Accept::Range: return inRange(value, w.low, w.high);
     case Accept::LowByte:
         // The low byte alone is tested: 266 passes as 10.
         return inRange(value & 0xFF, w.low, w.high);
-    case Accept::VbdCodec:
-        return value == 0 || value == 4 || value == 8 || value == 18 || value >= 255;
+    case Accept::VbdCodec: return value == 0 || value == 4 || value == 8 || value == 18 || value >= 255;
     }
     return false;
 }

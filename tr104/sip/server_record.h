@@ -17,11 +17,11 @@ namespace tr104::sip {
 struct ServerRecord {
     uint8_t aucReserved[40];  //   0
     uint32_t nUseIpOrHostname;  // 40 1: aHostAddr is a dotted IPv4 address, 0: a host name
-    uint32_t nServerFlag;       // 44 1 primary, 2 secondary (standby), 0 the proxy in use
+    uint32_t nServerFlag;  // 44 1 primary, 2 secondary (standby), 0 the proxy in use
     char aHostAddr[TR104_SERVER_ADDR_LEN];  // 48 at most 65 characters and a terminator
-    uint8_t aucReserved2[4];    // 114
-    uint16_t usPort;            // 118
-    char aActiveProxy[156];     // 120 address of the proxy in use (proxy reads with flag 0)
+    uint8_t aucReserved2[4];  // 114
+    uint16_t usPort;  // 118
+    char aActiveProxy[156];  // 120 address of the proxy in use (proxy reads with flag 0)
 };
 
 static_assert(sizeof(ServerRecord) == 276);

@@ -17,7 +17,7 @@ namespace tr104::sip {
 namespace {
 
 enum class ServerKind : uint8_t {
-    Proxy,     // the address decides nUseIpOrHostname; the staged flag is sent
+    Proxy,  // the address decides nUseIpOrHostname; the staged flag is sent
     Outbound,  // as a proxy
     Registrar  // nUseIpOrHostname as read; the server's own flag is sent
 };
@@ -31,8 +31,8 @@ struct ServerSpec {
     const char *addrHandler;  // exported handler names, printed with their messages
     const char *portHandler;
     const char *applyName;
-    const char *stem;      // "ProxyServer": pProxyServerIp, GetProxyServerIp, pProxyServerPort ...
-    const char *addrWords; // "proxy server": "param error, proxy server addr len too long\n"
+    const char *stem;  // "ProxyServer": pProxyServerIp, GetProxyServerIp, pProxyServerPort ...
+    const char *addrWords;  // "proxy server": "param error, proxy server addr len too long\n"
     const char *readFailed;
     const char *sendFailed;
     bool showBeforeSend;  // print the record before sending it
@@ -54,24 +54,23 @@ constexpr ServerSpec kServers[] = {
      "Tr104SipSecondaryRegServerIpSip", "Tr104SipSecondaryRegServerPortSip", "setSecondaryRegServer",
      "SecondaryRegServer", "secondary registrar server", kRegistrarReadFailed, kRegistrarSendFailed, false},
     {3, TR104_SERVER_PRIMARY, ServerKind::Proxy, GET_PROXY_CFG_ID, SET_PROXY_CFG_ID, "Tr104SipProxyServerIpSip",
-     "Tr104SipProxyServerPortSip", "setProxyServer", "ProxyServer", "proxy server",
-     "get ProxyServer config failed.\n", kProxySendFailed, false},
+     "Tr104SipProxyServerPortSip", "setProxyServer", "ProxyServer", "proxy server", "get ProxyServer config failed.\n",
+     kProxySendFailed, false},
     {4, TR104_SERVER_SECONDARY, ServerKind::Proxy, GET_PROXY_CFG_ID, SET_PROXY_CFG_ID,
      "Tr104SipSecondaryProxyServerIpSip", "Tr104SipSecondaryProxyServerPortSip", "setSecondaryProxyServer",
-     "SecondaryProxyServer", "secondary proxy server", "get secondary proxy server config failed.\n",
-     kProxySendFailed, true},
+     "SecondaryProxyServer", "secondary proxy server", "get secondary proxy server config failed.\n", kProxySendFailed,
+     true},
     {8, TR104_SERVER_PRIMARY, ServerKind::Outbound, GET_OUT_BOUND_CFG_ID, SET_OUT_BOUND_CFG_ID,
      "Tr104SipOutboundProxyIpSip", "Tr104SipOutboundProxyPortSip", "setOutBoundProxyServer", "OutboundProxy",
      "outbound proxy", kOutboundReadFailed, kOutboundSendFailed, false},
     {9, TR104_SERVER_SECONDARY, ServerKind::Outbound, GET_OUT_BOUND_CFG_ID, SET_OUT_BOUND_CFG_ID,
-     "Tr104SipSecondaryOutboundProxyIpSip", "Tr104SipSecondaryOutboundProxyPortSip",
-     "setSecondaryOutBoundProxyServer", "SecondaryOutboundProxy", "secondary outbound proxy", kOutboundReadFailed,
-     kOutboundSendFailed, false},
+     "Tr104SipSecondaryOutboundProxyIpSip", "Tr104SipSecondaryOutboundProxyPortSip", "setSecondaryOutBoundProxyServer",
+     "SecondaryOutboundProxy", "secondary outbound proxy", kOutboundReadFailed, kOutboundSendFailed, false},
 };
 
 static_assert(kServers[kRegistrar].slot == 1 && kServers[kSecondaryRegistrar].slot == 2 && kServers[kProxy].slot == 3 &&
-              kServers[kSecondaryProxy].slot == 4 && kServers[kOutbound].slot == 8 &&
-              kServers[kSecondaryOutbound].slot == 9 && sizeof(kServers) / sizeof(kServers[0]) == 6,
+                  kServers[kSecondaryProxy].slot == 4 && kServers[kOutbound].slot == 8 &&
+                  kServers[kSecondaryOutbound].slot == 9 && sizeof(kServers) / sizeof(kServers[0]) == 6,
               "the table is indexed by ServerId");
 
 enum class ServerValue : uint8_t { Address, Port };
@@ -270,15 +269,15 @@ int proxyTransport(int nFlag, void *pValue) {
 using tr104::sip::ServerValue;
 
 // One line per server: the exported address and port handlers, and the slot's apply function.
-#define TR104_SERVER_HANDLERS(server, addr, port)                                           \
-    extern "C" TR104_API int addr(int nFlag, void *pValue, int *) {                         \
+#define TR104_SERVER_HANDLERS(server, addr, port)                                                  \
+    extern "C" TR104_API int addr(int nFlag, void *pValue, int *) {                                \
         return tr104::sip::serverHandler(tr104::sip::server, ServerValue::Address, nFlag, pValue); \
-    }                                                                                       \
-    extern "C" TR104_API int port(int nFlag, void *pValue, int *) {                         \
-        return tr104::sip::serverHandler(tr104::sip::server, ServerValue::Port, nFlag, pValue); \
+    }                                                                                              \
+    extern "C" TR104_API int port(int nFlag, void *pValue, int *) {                                \
+        return tr104::sip::serverHandler(tr104::sip::server, ServerValue::Port, nFlag, pValue);    \
     }
-#define TR104_SERVER_APPLY(server, apply)                                      \
-    extern "C" TR104_API int apply(Tr104Msg *msg, void *paramBuffer) {         \
+#define TR104_SERVER_APPLY(server, apply)                                     \
+    extern "C" TR104_API int apply(Tr104Msg *msg, void *paramBuffer) {        \
         return tr104::sip::applyServer(tr104::sip::server, msg, paramBuffer); \
     }
 

@@ -12,23 +12,23 @@ namespace tr104::sip {
 
 // How the value of the data model maps to the line record's field.
 enum class LineConv : uint8_t {
-    EnableText,    // "Enabled"/"Disabled" <-> 1/0 word
-    Integer,       // the word itself
-    Text,          // text field
-    Register,      // set only: 1 registers, anything else unregisters (the command carries it)
-    RegStatus,     // registration text -> data-model state
+    EnableText,  // "Enabled"/"Disabled" <-> 1/0 word
+    Integer,  // the word itself
+    Text,  // text field
+    Register,  // set only: 1 registers, anything else unregisters (the command carries it)
+    RegStatus,  // registration text -> data-model state
     ServerStatus,  // port state code and registration text -> 0, 1, 2, 5
-    PortState,     // port state code, low-order byte
-    HookText,      // hook text as it is
-    CallStatus,    // call text, a few renamed
-    SessionType,   // call text -> 0, 1, 3
+    PortState,  // port state code, low-order byte
+    HookText,  // hook text as it is
+    CallStatus,  // call text, a few renamed
+    SessionType,  // call text -> 0, 1, 3
 };
 
 // What a set does with a text longer than the field allows.
 enum class TooLong : uint8_t {
     Refuse,  // -2 with the descriptor's value error
-    Cut,     // keep the first `limit` characters
-    RunOn,   // no check: the text is copied as it is, up to the end of the record
+    Cut,  // keep the first `limit` characters
+    RunOn,  // no check: the text is copied as it is, up to the end of the record
 };
 
 struct LineValue {
@@ -36,10 +36,10 @@ struct LineValue {
     uint16_t getCmd;
     uint16_t setCmd;
     uint16_t offset;  // field in the line record
-    uint16_t width;   // bytes of the field
+    uint16_t width;  // bytes of the field
     LineConv conv;
-    const char *getError;    // read failed (may name the line with %d)
-    const char *setError;    // send failed
+    const char *getError;  // read failed (may name the line with %d)
+    const char *setError;  // send failed
     const char *valueError;  // value refused
     TooLong tooLong = TooLong::Refuse;
     uint16_t limit = 0;  // longest text a set accepts (Refuse) or keeps (Cut)
@@ -52,26 +52,26 @@ int lineValue(const LineValue &v, int nFlag, void *pValue, int *nLocate);
 
 enum class ProfileConv : uint8_t {
     SignedByte,  // gains: a signed byte widened, range checked
-    Byte,        // flags and targets: the low byte, no check
-    DtmfText,    // DTMF method names
-    Word,        // a word in low..high both ways
-    T38Rate,     // bit/s <-> rate code
-    TcfText,     // TCF method names
+    Byte,  // flags and targets: the low byte, no check
+    DtmfText,  // DTMF method names
+    Word,  // a word in low..high both ways
+    T38Rate,  // bit/s <-> rate code
+    TcfText,  // TCF method names
 };
 
 struct ProfileValue {
     Signature sig;
     uint8_t offset;  // field in the profile record
-    uint8_t width;   // 1 or 4 bytes
-    uint32_t bit;    // change-mask bit of the field (0: none)
+    uint8_t width;  // 1 or 4 bytes
+    uint32_t bit;  // change-mask bit of the field (0: none)
     ProfileConv conv;
-    int low, high;       // accepted range (SignedByte, Word)
-    int refusal;         // result of a refused set value
-    const char *getError;     // read failed: "%d" the line
-    const char *getDone;      // printed after a successful get (line, value), or null
-    const char *rangeBound;   // refused while a profile is bound ("%d" or "%s" the value)
+    int low, high;  // accepted range (SignedByte, Word)
+    int refusal;  // result of a refused set value
+    const char *getError;  // read failed: "%d" the line
+    const char *getDone;  // printed after a successful get (line, value), or null
+    const char *rangeBound;  // refused while a profile is bound ("%d" or "%s" the value)
     const char *rangeCreate;  // refused while none is
-    const char *badStored;    // the stored value has no data-model form ("%d" the value)
+    const char *badStored;  // the stored value has no data-model form ("%d" the value)
 };
 
 // Line 0, where the signature admits it, means every line: a get reads line 1, a set writes
@@ -113,10 +113,10 @@ struct Marker {
 
 // Which values a set accepts.
 enum class Accept : uint8_t {
-    Any,          // every value
-    Range,        // low..high
-    LowByte,      // the value's low byte in low..high (VBD packet intervals)
-    VbdCodec,     // 0, 4, 8, 18, or any code of 255 and above
+    Any,  // every value
+    Range,  // low..high
+    LowByte,  // the value's low byte in low..high (VBD packet intervals)
+    VbdCodec,  // 0, 4, 8, 18, or any code of 255 and above
 };
 
 struct ProfileWide {
@@ -124,8 +124,8 @@ struct ProfileWide {
     uint16_t getCmd;
     uint16_t setCmd;
     uint8_t recordLen;
-    uint8_t offset;   // field of the value (a word)
-    uint32_t scale;   // voice module units per data-model unit
+    uint8_t offset;  // field of the value (a word)
+    uint32_t scale;  // voice module units per data-model unit
     Accept accept;
     int low, high;
     Marker marker;

@@ -21,13 +21,13 @@ void setAttrPriority(V2LIN_TCB *tcb, int priority) {
 
 }  // namespace
 
-extern "C" int32_t root_task(int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t,
-                             int32_t) {
+extern "C" int32_t root_task(int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t) {
     V2LIN_TCB excTask;
     taskInit(&excTask, "tExcTask", 0, 0, nullptr, 0, exception_task, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
     setAttrPriority(&excTask, sched_get_priority_max(SCHED_FIFO) - 1);
     taskActivate(excTask.taskId);
-    for (;;) taskDelay(kForever);
+    for (;;)
+        taskDelay(kForever);
     return 0;
 }
 
