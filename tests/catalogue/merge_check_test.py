@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""The map's generator refuses a path given twice (a row and the unserved list, two rows), and a
-row the catalogue cannot take; the real sources pass.
+"""The map's generator refuses a path given twice (a row and the unserved list, two rows), a row
+the catalogue cannot take, a conversion no one named, a value of the map's own it cannot take, and
+a parameter of the second tree in no source; the real sources pass.
 
-usage: merge_check_test.py GEN_VOICE_MAP.py CATALOGUE_DIR INCLUDE_DIR REFERENCE.xml
+usage: merge_check_test.py GEN_VOICE_MAP.py CATALOGUE_DIR INCLUDE_DIR REFERENCE.xml REFERENCE2.xml
 """
 import os
 import shutil
@@ -10,7 +11,7 @@ import subprocess
 import sys
 import tempfile
 
-gen, catalogue, include, xml = sys.argv[1:5]
+gen, catalogue, include, xml, xml2 = sys.argv[1:6]
 PATH = 'InternetGatewayDevice.Services.VoiceService.{i}.VoiceProfile.{i}.Line.{i}.Enable'
 ROW = f'''
 [[param]]
@@ -27,7 +28,7 @@ value = "text:16"
 '''
 
 
-def run(tmp, rows, unserved):
+def run(tmp, rows, unserved, values='', second=()):
     cat = os.path.join(tmp, 'catalogue')
     shutil.rmtree(cat, ignore_errors=True)
     os.makedirs(cat)
@@ -36,8 +37,10 @@ def run(tmp, rows, unserved):
         f.write(rows)
     with open(os.path.join(cat, 'unserved.tsv'), 'w', encoding='utf-8') as f:
         f.write(unserved)
+    with open(os.path.join(cat, 'values.toml'), 'w', encoding='utf-8') as f:
+        f.write(values)
     p = subprocess.run([sys.executable, gen, cat, include, xml,
-                        os.path.join(tmp, 'out.c'), os.path.join(tmp, 'out.tsv')],
+                        os.path.join(tmp, 'out.c'), os.path.join(tmp, 'out.tsv'), *second],
                        capture_output=True, text=True, check=False)
     return p.returncode, p.stdout + p.stderr
 
@@ -66,7 +69,17 @@ with tempfile.TemporaryDirectory() as tmp:
            "'famly'")
     expect('an unknown map column', run(tmp, ROW.replace('value =', 'valeu = "int"\nvalue ='), ''), False,
            "'valeu'")
+    SECOND = ROW.replace('value = "text:16"', 'value = "text:16"\n\n[[param.paths]]\n'
+                         'path = "Device.Services.VoiceService.{i}.SIP.Client.{i}.Enable"\nlocate = [0, 2]\n'
+                         'type = "boolean"\naccess = "RW"\narg = "nLocate[1]=1"\nconvert = "EnableBool"')
+    NAMED = '[conversions]\nEnableBool = "enum:true=Enabled,false=Disabled"\n'
+    expect('a second-tree path and its conversion', run(tmp, SECOND, '', NAMED), True)
+    expect('a conversion no one named', run(tmp, SECOND, ''), False, 'not named in values.toml')
+    expect('a fixed value without its type', run(tmp, ROW, '', '[[fixed]]\npath = "Device.X"\nvalue = "0"\n'), False,
+           'a fixed value has path, type, value')
+    expect('the second tree incomplete', run(tmp, SECOND, '', NAMED, (xml2,)), False,
+           'parameter(s) of the second tree in no source')
     expect('the real sources', (subprocess.run(
         [sys.executable, gen, catalogue, include, xml, os.path.join(tmp, 'real.c'),
-         os.path.join(tmp, 'real.tsv')], capture_output=True, text=True, check=False).returncode, ''), True)
+         os.path.join(tmp, 'real.tsv'), xml2], capture_output=True, text=True, check=False).returncode, ''), True)
 sys.exit(1 if failures else 0)
