@@ -67,6 +67,7 @@ struct Case {
 
 // A handler without nLocate, called as the others.
 int telEventNegoState(int nFlag, void *pValue, int *) { return Tr104TelEvent2833NegoState(nFlag, pValue); }
+int sendRtpPackets(int nFlag, void *pValue, int *) { return Tr104SendRtpPackets(nFlag, pValue); }
 
 class CatalogueTexts : public siptest::SipTest {};
 
@@ -99,6 +100,10 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         {"Tr104TelEvent2833NegoState", telEventNegoState, "getError", Call::GetFails, TR104_TEL_EVENT_GET_CMD, 0,
          nullptr, "", -1},
         {"Tr104TelEvent2833NegoState", telEventNegoState, "rangeError", Call::SetInt, 0, 2, nullptr, "2", -2},
+        // RtpValue: a line's block refused; RtpProfileSum: one of its lines refused
+        {"Tr104LineSendRtpPackets", Tr104LineSendRtpPackets, "getError", Call::GetFails, TR104_RTP_STATS_CMD, 0,
+         nullptr, "1", -1},
+        {"Tr104SendRtpPackets", sendRtpPackets, "failed", Call::GetFails, TR104_RTP_STATS_CMD, 0, nullptr, "", -1},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.handler) + " " + c.field);
