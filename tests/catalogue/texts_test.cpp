@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "sip/sip_fixture.h"
+#include "tr104/netcfg.h"
 #include "tr104/sip.h"
 #include "tr104/statistics.h"
 
@@ -68,6 +69,7 @@ struct Case {
 // A handler without nLocate, called as the others.
 int telEventNegoState(int nFlag, void *pValue, int *) { return Tr104TelEvent2833NegoState(nFlag, pValue); }
 int sendRtpPackets(int nFlag, void *pValue, int *) { return Tr104SendRtpPackets(nFlag, pValue); }
+int pppoeEnable(int nFlag, void *pValue, int *) { return Tr104PPPoEEnable(nFlag, pValue); }
 
 class CatalogueTexts : public siptest::SipTest {};
 
@@ -104,6 +106,8 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         {"Tr104LineSendRtpPackets", Tr104LineSendRtpPackets, "getError", Call::GetFails, TR104_RTP_STATS_CMD, 0,
          nullptr, "1", -1},
         {"Tr104SendRtpPackets", sendRtpPackets, "failed", Call::GetFails, TR104_RTP_STATS_CMD, 0, nullptr, "", -1},
+        // MaskedField: a flag out of range
+        {"Tr104PPPoEEnable", pppoeEnable, "valueError", Call::SetInt, 0, 2, nullptr, "2", -2},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.handler) + " " + c.field);
