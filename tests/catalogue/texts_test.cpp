@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "sip/sip_fixture.h"
+#include "tr104/device.h"
 #include "tr104/netcfg.h"
 #include "tr104/sip.h"
 #include "tr104/statistics.h"
@@ -70,6 +71,7 @@ struct Case {
 int telEventNegoState(int nFlag, void *pValue, int *) { return Tr104TelEvent2833NegoState(nFlag, pValue); }
 int sendRtpPackets(int nFlag, void *pValue, int *) { return Tr104SendRtpPackets(nFlag, pValue); }
 int pppoeEnable(int nFlag, void *pValue, int *) { return Tr104PPPoEEnable(nFlag, pValue); }
+int profileNumber(int nFlag, void *pValue, int *) { return Tr104ProfileNumber(nFlag, pValue); }
 
 class CatalogueTexts : public siptest::SipTest {};
 
@@ -108,6 +110,9 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         {"Tr104SendRtpPackets", sendRtpPackets, "failed", Call::GetFails, TR104_RTP_STATS_CMD, 0, nullptr, "", -1},
         // MaskedField: a flag out of range
         {"Tr104PPPoEEnable", pppoeEnable, "valueError", Call::SetInt, 0, 2, nullptr, "2", -2},
+        // Capability: the voice module's answer refused
+        {"Tr104ProfileNumber", profileNumber, "failure", Call::GetFails, TR104_GET_PROFILE_NUMBER_ID, 0, nullptr, "",
+         -1},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.handler) + " " + c.field);
