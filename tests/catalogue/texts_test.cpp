@@ -8,6 +8,7 @@
 
 #include "sip/sip_fixture.h"
 #include "tr104/device.h"
+#include "tr104/h248.h"
 #include "tr104/netcfg.h"
 #include "tr104/sip.h"
 #include "tr104/statistics.h"
@@ -110,6 +111,9 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         {"Tr104SendRtpPackets", sendRtpPackets, "failed", Call::GetFails, TR104_RTP_STATS_CMD, 0, nullptr, "", -1},
         // MaskedField: a flag out of range
         {"Tr104PPPoEEnable", pppoeEnable, "valueError", Call::SetInt, 0, 2, nullptr, "2", -2},
+        // BlockValue: the statistics block refused
+        {"Tr104LineTotalCallsTimeH248", Tr104LineTotalCallsTimeH248, "getError", Call::GetFails, GET_H248_STATISTICS_ID,
+         0, nullptr, "1", -1},
         // Capability: the voice module's answer refused
         {"Tr104ProfileNumber", profileNumber, "failure", Call::GetFails, TR104_GET_PROFILE_NUMBER_ID, 0, nullptr, "",
          -1},
