@@ -43,17 +43,6 @@ struct FieldValue {
     int (*beforeSet)(const FieldValue &f, const char *text) = nullptr;
 };
 
-// The bits of the blocks' first word.
-constexpr uint32_t kOption60EnableBit = 0x1;
-constexpr uint32_t kOption60ValueBit = 0x2;
-constexpr uint32_t kOption60TypeBit = 0x4;
-constexpr uint32_t kOption60ValueModeBit = 0x8;
-constexpr uint32_t kOption125EnableBit = 0x1;
-constexpr uint32_t kOption125ValueBit = 0x2;
-constexpr uint32_t kPppoeEnableBit = 0x1;
-constexpr uint32_t kPppoeAccountBit = 0x2;
-constexpr uint32_t kPppoePasswordBit = 0x4;
-
 // The longest texts a set takes.
 constexpr uint16_t kOptionTextLongest = 130;
 constexpr uint16_t kPppoeTextLongest = 63;
