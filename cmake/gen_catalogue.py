@@ -13,6 +13,7 @@ shape beyond that schema.  docs/catalogue.md describes the rows.
           generated/tr104/catalogue/<area>_<shape>.inc   descriptors and exported one-liners,
                                                          included by the shape's generic body
           generated/tr104/catalogue/dispatch_lists.h     the wrapper lists, one per family
+          generated/tr104/catalogue/field_lists.h        the masked fields of a record, by member
           include/tr104/extension_variants.h             TR104_EXTENSION_VARIANTS (public)
           tr104/handlers.txt                             the handlers of the rows
           tr104/exports-all.txt                          EXPORTS and the handlers: the interface
@@ -39,6 +40,11 @@ class Catalogue:
     def __init__(self, directory):
         with open(os.path.join(directory, 'shapes.toml'), 'rb') as f:
             self.shapes = tomllib.load(f)
+        for shape in self.shapes.values():  # `like`: the same descriptor called another way
+            if 'like' in shape:
+                base = self.shapes[shape['like']]
+                for key in ('type', 'namespace', 'body', 'fields'):
+                    shape.setdefault(key, base[key])
         self.rows = []
         self.errors = []
         for path in sorted(glob.glob(os.path.join(directory, '*.toml'))):
@@ -202,6 +208,22 @@ def dispatch_lists(cat):
     return ''.join(out)
 
 
+def field_lists(cat):
+    """For a shape with `fieldList`: per record, its rows' fields with their bits, X(bit, record,
+    member), in the rows' order (the emulator keeps the records by these)."""
+    out = [GENERATED, '// The masked fields of the rows, per record: X(<bit>, <record>, <member>).\n#pragma once\n']
+    for name, shape in cat.shapes.items():
+        if 'fieldList' not in shape:
+            continue
+        records = {}
+        for row in cat.by_shape(name):
+            bit = row[shape['fieldListBit']]
+            records.setdefault(row['record'], []).append(f"X({bit}, {row['record']}, {row['field']})")
+        for record, fields in records.items():
+            out.append(f"\n#define {shape['fieldList']}_{record}(X)" + ''.join(f' \\\n    {f}' for f in fields) + '\n')
+    return ''.join(out)
+
+
 def extension_variants(cat):
     names = [r['handler'] for r in cat.by_shape('wrapper') if r.get('extension')]
     return (GENERATED + '/* SIP variants the library leaves to the embedding process (include/tr104/device.h):\n'
@@ -302,8 +324,8 @@ def write(path, text):
 
 def outputs(cat):
     files = [f'generated/tr104/catalogue/{a}_{s}.inc' for a, s in cat.descriptor_files()]
-    return files + ['generated/tr104/catalogue/dispatch_lists.h', 'include/tr104/extension_variants.h',
-                    'tr104/handlers.txt', 'tr104/exports-all.txt']
+    return files + ['generated/tr104/catalogue/dispatch_lists.h', 'generated/tr104/catalogue/field_lists.h',
+                    'include/tr104/extension_variants.h', 'tr104/handlers.txt', 'tr104/exports-all.txt']
 
 
 def build(cat, include_dir, exports, bindir):
@@ -313,6 +335,7 @@ def build(cat, include_dir, exports, bindir):
             cat.error(row, 'is not declared with TR104_API in the public headers')
     files = {f'generated/tr104/catalogue/{a}_{s}.inc': descriptor_file(cat, a, s) for a, s in cat.descriptor_files()}
     files['generated/tr104/catalogue/dispatch_lists.h'] = dispatch_lists(cat)
+    files['generated/tr104/catalogue/field_lists.h'] = field_lists(cat)
     files['include/tr104/extension_variants.h'] = extension_variants(cat)
     handlers = ''.join(r['handler'] + '\n' for r in cat.rows)
     files['tr104/handlers.txt'] = handlers

@@ -125,11 +125,18 @@ typedef struct Tr104Option60Payload { /* command 32 get, 31 set */
     int32_t nValueMode; /* 12 */
     char aValue[132]; /* 16: at most 130 characters */
 } Tr104Option60Payload;
+/* The bits of unFields: the fields a set carries. */
+#define TR104_OPTION60_ENABLE_BIT 0x1u
+#define TR104_OPTION60_VALUE_BIT 0x2u
+#define TR104_OPTION60_TYPE_BIT 0x4u
+#define TR104_OPTION60_VALUE_MODE_BIT 0x8u
 typedef struct Tr104Option125Payload { /* command 36 get, 35 set */
     uint32_t unFields; /* 0x1 enable, 0x2 value */
     uint8_t ucEnable; /* 4 */
     char aValue[131]; /* 5: at most 130 characters */
 } Tr104Option125Payload;
+#define TR104_OPTION125_ENABLE_BIT 0x1u
+#define TR104_OPTION125_VALUE_BIT 0x2u
 typedef struct Tr104PppoePayload { /* command 39 get, 38 set */
     uint32_t unFields; /* 0x1 enable, 0x2 account, 0x4 password */
     uint32_t unEnable; /*   4 */
@@ -137,6 +144,9 @@ typedef struct Tr104PppoePayload { /* command 39 get, 38 set */
     char aPassword[64]; /*  72: at most 63 characters */
     uint8_t aucZero[28]; /* 136 */
 } Tr104PppoePayload;
+#define TR104_PPPOE_ENABLE_BIT 0x1u
+#define TR104_PPPOE_ACCOUNT_BIT 0x2u
+#define TR104_PPPOE_PASSWORD_BIT 0x4u
 
 /* ---- Time: commands 62..70, 75 ---- */
 typedef struct Tr104TimePayload { /* commands 64..70 */

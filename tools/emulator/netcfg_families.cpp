@@ -18,6 +18,7 @@
 #include "emulator/area_state.h"
 #include "emulator/netcfg_emulator.h"
 #include "emulator/state_file.h"
+#include "tr104/catalogue/field_lists.h"
 #include "tr104/common.h"
 
 namespace vmemu {
@@ -286,30 +287,32 @@ const Command kCommands[] = {
      }},
 };
 
-// The blocks whose sets carry a fields-present word: each set changes only its fields.
+// The blocks whose sets carry a fields-present word: each set changes only its fields, the
+// masked fields of the library's rows (generated/tr104/catalogue/field_lists.h).
+
 const RecordFamily kOption60{"dhcp option 60",
                              sizeof(Tr104Option60Payload),
                              {},
                              {TR104_GET_DHCP_OPTION60_ID},
                              {TR104_SET_DHCP_OPTION60_ID},
-                             Field{0, 4},
-                             {{0x1, {4, 4}}, {0x2, {16, 132}}, {0x4, {8, 4}}, {0x8, {12, 4}}},
+                             VMEMU_MEMBER(Tr104Option60Payload, unFields),
+                             {TR104_MASKED_FIELDS_Tr104Option60Payload(VMEMU_MASKED_FIELD)},
                              {}};
 const RecordFamily kOption125{"dhcp option 125",
                               sizeof(Tr104Option125Payload),
                               {},
                               {TR104_GET_DHCP_OPTION125_ID},
                               {TR104_SET_DHCP_OPTION125_ID},
-                              Field{0, 4},
-                              {{0x1, {4, 1}}, {0x2, {5, 131}}},
+                              VMEMU_MEMBER(Tr104Option125Payload, unFields),
+                              {TR104_MASKED_FIELDS_Tr104Option125Payload(VMEMU_MASKED_FIELD)},
                               {}};
 const RecordFamily kPppoe{"pppoe",
                           sizeof(Tr104PppoePayload),
                           {},
                           {TR104_GET_PPPOE_PARAM_ID},
                           {TR104_SET_PPPOE_PARAM_ID},
-                          Field{0, 4},
-                          {{0x1, {4, 4}}, {0x2, {8, 64}}, {0x4, {72, 64}}},
+                          VMEMU_MEMBER(Tr104PppoePayload, unFields),
+                          {TR104_MASKED_FIELDS_Tr104PppoePayload(VMEMU_MASKED_FIELD)},
                           {}};
 
 NetState initialState() {

@@ -5,12 +5,16 @@
 #include <sstream>
 
 #include "emulator/stats_emulator.h"
+#include "tr104/catalogue/field_lists.h"
 #include "tr104/sip.h"
 
 namespace vmemu::stats {
 namespace {
 
-const Field kLineKey{0, 4, "line"};
+Field key(Field f, const char *name) {
+    f.name = name;
+    return f;
+}
 
 RecordFamily family(const char *name, uint32_t length, std::vector<Field> keys, uint32_t getCmd) {
     RecordFamily f;
@@ -22,18 +26,18 @@ RecordFamily family(const char *name, uint32_t length, std::vector<Field> keys, 
 }
 
 void installStatsFamilies(VoiceModuleEmulator &e) {
-    e.addFamily(family(kRtpFamily, sizeof(Tr104LineRtpStatsBlock), {kLineKey}, TR104_RTP_STATS_CMD));
+    e.addFamily(family(kRtpFamily, sizeof(Tr104LineRtpStatsBlock),
+                       {key(VMEMU_MEMBER(Tr104LineRtpStatsBlock, unLine), "line")}, TR104_RTP_STATS_CMD));
     e.addFamily(family(kIntervalFamily, sizeof(Tr104LineRtpIntervalBlock),
-                       {{offsetof(Tr104LineRtpIntervalBlock, unLine), 4, "line"},
-                        {offsetof(Tr104LineRtpIntervalBlock, unInterval), 4, "interval"}},
+                       {key(VMEMU_MEMBER(Tr104LineRtpIntervalBlock, unLine), "line"),
+                        key(VMEMU_MEMBER(Tr104LineRtpIntervalBlock, unInterval), "interval")},
                        TR104_RTP_INTERVAL_CMD));
-    e.addFamily(family(kSipFamily, sizeof(Tr104SipLineStatsRecord), {kLineKey}, TR104_SIP_LINE_STATS_CMD));
+    e.addFamily(family(kSipFamily, sizeof(Tr104SipLineStatsRecord),
+                       {key(VMEMU_MEMBER(Tr104SipLineStatsRecord, unLine), "line")}, TR104_SIP_LINE_STATS_CMD));
     RecordFamily events = family(kTelEventFamily, sizeof(Tr104TelEventBlock), {}, TR104_TEL_EVENT_GET_CMD);
     events.setCmds = {TR104_TEL_EVENT_SET_PAYLOAD_CMD, TR104_TEL_EVENT_SET_NEGO_CMD};
-    events.mask = Field{offsetof(Tr104TelEventBlock, unMask), 4};
-    events.maskedFields = {{TR104_TEL_EVENT_2833_PAYLOAD, {offsetof(Tr104TelEventBlock, un2833PayloadType), 4}},
-                           {TR104_TEL_EVENT_2198_PAYLOAD, {offsetof(Tr104TelEventBlock, un2198PayloadType), 4}},
-                           {TR104_TEL_EVENT_NEGO_STATE, {offsetof(Tr104TelEventBlock, un2833NegoState), 4}}};
+    events.mask = VMEMU_MEMBER(Tr104TelEventBlock, unMask);
+    events.maskedFields = {TR104_MASKED_FIELDS_Tr104TelEventBlock(VMEMU_MASKED_FIELD)};
     e.addFamily(events);
     // A voice module starts with the usual dynamic payload types, negotiation on.
     const Tr104TelEventBlock defaults{0, 101, 100, 1, 0};

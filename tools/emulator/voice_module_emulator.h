@@ -56,6 +56,12 @@ struct MaskedField {
     Field field;
 };
 
+// A record's member by name: where it is and how wide.
+#define VMEMU_MEMBER(record, member) \
+    Field { offsetof(record, member), sizeof(record::member) }
+// X of the masked-field lists the library's rows give (generated/tr104/catalogue/field_lists.h).
+#define VMEMU_MASKED_FIELD(bit, record, member) {bit, VMEMU_MEMBER(record, member)},
+
 // How the voice module keeps one kind of record.
 struct RecordFamily {
     std::string name;
