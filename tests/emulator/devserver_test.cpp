@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <thread>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@
 #include "emulator/protocol_family.h"
 #include "emulator/service.h"
 #include "emulator/state_file.h"
+#include "emulator/write_all.h"
 #include "support/channel_fixture.h"
 #include "tr104/sip_identity.h"
 
@@ -309,6 +311,37 @@ TEST(CommandLine, SharedAndOwnOptions) {
             EXPECT_EQ(own, c.own) << line;
         }
     }
+}
+
+// A buffer larger than a pipe or socket takes at once arrives whole and in order; a reader that
+// went away is an error, not a SIGPIPE that ends the process.
+TEST(WriteAll, WholeBufferThenAClosedReader) {
+    std::string data(1 << 20, '\0');
+    for (size_t i = 0; i < data.size(); ++i) {
+        data[i] = static_cast<char>(i * 7 + i / 251);
+    }
+    for (const vmemu::Descriptor kind : {vmemu::Descriptor::File, vmemu::Descriptor::Socket}) {
+        int fds[2];
+        ASSERT_EQ(kind == vmemu::Descriptor::Socket ? socketpair(AF_UNIX, SOCK_STREAM, 0, fds) : pipe(fds), 0);
+        std::string got;
+        std::thread reader([&got, fd = fds[0]] {
+            char buf[4096];
+            for (ssize_t n; (n = read(fd, buf, sizeof(buf))) > 0;) {
+                got.append(buf, static_cast<size_t>(n));
+            }
+        });
+        EXPECT_TRUE(vmemu::writeAll(fds[1], data, kind));
+        close(fds[1]);
+        reader.join();
+        EXPECT_TRUE(got == data) << "received " << got.size() << " of " << data.size() << " bytes";
+        close(fds[0]);
+    }
+    int pair[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
+    close(pair[0]);
+    EXPECT_FALSE(vmemu::writeAll(pair[1], "answer\n", vmemu::Descriptor::Socket));
+    EXPECT_EQ(errno, EPIPE);
+    close(pair[1]);
 }
 
 }  // namespace
