@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "emulator/area_state.h"
+#include "emulator/line_states.h"
 #include "emulator/linetest_emulator.h"
 #include "tr104/linetest.h"
 
@@ -54,14 +55,14 @@ const MeasureField kFields[] = {
 #undef OUTER
 #undef INNER
 
-// Status codes a simulated call walks through before its end.
-const uint32_t kCallerWalk[] = {2, 3, 4, 5, 6, 7};  // off-hook .. connected, then 10
-const uint32_t kCalledWalk[] = {3, 2, 4};  // ringing, off-hook, connected, then 5
-constexpr uint32_t kCallerEnd = 10;
-constexpr uint32_t kCalledEnd = 5;
-constexpr size_t kFailingSteps = 2;
-constexpr uint32_t kCallerNoAnswer = 5;
-constexpr uint32_t kCalledNoAnswer = 3;  // a failing call stops after its first two steps
+namespace caller = line::caller;
+namespace called = line::called;
+
+// Status codes a simulated call walks through before its test end.
+const uint32_t kCallerWalk[] = {caller::kOffHook,    caller::kDialTone, caller::kReceiving,
+                                caller::kReceiveEnd, caller::kRingBack, caller::kConnected};
+const uint32_t kCalledWalk[] = {called::kRingBack, called::kOffHook, called::kConnected};
+constexpr size_t kFailingSteps = 2;  // a failing call stops after its first two steps
 
 struct Port {
     Tr104OuterLineResult outer{};
@@ -142,8 +143,8 @@ uint8_t progressOf(const State &s, const Port &p, uint8_t *result) {
 // ---- Simulated calls ----
 
 struct CallView {
-    uint32_t callerStatus = 1;
-    uint32_t calledStatus = 1;
+    uint32_t callerStatus = caller::kIdle;
+    uint32_t calledStatus = called::kIdle;
     uint32_t conclusion = 0;
     uint32_t callerFail = 0;
     uint32_t calledFail = 0;
@@ -155,9 +156,9 @@ CallView viewOf(const State &s, const Port &p) {
     if (p.callType == 0) {
         return v;
     }
-    const bool caller = p.callType == TR104_SMULT_CALLER;
-    const uint32_t *walk = caller ? kCallerWalk : kCalledWalk;
-    size_t steps = caller ? std::size(kCallerWalk) : std::size(kCalledWalk);
+    const bool isCaller = p.callType == TR104_SMULT_CALLER;
+    const uint32_t *walk = isCaller ? kCallerWalk : kCalledWalk;
+    size_t steps = isCaller ? std::size(kCallerWalk) : std::size(kCalledWalk);
     if (p.failCode != 0) {
         steps = std::min(steps, kFailingSteps);
     }
@@ -167,22 +168,22 @@ CallView viewOf(const State &s, const Port &p) {
     const milliseconds walkEnd = s.step * static_cast<int64_t>(steps);
     const bool timesOut = p.timeout != 0 && walkEnd > std::chrono::seconds(p.timeout);
     const milliseconds end = timesOut ? milliseconds(std::chrono::seconds(p.timeout)) : walkEnd;
-    uint32_t &status = caller ? v.callerStatus : v.calledStatus;
+    uint32_t &status = isCaller ? v.callerStatus : v.calledStatus;
     if (!p.callStopped && elapsed < end) {
         status = walk[static_cast<size_t>(elapsed / s.step)];
         return v;
     }
     v.ended = true;
-    status = caller ? kCallerEnd : kCalledEnd;
+    status = isCaller ? caller::kTestEnd : called::kTestEnd;
     if (p.callStopped) {
-        v.conclusion = 2;  // stopped before its end: failed, with no reason
+        v.conclusion = line::kFailed;  // stopped before its end: failed, with no reason
     } else if (p.failCode != 0 || timesOut) {
-        v.conclusion = 2;  // its own fail code, or no answer before the timeout
-        (caller ? v.callerFail : v.calledFail) = p.failCode != 0 ? p.failCode
-                                                 : caller        ? kCallerNoAnswer
-                                                                 : kCalledNoAnswer;
+        v.conclusion = line::kFailed;  // its own fail code, or no answer before the timeout
+        (isCaller ? v.callerFail : v.calledFail) = p.failCode != 0 ? p.failCode
+                                                   : isCaller      ? caller::kNoAnswer
+                                                                   : called::kNoAnswer;
     } else {
-        v.conclusion = 1;
+        v.conclusion = line::kSucceeded;
     }
     return v;
 }
