@@ -27,9 +27,9 @@ OUT.tsv is the whole map in MAP.tsv's columns (installed with the library, read 
 import os
 import re
 import sys
-import xml.etree.ElementTree as ET
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import datamodel  # noqa: E402
 import gen_catalogue  # noqa: E402
 
 TYPES = {'string', 'int', 'unsignedInt', 'boolean', 'dateTime', 'base64', 'float'}
@@ -48,7 +48,6 @@ def arity(args):
     return None
 
 
-ROOT = 'InternetGatewayDevice.Services.'
 SLOT = re.compile(r'deferred slot ([0-9]+)')
 VALUE_KINDS = {'int': ('TR104_MAP_VALUE_INT', 4), 'float': ('TR104_MAP_VALUE_FLOAT', 4),
                'byte': ('TR104_MAP_VALUE_BYTE', 1), 'addr': ('TR104_MAP_VALUE_ADDR', 4)}
@@ -69,15 +68,8 @@ def typed_note(note):
 
 def standard_parameters(xml_path):
     """Every parameter path of the standard's definition, in its order: whether its value is hidden."""
-    params = {}
-    for obj in ET.parse(xml_path).getroot().iter():
-        if not obj.tag.endswith('object') or obj.get('name') is None:
-            continue
-        for p in obj:
-            if p.tag.endswith('parameter') and p.get('name'):
-                hidden = any(s.tag.endswith('syntax') and s.get('hidden') == 'true' for s in p)
-                params[ROOT + obj.get('name') + p.get('name')] = hidden
-    return params
+    return {datamodel.ROOT + obj + name: any(s.tag.endswith('syntax') and s.get('hidden') == 'true' for s in p)
+            for obj, name, p in datamodel.parameters(xml_path)}
 
 
 def hidden(path, standard):
@@ -90,26 +82,15 @@ def c_string(text):
     return '"' + text.replace('\\', '\\\\').replace('"', '\\"') + '"'
 
 
-def tsv_lines(tsv, columns):
-    """(where, fields) of each line of a tab-separated file, comments left out."""
-    for number, line in enumerate(open(tsv, encoding='utf-8'), 1):
-        line = line.rstrip('\n')
-        if line and not line.startswith('#'):
-            f = line.split('\t')
-            if len(f) != columns:
-                sys.exit(f'{tsv}:{number}: {len(f)} columns, not {columns}')
-            yield f'{os.path.basename(tsv)}:{number}', f
-
-
 def entries(tsv, catalogue_dir):
     """Every entry of the three sources, as the catalogue gives them (slot -1: from the note)."""
-    for where, f in tsv_lines(tsv, 9):
+    for where, f in datamodel.tsv_lines(tsv, 9):
         yield (where, *f, -1, None)
     cat = gen_catalogue.Catalogue(catalogue_dir)
     if cat.errors:
         sys.exit('\n'.join(cat.errors))
     yield from gen_catalogue.map_entries(cat)
-    for where, (path, typ, access, reason) in tsv_lines(os.path.join(catalogue_dir, 'unserved.tsv'), 4):
+    for where, (path, typ, access, reason) in datamodel.tsv_lines(os.path.join(catalogue_dir, 'unserved.tsv'), 4):
         yield (where, path, '-', '-', typ, access, '-', '-', '-', reason, -1, None)
 
 

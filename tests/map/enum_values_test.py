@@ -5,24 +5,19 @@ allows (taken from the reference definition).
 
 usage: enum_values_test.py MAP.tsv REFERENCE.xml TR104CTL
 """
+import os
 import re
 import subprocess
 import sys
-import xml.etree.ElementTree as ET
 
-ROOT = 'InternetGatewayDevice.Services.'
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..', 'cmake'))
+from datamodel import ROOT, parameters, tsv_lines  # noqa: E402
 
 
 def allowed_values(xml_path):
     """Pattern -> set of allowed values (enumerations, referenced enumerations and booleans), and
     the patterns whose enumeration admits vendor-specific values."""
-    params = {}
-    for obj in ET.parse(xml_path).getroot().iter():
-        if not obj.tag.endswith('object') or obj.get('name') is None:
-            continue
-        for p in obj:
-            if p.tag.endswith('parameter') and p.get('name'):
-                params[obj.get('name') + p.get('name')] = p
+    params = {obj + name: p for obj, name, p in parameters(xml_path)}
     enums, refs, vendor = {}, {}, set()
     for name, p in params.items():
         description = ''.join(d.text or '' for d in p if d.tag.endswith('description'))
@@ -59,10 +54,7 @@ def main():
     map_path, xml_path, ctl = sys.argv[1:4]
     allowed, vendor = allowed_values(xml_path)
     failures = checked = 0
-    for line in open(map_path, encoding='utf-8'):
-        if line.startswith('#') or not line.strip():
-            continue
-        f = line.rstrip('\n').split('\t')
+    for _, f in tsv_lines(map_path):
         pattern, handler, access, note = f[0], f[1], f[4], f[8]
         if handler == '-' or 'R' not in access or pattern not in allowed:
             continue
