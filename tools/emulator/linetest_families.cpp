@@ -114,17 +114,6 @@ void refuse(Payload &reply) {
     std::memset(reply.data(), 0xFF, 13);
 }
 
-template <typename T>
-void copyOut(const T &record, Payload &reply) {
-    std::memcpy(reply.data(), &record, sizeof(record));
-}
-template <typename T>
-T recordOf(const Request &r) {
-    T record;
-    std::memcpy(&record, r.payload.data(), sizeof(record));
-    return record;
-}
-
 // ---- Line tests ----
 
 uint8_t progressOf(const State &s, const Port &p, uint8_t *result) {
@@ -189,7 +178,7 @@ CallView viewOf(const State &s, const Port &p) {
 }
 
 void startCall(State &s, const Request &r) {
-    const auto block = recordOf<Tr104SmultParam>(r);
+    const auto block = r.record<Tr104SmultParam>();
     Port *p = portOf(s, block.unPort);
     if (p == nullptr) {
         return;
@@ -265,22 +254,22 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
 
     // Hook-flash times: a set changes the field its selector names.
     e.setHandler(SET_CODEC_TIME_ID, served([](State &s, const Request &r, Payload &) {
-                     const auto rec = recordOf<Tr104FlashRecord>(r);
+                     const auto rec = r.record<Tr104FlashRecord>();
                      (rec.unSelector == TR104_FLASH_UP ? s.flashUp : s.flashDown) =
                          rec.unSelector == TR104_FLASH_UP ? rec.unFlashUp : rec.unFlashDown;
                      return false;
                  }));
     e.setHandler(GET_CODEC_TIME_ID, served([](State &s, const Request &r, Payload &reply) {
-                     auto rec = recordOf<Tr104FlashRecord>(r);
+                     auto rec = r.record<Tr104FlashRecord>();
                      rec.unFlashDown = s.flashDown;
                      rec.unFlashUp = s.flashUp;
-                     copyOut(rec, reply);
+                     putRecord(reply, rec);
                      return true;
                  }));
 
     // Line tests.
     e.setHandler(SET_PORT_TEST_STATE_ID, served([](State &s, const Request &r, Payload &) {
-                     const auto rec = recordOf<Tr104TestStateRecord>(r);
+                     const auto rec = r.record<Tr104TestStateRecord>();
                      if (Port *p = portOf(s, rec.ucPort)) {
                          p->testType = rec.ucTestType;
                          p->testStart = Clock::now();
@@ -289,7 +278,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      return false;
                  }));
     e.setHandler(GET_PORT_TEST_STATE_ID, served([](State &s, const Request &r, Payload &reply) {
-                     auto rec = recordOf<Tr104TestStateRecord>(r);
+                     auto rec = r.record<Tr104TestStateRecord>();
                      Port *p = portOf(s, rec.ucPort);
                      if (p == nullptr) {
                          refuse(reply);
@@ -297,7 +286,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      }
                      rec.ucTestType = p->testType;
                      rec.ucProgress = progressOf(s, *p, &rec.ucResult);
-                     copyOut(rec, reply);
+                     putRecord(reply, rec);
                      return true;
                  }));
     // Results: the port's record as it stands, under the port number of the request.
@@ -309,7 +298,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                              return true;
                          }
                          (p->*member).ucPort = static_cast<uint8_t>(r.payload[2]);
-                         copyOut(p->*member, reply);
+                         putRecord(reply, p->*member);
                          return true;
                      }));
     };
@@ -322,7 +311,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      return false;
                  }));
     e.setHandler(GET_SMULT_TEST_ID, served([](State &s, const Request &r, Payload &reply) {
-                     auto block = recordOf<Tr104SmultParam>(r);
+                     auto block = r.record<Tr104SmultParam>();
                      Port *p = portOf(s, block.unPort);
                      if (p == nullptr) {
                          refuse(reply);
@@ -334,11 +323,11 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      block.unConclusion = v.conclusion;
                      block.unCallerFailCode = v.callerFail;
                      block.unCalledFailCode = v.calledFail;
-                     copyOut(block, reply);
+                     putRecord(reply, block);
                      return true;
                  }));
     e.setHandler(SET_DIAL_CONFIRM_ID, served([](State &s, const Request &r, Payload &) {
-                     const auto rec = recordOf<Tr104DialConfirmRecord>(r);
+                     const auto rec = r.record<Tr104DialConfirmRecord>();
                      if (Port *p = portOf(s, rec.unPort)) {
                          if (rec.unSelector == TR104_DIAL_CONFIRM_ENABLE) {
                              p->confirmEnable = rec.unEnable;
@@ -349,7 +338,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      return false;
                  }));
     e.setHandler(GET_DIAL_CONFIRM_ID, served([](State &s, const Request &r, Payload &reply) {
-                     auto rec = recordOf<Tr104DialConfirmRecord>(r);
+                     auto rec = r.record<Tr104DialConfirmRecord>();
                      Port *p = portOf(s, rec.unPort);
                      if (p == nullptr) {
                          refuse(reply);
@@ -358,7 +347,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      rec.unEnable = p->confirmEnable;
                      rec.cDigit = p->confirmDigit;
                      rec.unResult = p->confirmResult;
-                     copyOut(rec, reply);
+                     putRecord(reply, rec);
                      return true;
                  }));
 

@@ -27,18 +27,6 @@ constexpr char kOwnInterface[] = "voip0";  // this module's bytes 28.. of the co
 
 AreaState<NetState> areas;
 
-template <typename T>
-void reply(Payload &out, const T &value) {
-    static_assert(sizeof(T) <= sizeof(Payload));
-    std::memcpy(out.data(), &value, sizeof(value));
-}
-template <typename T>
-T take(const Request &r) {
-    T value;
-    std::memcpy(&value, r.payload.data(), sizeof(value));
-    return value;
-}
-
 bool nameChar(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '.' ||
            c == '-';
@@ -98,20 +86,20 @@ struct Command {
 const Command kCommands[] = {
     {TR104_GET_DEVICE_IP_ID, "GET_DEVICE_IP_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, s.ip);
+         putRecord(out, s.ip);
          return true;
      }},
     {TR104_SET_DEVICE_IP_ID, "SET_DEVICE_IP_ID",
      [](NetState &s, const Request &r, Payload &) {
          if (isDirectIp(r)) {
-             s.lastDirectIp = take<Tr104DirectIpPayload>(r);
+             s.lastDirectIp = r.record<Tr104DirectIpPayload>();
              s.ip.unVoiceAddr = s.lastDirectIp.unAddr;
              s.ip.unVoiceMask = s.lastDirectIp.unMask;
              s.ip.unVoiceGateway = s.lastDirectIp.unGateway;
              ++s.directIpWrites;
              return false;
          }
-         const auto in = take<Tr104IpConfigPayload>(r);
+         const auto in = r.record<Tr104IpConfigPayload>();
          if (in.ucKind == TR104_IP_KIND_RTP) {
              s.ip.unRtpAddr = in.unRtpAddr;
              s.ip.unRtpMask = in.unRtpMask;
@@ -126,12 +114,12 @@ const Command kCommands[] = {
      }},
     {TR104_GET_VLAN_ID, "GET_VLAN_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, s.vlan);
+         putRecord(out, s.vlan);
          return true;
      }},
     {TR104_SET_VLAN_ID, "SET_VLAN_ID",
      [](NetState &s, const Request &r, Payload &) {
-         const auto in = take<Tr104VlanPayload>(r);
+         const auto in = r.record<Tr104VlanPayload>();
          if (in.unKind == 1)
              s.vlan.sip = in.sip;
          if (in.unKind == 2)
@@ -141,20 +129,20 @@ const Command kCommands[] = {
      }},
     {TR104_GET_DNS_SERVER_ID, "GET_DNS_SERVER_ID",
      [](NetState &s, const Request &r, Payload &out) {
-         Tr104DnsPayload p = take<Tr104DnsPayload>(r);
+         Tr104DnsPayload p = r.record<Tr104DnsPayload>();
          p.unServer = s.dns[p.unIndex == 1 ? 1 : 0];
-         reply(out, p);
+         putRecord(out, p);
          return true;
      }},
     {TR104_ADD_DNS_SERVER_ID, "ADD_DNS_SERVER_ID",
      [](NetState &s, const Request &r, Payload &) {
          if (r.word<uint32_t>(0) != 0 || r.word<uint32_t>(8) != 0) {
-             const auto d = take<Tr104DirectDnsPayload>(r);
+             const auto d = r.record<Tr104DirectDnsPayload>();
              s.dns[0] = d.unServer1;
              s.dns[1] = d.unServer2;
              ++s.directDnsWrites;
          } else {
-             const auto p = take<Tr104DnsPayload>(r);
+             const auto p = r.record<Tr104DnsPayload>();
              s.dns[p.unIndex == 1 ? 1 : 0] = p.unServer;
              ++s.dnsWrites;
          }
@@ -162,7 +150,7 @@ const Command kCommands[] = {
      }},
     {TR104_GET_DHCP_ID, "GET_DHCP_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, s.dhcpEnable);
+         putRecord(out, s.dhcpEnable);
          return true;
      }},
     {TR104_SET_DHCP_ENABLE_ID, "SET_DHCP_ENABLE_ID",
@@ -187,7 +175,7 @@ const Command kCommands[] = {
      }},
     {TR104_GET_NTP_ENABLE_ID, "GET_NTP_ENABLE_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, s.timeEnable);
+         putRecord(out, s.timeEnable);
          return true;
      }},
     {TR104_SET_NTP_ENABLE_ID, "SET_NTP_ENABLE_ID",
@@ -239,32 +227,32 @@ const Command kCommands[] = {
      }},
     {TR104_GET_POS_NUM_ID, "GET_POS_NUM_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, tableOf(s.pos));
+         putRecord(out, tableOf(s.pos));
          return true;
      }},
     {TR104_ADD_POS_NUM_ID, "ADD_POS_NUM_ID",
      [](NetState &s, const Request &r, Payload &) {
-         addNumber(s.pos, take<Tr104NumberTable>(r));
+         addNumber(s.pos, r.record<Tr104NumberTable>());
          return false;
      }},
     {TR104_DEL_POS_NUM_ID, "DEL_POS_NUM_ID",
      [](NetState &s, const Request &r, Payload &) {
-         deleteNumber(s.pos, take<Tr104NumberTable>(r));
+         deleteNumber(s.pos, r.record<Tr104NumberTable>());
          return false;
      }},
     {TR104_GET_IPT_NUM_ID, "GET_IPT_NUM_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, tableOf(s.ipt));
+         putRecord(out, tableOf(s.ipt));
          return true;
      }},
     {TR104_ADD_IPT_NUM_ID, "ADD_IPT_NUM_ID",
      [](NetState &s, const Request &r, Payload &) {
-         addNumber(s.ipt, take<Tr104NumberTable>(r));
+         addNumber(s.ipt, r.record<Tr104NumberTable>());
          return false;
      }},
     {TR104_DEL_IPT_NUM_ID, "DEL_IPT_NUM_ID",
      [](NetState &s, const Request &r, Payload &) {
-         deleteNumber(s.ipt, take<Tr104NumberTable>(r));
+         deleteNumber(s.ipt, r.record<Tr104NumberTable>());
          return false;
      }},
     {TR104_GET_LED_STANDARD_ID, "GET_LED_STANDARD",
