@@ -340,11 +340,6 @@ void installNetFamilies(VoiceModuleEmulator &e) {
 
 FamilyRegistrar registrar(&installNetFamilies);
 
-template <typename F>
-void change(VoiceModuleEmulator &emulator, F &&f) {
-    areas.change(emulator, std::forward<F>(f));
-}
-
 template <typename T>
 T stored(VoiceModuleEmulator &emulator, const RecordFamily &family) {
     T value{};
@@ -396,7 +391,7 @@ bool netCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::ist
         setVoiceAddress(emulator, CommIpAddrStrToUnInt(a.c_str()), CommIpAddrStrToUnInt(m.c_str()),
                         CommIpAddrStrToUnInt(g.c_str()));
     } else if (what == "vlan" && (args >> a >> id >> priority) && (a == "sip" || a == "rtp")) {
-        change(emulator, [&](NetState &s) {
+        areas.change(emulator, [&](NetState &s) {
             Tr104VlanClass &c = a == "rtp" ? s.vlan.rtp : s.vlan.sip;
             c.usVlanId = static_cast<uint16_t>(id);
             c.ucVlanPriority = static_cast<uint8_t>(priority);
@@ -467,7 +462,7 @@ bool loadNet(VoiceModuleEmulator &emulator, const nlohmann::json &saved, std::st
     s.oltNo = saved.at("private").at("olt").get<int>();
     s.onuNo = saved.at("private").at("onu").get<int>();
     s.privateAddr = saved.at("private").at("address").get<uint32_t>();
-    change(emulator, [&](NetState &held) { held = s; });
+    areas.change(emulator, [&](NetState &held) { held = s; });
     return true;
 }
 
@@ -475,14 +470,10 @@ StatePartRegistrar statePart({"net", &saveNet, &loadNet});
 
 }  // namespace
 
-NetState netState(VoiceModuleEmulator &emulator) {
-    NetState copy;
-    change(emulator, [&](NetState &s) { copy = s; });
-    return copy;
-}
+NetState netState(VoiceModuleEmulator &emulator) { return areas.copy(emulator); }
 
 void setVoiceAddress(VoiceModuleEmulator &emulator, uint32_t addr, uint32_t mask, uint32_t gateway) {
-    change(emulator, [&](NetState &s) {
+    areas.change(emulator, [&](NetState &s) {
         s.ip.unVoiceAddr = addr;
         s.ip.unVoiceMask = mask;
         s.ip.unVoiceGateway = gateway;
@@ -490,7 +481,7 @@ void setVoiceAddress(VoiceModuleEmulator &emulator, uint32_t addr, uint32_t mask
 }
 
 void setVlanClass(VoiceModuleEmulator &emulator, bool rtp, const Tr104VlanClass &values) {
-    change(emulator, [&](NetState &s) { (rtp ? s.vlan.rtp : s.vlan.sip) = values; });
+    areas.change(emulator, [&](NetState &s) { (rtp ? s.vlan.rtp : s.vlan.sip) = values; });
 }
 
 Tr104Option60Payload option60(VoiceModuleEmulator &emulator) {
