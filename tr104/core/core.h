@@ -114,13 +114,13 @@ struct LineReset {
 };
 int resetLineStatistics(const LineReset &r, int nFlag, void *pValue, int *nLocate);
 
-// A profile's total: a value of each of its two lines, added up.  lineValue(line, &value) reads
+// A profile's total: a value of each of its two lines, added up.  perLine(line, &value) reads
 // one line's value and says whether it could; the first line it cannot read ends the sum (false).
-template <typename LineValue>
-bool sumOverLines(LineValue lineValue, uint32_t *sum) {
+template <typename PerLine>
+bool sumOverLines(PerLine perLine, uint32_t *sum) {
     for (int line = 1; line <= 2; ++line) {
         uint32_t value = 0;
-        if (!lineValue(line, &value)) {
+        if (!perLine(line, &value)) {
             return false;
         }
         *sum += value;

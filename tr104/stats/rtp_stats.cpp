@@ -313,7 +313,7 @@ int profileSum(const ProfileSum &s, int nFlag, void *pValue) {
         rc != TR104_OK) {
         return rc;
     }
-    const auto lineValue = [&s](int line, uint32_t *value) {
+    const auto perLine = [&s](int line, uint32_t *value) {
         int locate[4] = {0, 0, line, 0};
         int got = 0;
         if (rtpValue(s.lineValue, 0, &got, locate) != TR104_OK) {
@@ -323,7 +323,7 @@ int profileSum(const ProfileSum &s, int nFlag, void *pValue) {
         return true;
     };
     uint32_t sum = 0;
-    if (!core::sumOverLines(lineValue, &sum)) {
+    if (!core::sumOverLines(perLine, &sum)) {
         core::say(s.name, s.failed);
         return TR104_ERR_EXCHANGE;
     }
