@@ -39,6 +39,11 @@ class Catalogue:
     def __init__(self, directory):
         with open(os.path.join(directory, 'shapes.toml'), 'rb') as f:
             self.shapes = tomllib.load(f)
+        for shape in self.shapes.values():  # `like`: the same descriptor called another way
+            if 'like' in shape:
+                base = self.shapes[shape['like']]
+                for key in ('type', 'namespace', 'body', 'fields'):
+                    shape.setdefault(key, base[key])
         self.rows = []
         self.errors = []
         for path in sorted(glob.glob(os.path.join(directory, '*.toml'))):

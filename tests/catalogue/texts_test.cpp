@@ -7,6 +7,9 @@
 #include <utility>
 
 #include "sip/sip_fixture.h"
+#include "tr104/device.h"
+#include "tr104/h248.h"
+#include "tr104/netcfg.h"
 #include "tr104/sip.h"
 #include "tr104/statistics.h"
 
@@ -67,6 +70,9 @@ struct Case {
 
 // A handler without nLocate, called as the others.
 int telEventNegoState(int nFlag, void *pValue, int *) { return Tr104TelEvent2833NegoState(nFlag, pValue); }
+int sendRtpPackets(int nFlag, void *pValue, int *) { return Tr104SendRtpPackets(nFlag, pValue); }
+int pppoeEnable(int nFlag, void *pValue, int *) { return Tr104PPPoEEnable(nFlag, pValue); }
+int profileNumber(int nFlag, void *pValue, int *) { return Tr104ProfileNumber(nFlag, pValue); }
 
 class CatalogueTexts : public siptest::SipTest {};
 
@@ -99,6 +105,18 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         {"Tr104TelEvent2833NegoState", telEventNegoState, "getError", Call::GetFails, TR104_TEL_EVENT_GET_CMD, 0,
          nullptr, "", -1},
         {"Tr104TelEvent2833NegoState", telEventNegoState, "rangeError", Call::SetInt, 0, 2, nullptr, "2", -2},
+        // RtpValue: a line's block refused; RtpProfileSum: one of its lines refused
+        {"Tr104LineSendRtpPackets", Tr104LineSendRtpPackets, "getError", Call::GetFails, TR104_RTP_STATS_CMD, 0,
+         nullptr, "1", -1},
+        {"Tr104SendRtpPackets", sendRtpPackets, "failed", Call::GetFails, TR104_RTP_STATS_CMD, 0, nullptr, "", -1},
+        // MaskedField: a flag out of range
+        {"Tr104PPPoEEnable", pppoeEnable, "valueError", Call::SetInt, 0, 2, nullptr, "2", -2},
+        // BlockValue: the statistics block refused
+        {"Tr104LineTotalCallsTimeH248", Tr104LineTotalCallsTimeH248, "getError", Call::GetFails, GET_H248_STATISTICS_ID,
+         0, nullptr, "1", -1},
+        // Capability: the voice module's answer refused
+        {"Tr104ProfileNumber", profileNumber, "failure", Call::GetFails, TR104_GET_PROFILE_NUMBER_ID, 0, nullptr, "",
+         -1},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.handler) + " " + c.field);

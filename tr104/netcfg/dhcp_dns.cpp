@@ -3,7 +3,7 @@
 //
 // The option and PPPoE blocks start with a word naming the fields a set carries: every set
 // sends one field and its bit, and the voice module keeps the others.  Those handlers are one
-// table and one body.
+// body and their rows in tr104/catalogue/netcfg.toml.
 #include <cstdio>
 
 #include "tr104/netcfg/netcfg_internal.h"
@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kFlagError[] = "param error, nFlag[%d]\n";
 
-enum class Width : uint8_t {
+enum class Form : uint8_t {
     Byte,
     Word,
     Text,  // a get copies the text and its terminator
@@ -30,8 +30,8 @@ struct FieldValue {
     const char *entry;  // "%d" nFlag and the value (a number) or "%s" (a text)
     uint16_t getCmd, setCmd, len;
     uint16_t offset;
-    Width width;
-    uint16_t textWidth;  // bytes of a text field
+    Form form;
+    uint16_t room;  // bytes of a text field
     uint16_t limit;  // longest text a set accepts
     uint32_t bit;
     Accept accept;
@@ -39,176 +39,30 @@ struct FieldValue {
     const char *getError;
     const char *getDone;  // "%d" or "%s"
     const char *sendError;
+    // A set's own condition, checked before anything else (a value given): 0 or the refusal.
+    int (*beforeSet)(const FieldValue &f, const char *text) = nullptr;
 };
 
-// The text fields: where each starts and its room.
-constexpr uint16_t kOption60At = offsetof(Tr104Option60Payload, aValue);
+// The bits of the blocks' first word.
+constexpr uint32_t kOption60EnableBit = 0x1;
+constexpr uint32_t kOption60ValueBit = 0x2;
+constexpr uint32_t kOption60TypeBit = 0x4;
+constexpr uint32_t kOption60ValueModeBit = 0x8;
+constexpr uint32_t kOption125EnableBit = 0x1;
+constexpr uint32_t kOption125ValueBit = 0x2;
+constexpr uint32_t kPppoeEnableBit = 0x1;
+constexpr uint32_t kPppoeAccountBit = 0x2;
+constexpr uint32_t kPppoePasswordBit = 0x4;
+
+// The longest texts a set takes.
+constexpr uint16_t kOptionTextLongest = 130;
+constexpr uint16_t kPppoeTextLongest = 63;
+
+// The text fields' room: to the next field, or to the end of the block.
 constexpr uint16_t kOption60Room = TR104_LAST_FIELD_ROOM(Tr104Option60Payload, aValue);
-constexpr uint16_t kOption125At = offsetof(Tr104Option125Payload, aValue);
 constexpr uint16_t kOption125Room = TR104_LAST_FIELD_ROOM(Tr104Option125Payload, aValue);
-constexpr uint16_t kAccountAt = offsetof(Tr104PppoePayload, aAccount);
 constexpr uint16_t kAccountRoom = TR104_FIELD_ROOM(Tr104PppoePayload, aAccount, aPassword);
-constexpr uint16_t kPasswordAt = offsetof(Tr104PppoePayload, aPassword);
 constexpr uint16_t kPasswordRoom = TR104_FIELD_ROOM(Tr104PppoePayload, aPassword, aucZero);
-
-constexpr char kOption60Send[] = "SET_DHCP_OPTION60 msg snd failed.\n";
-constexpr char kOption125Send[] = "SET_DHCP_OPTION125 msg snd failed.\n";
-constexpr char kPppoeSend[] = "SET_PPPOE_PARAM msg snd failed.\n";
-
-const FieldValue kOption60Enable{"Tr104DHCPOption60Enable",
-                                 "pOptionEnable",
-                                 "\n",
-                                 "nFlag[%d], *pOptionEnable[%d]\n",
-                                 TR104_GET_DHCP_OPTION60_ID,
-                                 TR104_SET_DHCP_OPTION60_ID,
-                                 sizeof(Tr104Option60Payload),
-                                 4,
-                                 Width::Word,
-                                 0,
-                                 0,
-                                 0x1,
-                                 Accept::Any,
-                                 nullptr,
-                                 "get Option60 Enable flag  error\n",
-                                 "get Option60 Enable[%d]\n",
-                                 kOption60Send};
-const FieldValue kOption60Type{"Tr104DHCPOption60Type",
-                               "pOptionType",
-                               "\n",
-                               "nFlag[%d], *pOptionType[%d]\n",
-                               TR104_GET_DHCP_OPTION60_ID,
-                               TR104_SET_DHCP_OPTION60_ID,
-                               sizeof(Tr104Option60Payload),
-                               8,
-                               Width::Word,
-                               0,
-                               0,
-                               0x4,
-                               Accept::NonNegative,
-                               "param error, *pOptionType[%d]\n",
-                               "get Option60 type flag\terror\n",
-                               "get Option60 type[%d]\n",
-                               kOption60Send};
-const FieldValue kOption60ValueMode{"Tr104DHCPOption60ValueMode",
-                                    "pOptionValueMode",
-                                    "\n",
-                                    "nFlag[%d], *pOptionValueMode[%d]\n",
-                                    TR104_GET_DHCP_OPTION60_ID,
-                                    TR104_SET_DHCP_OPTION60_ID,
-                                    sizeof(Tr104Option60Payload),
-                                    12,
-                                    Width::Word,
-                                    0,
-                                    0,
-                                    0x8,
-                                    Accept::NonNegative,
-                                    "param error, *pOptionValueMode[%d]\n",
-                                    "get Option60 mode  error\n",
-                                    "get Option60 mode[%d]\n",
-                                    kOption60Send};
-const FieldValue kOption60Value{"Tr104DHCPOption60Value",
-                                "pOptionValue",
-                                "\n",
-                                "nFlag[%d], *pOptionValue[%s]\n",
-                                TR104_GET_DHCP_OPTION60_ID,
-                                TR104_SET_DHCP_OPTION60_ID,
-                                sizeof(Tr104Option60Payload),
-                                kOption60At,
-                                Width::RawText,
-                                kOption60Room,
-                                130,
-                                0x2,
-                                Accept::Any,
-                                "param error, option60  value len too long\n",
-                                "get Option60 value error\n",
-                                "get Option60 value[%s]\n",
-                                kOption60Send};
-const FieldValue kOption125Enable{"Tr104DHCPOption125Enable",
-                                  "pOptionEnable",
-                                  "\n",
-                                  "nFlag[%d], *pOptionEnable[%d]\n",
-                                  TR104_GET_DHCP_OPTION125_ID,
-                                  TR104_SET_DHCP_OPTION125_ID,
-                                  sizeof(Tr104Option125Payload),
-                                  4,
-                                  Width::Byte,
-                                  0,
-                                  0,
-                                  0x1,
-                                  Accept::Any,
-                                  nullptr,
-                                  "get Option125 Enable flag  error\n",
-                                  "get Option125  Enable[%d]\n",
-                                  kOption125Send};
-const FieldValue kOption125Value{"Tr104DHCPOption125Value",
-                                 "pOptionValue",
-                                 "\n",
-                                 "nFlag[%d], *pOptionValue[%s]\n",
-                                 TR104_GET_DHCP_OPTION125_ID,
-                                 TR104_SET_DHCP_OPTION125_ID,
-                                 sizeof(Tr104Option125Payload),
-                                 kOption125At,
-                                 Width::Text,
-                                 kOption125Room,
-                                 130,
-                                 0x2,
-                                 Accept::Any,
-                                 "param error, option125 value len too long\n",
-                                 "get Option125 value flag  error\n",
-                                 "get Option125  value[%s]\n",
-                                 kOption125Send};
-const FieldValue kPppoeAccount{"Tr104PPPoEAccount",
-                               "pPPPoEAccount",
-                               "!\n",
-                               "nFlag[%d],pPPPoEAccount[%s]\n",
-                               TR104_GET_PPPOE_PARAM_ID,
-                               TR104_SET_PPPOE_PARAM_ID,
-                               sizeof(Tr104PppoePayload),
-                               kAccountAt,
-                               Width::Text,
-                               kAccountRoom,
-                               63,
-                               0x2,
-                               Accept::Any,
-                               "param error, pPPPoEAccount is too long!",
-                               "get pppoe account error!\n",
-                               "get pPPPoEAccount[%s]\n",
-                               kPppoeSend};
-// The password passes through the debug output in clear, as the voice module's tools expect.
-const FieldValue kPppoePassword{"Tr104PPPoEPassword",
-                                "pPPPoEPassword",
-                                "!\n",
-                                "nFlag[%d],pPPPoEPassword[%s]\n",
-                                TR104_GET_PPPOE_PARAM_ID,
-                                TR104_SET_PPPOE_PARAM_ID,
-                                sizeof(Tr104PppoePayload),
-                                kPasswordAt,
-                                Width::Text,
-                                kPasswordRoom,
-                                63,
-                                0x4,
-                                Accept::Any,
-                                "param error, pPPPoEPassword is too long!",
-                                "get pppoe password error!\n",
-                                "get pPPPoEPassword[%s]\n",
-                                kPppoeSend};
-const FieldValue kPppoeEnable{"Tr104PPPoEEnable",
-                              "pPPPoEEnableFlag",
-                              "!\n",
-                              "nFlag[%d], *pPPPoEEnableFlag[%d]\n",
-                              TR104_GET_PPPOE_PARAM_ID,
-                              TR104_SET_PPPOE_PARAM_ID,
-                              sizeof(Tr104PppoePayload),
-                              4,
-                              Width::Word,
-                              0,
-                              0,
-                              0x1,
-                              Accept::Flag,
-                              "param error, pPPPoEEnableFlag[%d]\n",
-                              "get pppoe enable flag error\n",
-                              "get PPPoEEnableFlag[%d]\n",
-                              kPppoeSend};
 
 constexpr size_t kLargestBlock = sizeof(Tr104PppoePayload);
 static_assert(kLargestBlock >= sizeof(Tr104Option60Payload) && kLargestBlock >= sizeof(Tr104Option125Payload));
@@ -223,11 +77,16 @@ bool accepted(Accept a, int value) {
 }
 
 int fieldValue(const FieldValue &f, int nFlag, void *pValue) {
+    if (f.beforeSet != nullptr && nFlag == 1 && pValue != nullptr) {
+        if (const int rc = f.beforeSet(f, static_cast<const char *>(pValue)); rc != TR104_OK) {
+            return rc;
+        }
+    }
     if (pValue == nullptr) {
         TR104_DEBUG_AS(f.name, "param error, %s is null%s", f.valueName, f.nullSuffix);
         return TR104_ERR_PARAM;
     }
-    const bool text = f.width == Width::Text || f.width == Width::RawText;
+    const bool text = f.form == Form::Text || f.form == Form::RawText;
     char *textValue = static_cast<char *>(pValue);
     if (text) {
         TR104_DEBUG_AS(f.name, f.entry, nFlag, nFlag == 1 ? textValue : "");
@@ -242,15 +101,15 @@ int fieldValue(const FieldValue &f, int nFlag, void *pValue) {
             return TR104_ERR_EXCHANGE;
         }
         if (text) {
-            const size_t n = core::fieldTextLength(reinterpret_cast<const char *>(field), f.textWidth);
+            const size_t n = core::fieldTextLength(reinterpret_cast<const char *>(field), f.room);
             std::memcpy(textValue, field, n);
-            if (f.width == Width::Text) {
+            if (f.form == Form::Text) {
                 textValue[n] = '\0';
             }
             field[n] = '\0';  // the debug line shows the text as the caller got it
             TR104_DEBUG_AS(f.name, f.getDone, reinterpret_cast<const char *>(field));
         } else {
-            const int v = f.width == Width::Byte ? *field : intValue(field);
+            const int v = f.form == Form::Byte ? *field : intValue(field);
             putInt(pValue, v);
             TR104_DEBUG_AS(f.name, f.getDone, v);
         }
@@ -273,7 +132,7 @@ int fieldValue(const FieldValue &f, int nFlag, void *pValue) {
             TR104_DEBUG_AS(f.name, f.valueError, v);
             return TR104_ERR_PARAM;
         }
-        if (f.width == Width::Byte) {
+        if (f.form == Form::Byte) {
             *field = static_cast<uint8_t>(v);
         } else {
             putInt(field, v);
@@ -283,6 +142,26 @@ int fieldValue(const FieldValue &f, int nFlag, void *pValue) {
     if (sendRecord(f.name, block, f.len, f.setCmd) != TR104_OK) {
         say(f.name, f.sendError);
         return TR104_ERR_EXCHANGE;
+    }
+    return TR104_OK;
+}
+
+// The option 60 value text is written only while the value mode is 0 (the voice module builds
+// the value itself in the other modes).  The length is checked before the mode is read, so a
+// refused text sends nothing at all.
+int optionValueWritable(const FieldValue &f, const char *text) {
+    if (strnlen(text, f.limit + 1u) > f.limit) {
+        say(f.name, f.valueError);
+        return TR104_ERR_PARAM;
+    }
+    int mode = 0;
+    if (Tr104DHCPOption60ValueMode(0, &mode) != TR104_OK) {
+        say(f.name, "get Option60 value mode error\n");
+        return TR104_ERR_EXCHANGE;
+    }
+    if (mode != 0) {
+        TR104_DEBUG_AS(f.name, kFlagError, 1);
+        return TR104_ERR_PARAM;
     }
     return TR104_OK;
 }
@@ -399,38 +278,6 @@ extern "C" TR104_API int Tr104DhcpEnable(int nFlag, void *pDhcpEnableFlag) {
     return TR104_OK;
 }
 
-extern "C" TR104_API int Tr104DHCPOption60Enable(int nFlag, void *pOptionEnable) {
-    return fieldValue(kOption60Enable, nFlag, pOptionEnable);
-}
-extern "C" TR104_API int Tr104DHCPOption60Type(int nFlag, void *pOptionType) {
-    return fieldValue(kOption60Type, nFlag, pOptionType);
-}
-extern "C" TR104_API int Tr104DHCPOption60ValueMode(int nFlag, void *pOptionValueMode) {
-    return fieldValue(kOption60ValueMode, nFlag, pOptionValueMode);
-}
-
-// The value text is written only while the value mode is 0 (the voice module builds the value
-// itself in the other modes).  The length is checked before the mode is read, so a refused
-// text sends nothing at all.
-extern "C" TR104_API int Tr104DHCPOption60Value(int nFlag, void *pOptionValue) {
-    if (nFlag == 1 && pOptionValue != nullptr) {
-        if (strnlen(static_cast<const char *>(pOptionValue), kOption60Value.limit + 1u) > kOption60Value.limit) {
-            TR104_DEBUG("%s", kOption60Value.valueError);
-            return TR104_ERR_PARAM;
-        }
-        int mode = 0;
-        if (Tr104DHCPOption60ValueMode(0, &mode) != TR104_OK) {
-            TR104_DEBUG("get Option60 value mode error\n");
-            return TR104_ERR_EXCHANGE;
-        }
-        if (mode != 0) {
-            TR104_DEBUG(kFlagError, nFlag);
-            return TR104_ERR_PARAM;
-        }
-    }
-    return fieldValue(kOption60Value, nFlag, pOptionValue);
-}
-
 // Option 120 (the SIP servers) straight onto the request queue; messages on standard output.
 extern "C" TR104_API int Tr104DhcpOption120(int nFlag, const char *pOption120) {
     constexpr size_t kLongest = 2048;
@@ -455,25 +302,11 @@ extern "C" TR104_API int Tr104DhcpOption120(int nFlag, const char *pOption120) {
     return TR104_OK;
 }
 
-extern "C" TR104_API int Tr104DHCPOption125Enable(int nFlag, void *pOptionEnable) {
-    return fieldValue(kOption125Enable, nFlag, pOptionEnable);
-}
-extern "C" TR104_API int Tr104DHCPOption125Value(int nFlag, void *pOptionValue) {
-    return fieldValue(kOption125Value, nFlag, pOptionValue);
-}
-extern "C" TR104_API int Tr104PPPoEAccount(int nFlag, void *pPPPoEAccount) {
-    return fieldValue(kPppoeAccount, nFlag, pPPPoEAccount);
-}
-extern "C" TR104_API int Tr104PPPoEPassword(int nFlag, void *pPPPoEPassword) {
-    return fieldValue(kPppoePassword, nFlag, pPPPoEPassword);
-}
-extern "C" TR104_API int Tr104PPPoEEnable(int nFlag, void *pPPPoEEnableFlag) {
-    return fieldValue(kPppoeEnable, nFlag, pPPPoEEnableFlag);
-}
-
 // The PPPoE mode is not configurable on this device: both directions succeed and do nothing.
 extern "C" TR104_API int Tr104PPPoEMode(int nFlag, void *pValue) {
     (void)nFlag;
     (void)pValue;
     return TR104_OK;
 }
+
+#include "tr104/catalogue/netcfg_MaskedField.inc"

@@ -1,7 +1,8 @@
 // VLAN tagging of the signalling (SIP) and media (RTP) traffic: for each, the VLAN id, priority
 // and tag type id and the service VLAN's.  Writes wait in slot 6 (SIP) or 7 (RTP) of the
 // deferred buffer until all six values of the class are there or the slot's timer fires; the
-// handlers start that timer and test the six bits themselves.
+// handlers start that timer and test the six bits themselves.  The descriptors are the rows of
+// tr104/catalogue/netcfg.toml.
 #include "tr104/core/deferred_internal.h"
 #include "tr104/netcfg/netcfg_internal.h"
 #include "tr104/startup.h"
@@ -46,7 +47,7 @@ const VlanClassSpec kRtp{7,
 struct VlanValue {
     const char *name;
     const char *valueName;  // "param error, %s is null\n"
-    const char *entry;  // "%d" nFlag and the value
+    const char *entry;  // "%d" nFlag and the value; null: kCommonEntry
     const char *words;  // "get %s error\n", "get %s [%d]\n"
     const VlanClassSpec &klass;
     Field field;
@@ -55,49 +56,6 @@ struct VlanValue {
 };
 
 constexpr char kCommonEntry[] = " nFlag =[%d], *%s= [%d]\n";
-
-const VlanValue kValues[] = {
-    {"Tr104SipVlanId", "pSipVlanId", "nFlag[%d], *pSipVlanId[%d]\n", "sip vlan id", kSip, Field::VlanId, Fold::Id,
-     "setSipVlanParam failed.\n"},
-    {"Tr104SipVlanPriority", "pSipVlanPriority", kCommonEntry, "sip vlan priority", kSip, Field::VlanPriority,
-     Fold::Priority, "setSipVlanParam failed.\n"},
-    {"Tr104SipVlanTypeId", "pSipVlanTypeId", kCommonEntry, "sip vlan type", kSip, Field::VlanTypeId, Fold::TypeId,
-     "setSipVlanParam failed.\n"},
-    {"Tr104SipSVlanId", "pSipSVlanId", "nFlag[%d], *pSipSVlanId[%d]\n", "sip svlan id", kSip, Field::SVlanId, Fold::Id,
-     "setSipVlanParam failed.\n"},
-    {"Tr104SipSVlanPriority", "pSipSVlanPriority", kCommonEntry, "sip svlan priority", kSip, Field::SVlanPriority,
-     Fold::Priority, "setSipVlanParam failed.\n"},
-    {"Tr104SipSVlanTypeId", "pSipSVlanTypeId", kCommonEntry, "sip svlan type id", kSip, Field::SVlanTypeId,
-     Fold::TypeId, "setSipSVlanParam failed.\n"},
-    {"Tr104RtpVlanId", "pRtpVlanId", kCommonEntry, "rtp vlan id", kRtp, Field::VlanId, Fold::Id,
-     "setRtpVlanParam failed.\n"},
-    {"Tr104RtpVlanPriority", "pRtpVlanPriority", " nFlag [%d], *pRtpVlanPriority[%d] \n", "rtp vlan priority", kRtp,
-     Field::VlanPriority, Fold::PriorityOrRefuse, "setRtpVlanParam failed.\n"},
-    {"Tr104RtpVlanTypeId", "pRtpVlanTypeId", kCommonEntry, "rtp vlan type id", kRtp, Field::VlanTypeId, Fold::TypeId,
-     "setRtpVlanParam failed.\n"},
-    {"Tr104RtpSVlanId", "pRtpSVlanId", kCommonEntry, "rtp svlan id", kRtp, Field::SVlanId, Fold::Id,
-     "setRtpVlanParam failed.\n"},
-    {"Tr104RtpSVlanPriority", "pRtpSVlanPriority", "nFlag [%d], *pRtpSVlanPriority[%d] \n", "rtp svlan priority", kRtp,
-     Field::SVlanPriority, Fold::PriorityOrRefuse, "setRtpVlanParam failed.\n"},
-    {"Tr104RtpSVlanTypeId", "pRtpSVlanTypeId", kCommonEntry, "rtp svlan type id", kRtp, Field::SVlanTypeId,
-     Fold::TypeId, "setRtpVlanParam failed.\n"},
-};
-
-enum ValueId {
-    kSipId,
-    kSipPrio,
-    kSipType,
-    kSipSId,
-    kSipSPrio,
-    kSipSType,
-    kRtpId,
-    kRtpPrio,
-    kRtpType,
-    kRtpSId,
-    kRtpSPrio,
-    kRtpSType
-};
-static_assert(sizeof(kValues) / sizeof(kValues[0]) == kRtpSType + 1);
 
 uint16_t bitOf(Field f) { return static_cast<uint16_t>(1u << static_cast<unsigned>(f)); }
 
@@ -145,7 +103,7 @@ int vlanValue(const VlanValue &v, int nFlag, void *pValue) {
         return TR104_ERR_PARAM;
     }
     const int value = intValue(pValue);
-    if (v.entry == kCommonEntry) {
+    if (v.entry == nullptr) {
         TR104_DEBUG_AS(v.name, kCommonEntry, nFlag, v.valueName, value);
     } else {
         TR104_DEBUG_AS(v.name, v.entry, nFlag, value);
@@ -233,31 +191,4 @@ using namespace tr104::netcfg;
 extern "C" TR104_API int setSipVlanParam(Tr104Msg *msg, void *paramBuffer) { return applyVlan(kSip, msg, paramBuffer); }
 extern "C" TR104_API int setRtpVlanParam(Tr104Msg *msg, void *paramBuffer) { return applyVlan(kRtp, msg, paramBuffer); }
 
-extern "C" TR104_API int Tr104SipVlanId(int nFlag, void *pValue) { return vlanValue(kValues[kSipId], nFlag, pValue); }
-extern "C" TR104_API int Tr104SipVlanPriority(int nFlag, void *pValue) {
-    return vlanValue(kValues[kSipPrio], nFlag, pValue);
-}
-extern "C" TR104_API int Tr104SipVlanTypeId(int nFlag, void *pValue) {
-    return vlanValue(kValues[kSipType], nFlag, pValue);
-}
-extern "C" TR104_API int Tr104SipSVlanId(int nFlag, void *pValue) { return vlanValue(kValues[kSipSId], nFlag, pValue); }
-extern "C" TR104_API int Tr104SipSVlanPriority(int nFlag, void *pValue) {
-    return vlanValue(kValues[kSipSPrio], nFlag, pValue);
-}
-extern "C" TR104_API int Tr104SipSVlanTypeId(int nFlag, void *pValue) {
-    return vlanValue(kValues[kSipSType], nFlag, pValue);
-}
-extern "C" TR104_API int Tr104RtpVlanId(int nFlag, void *pValue) { return vlanValue(kValues[kRtpId], nFlag, pValue); }
-extern "C" TR104_API int Tr104RtpVlanPriority(int nFlag, void *pValue) {
-    return vlanValue(kValues[kRtpPrio], nFlag, pValue);
-}
-extern "C" TR104_API int Tr104RtpVlanTypeId(int nFlag, void *pValue) {
-    return vlanValue(kValues[kRtpType], nFlag, pValue);
-}
-extern "C" TR104_API int Tr104RtpSVlanId(int nFlag, void *pValue) { return vlanValue(kValues[kRtpSId], nFlag, pValue); }
-extern "C" TR104_API int Tr104RtpSVlanPriority(int nFlag, void *pValue) {
-    return vlanValue(kValues[kRtpSPrio], nFlag, pValue);
-}
-extern "C" TR104_API int Tr104RtpSVlanTypeId(int nFlag, void *pValue) {
-    return vlanValue(kValues[kRtpSType], nFlag, pValue);
-}
+#include "tr104/catalogue/netcfg_VlanValue.inc"
