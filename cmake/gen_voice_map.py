@@ -35,6 +35,7 @@ import sys
 import xml.etree.ElementTree as ET
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import datamodel  # noqa: E402
 import gen_catalogue  # noqa: E402
 
 TYPES = {'string', 'int', 'unsignedInt', 'boolean', 'dateTime', 'base64', 'float', 'long', 'unsignedLong',
@@ -72,8 +73,8 @@ COLUMNS = '''#
 #             per line is read and written through line 1)
 #   note      the deferred group, the protocol it belongs to, or why a parameter is not served
 '''
-ROOT = 'InternetGatewayDevice.Services.'
-ROOT2 = 'Device.Services.'
+ROOT = datamodel.ROOT
+ROOT2 = datamodel.ROOT2
 SLOT = re.compile(r'deferred slot ([0-9]+)')
 VALUE_KINDS = {'int': ('TR104_MAP_VALUE_INT', 4), 'float': ('TR104_MAP_VALUE_FLOAT', 4),
                'byte': ('TR104_MAP_VALUE_BYTE', 1), 'addr': ('TR104_MAP_VALUE_ADDR', 4)}
@@ -94,16 +95,9 @@ def typed_note(note):
 
 def standard_parameters(xml_path, root=ROOT):
     """Every parameter path of the standard's definition, in its order: whether its value is hidden."""
-    params = {}
-    for obj in ET.parse(xml_path).getroot().iter():
-        if not obj.tag.endswith('object') or obj.get('name') is None:
-            continue
-        for p in obj:
-            if p.tag.endswith('parameter') and p.get('name'):
-                # The first tree marks a password's syntax hidden, the second secured.
-                hidden = any(s.tag.endswith('syntax') and 'true' in (s.get('hidden'), s.get('secured')) for s in p)
-                params[root + obj.get('name') + p.get('name')] = hidden
-    return params
+    # The first tree marks a password's syntax hidden, the second secured.
+    return {root + obj + name: any(s.tag.endswith('syntax') and 'true' in (s.get('hidden'), s.get('secured')) for s in p)
+            for obj, name, p in datamodel.parameters(xml_path)}
 
 
 def second_tree_syntax(xml_path):
@@ -160,17 +154,6 @@ def c_string(text):
     return '"' + text.replace('\\', '\\\\').replace('"', '\\"') + '"'
 
 
-def tsv_lines(tsv, columns):
-    """(where, fields) of each line of a tab-separated file, comments left out."""
-    for number, line in enumerate(open(tsv, encoding='utf-8'), 1):
-        line = line.rstrip('\n')
-        if line and not line.startswith('#'):
-            f = line.split('\t')
-            if len(f) != columns:
-                sys.exit(f'{tsv}:{number}: {len(f)} columns, not {columns}')
-            yield f'{os.path.basename(tsv)}:{number}', f
-
-
 def entries(catalogue_dir):
     """Every entry of the sources, as the catalogue gives them (slot -1: from the note; fixed None:
     not a value of the map's own)."""
@@ -182,7 +165,7 @@ def entries(catalogue_dir):
     for name in ('unserved.tsv', 'unserved-2.tsv'):
         listed = os.path.join(catalogue_dir, name)
         if os.path.exists(listed):
-            for where, (path, typ, access, reason) in tsv_lines(listed, 4):
+            for where, (path, typ, access, reason) in datamodel.tsv_lines(listed, 4):
                 yield (where, path, '-', '-', typ, access, '-', '-', '-', reason, -1, None, None)
     yield from fixed_entries(model_values(catalogue_dir))
 

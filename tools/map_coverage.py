@@ -11,39 +11,24 @@ The map holds two trees: the first (issue 1) under InternetGatewayDevice.Service
 
 usage: map_coverage.py MAP.tsv REFERENCE.xml OUT.md [--second]
 """
+import os
 import sys
-import xml.etree.ElementTree as ET
 
-ROOT = 'InternetGatewayDevice.Services.'
-ROOT2 = 'Device.Services.'
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'cmake'))
+from datamodel import ROOT, ROOT2, parameters, tsv_lines  # noqa: E402
+
 # Reasons that say the parameter does not apply to a two-port SIP/H.248 device at all.
 NOT_APPLICABLE = ('not MGCP', 'not H.323', 'no buttons', 'aliases belong', 'no TLS or SRTP', 'no ISDN', 'no DECT',
                   'no FXO', 'not a registrar or proxy', 'no trunks', 'no interworking', 'no terminal of its own')
-
-
-def standard(xml_path):
-    params = []
-    for obj in ET.parse(xml_path).getroot().iter():
-        if not obj.tag.endswith('object') or obj.get('name') is None:
-            continue
-        for p in obj:
-            if p.tag.endswith('parameter') and p.get('name'):
-                params.append((obj.get('name'), p.get('name')))
-    return params
 
 
 def main():
     map_path, xml_path, out_path = sys.argv[1:4]
     second = '--second' in sys.argv[4:]
     root = ROOT2 if second else ROOT
-    entries = {}
-    for line in open(map_path, encoding='utf-8'):
-        if line.startswith('#') or not line.strip():
-            continue
-        f = line.rstrip('\n').split('\t')
-        entries[f[0]] = f
+    entries = {f[0]: f for _, f in tsv_lines(map_path)}
     objects, missing = {}, []
-    for obj, name in standard(xml_path):
+    for obj, name, _ in parameters(xml_path):
         e = entries.get(root + obj + name)
         if e is None:
             missing.append(obj + name)

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <thread>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,9 @@
 #include "emulator/h248_emulator.h"
 #include "emulator/netcfg_emulator.h"
 #include "emulator/protocol_family.h"
+#include "emulator/service.h"
 #include "emulator/state_file.h"
+#include "emulator/write_all.h"
 #include "support/channel_fixture.h"
 #include "tr104/sip_identity.h"
 
@@ -251,6 +254,94 @@ TEST_F(ControlSocket, PasswordsAreAnsweredButNeverShown) {
     }
     EXPECT_NE(ask("requests 16585 452", "request cmd=16585 payload").find("61 6c 69 63 65"), std::string::npos)
         << "the user name is shown";
+}
+
+// The command line of the programs that play the voice module: the shared options, a program's
+// own option with its value, and where it stops.
+TEST(CommandLine, SharedAndOwnOptions) {
+    struct Case {
+        std::vector<std::string> args;
+        int status;  // vmemu::kTaken: it goes on
+        vmemu::ServiceOptions expected;
+        std::string own;  // the own option's value
+    };
+    const Case cases[] = {
+        {{}, vmemu::kTaken, {}, ""},
+        {{"--state", "s.json", "--control", "c", "--ready-file", "r", "--quiet"},
+         vmemu::kTaken,
+         {"s.json", "c", "r", true},
+         ""},
+        // The own option's value is its own, even when it looks like a shared option.
+        {{"--own", "--quiet", "--state", "s"}, vmemu::kTaken, {"s", "", "", false}, "--quiet"},
+        {{"--own", "bad"}, 3, {}, ""},
+        {{"--quiet", "--version", "--bogus"}, 0, {"", "", "", true}, ""},
+        {{"--help"}, 0, {}, ""},
+        {{"--state"}, 2, {}, ""},  // a value missing
+        {{"--quiet", "--bogus", "--state", "s"}, 2, {"", "", "", true}, ""},
+    };
+    for (const Case &c : cases) {
+        std::string own;
+        const vmemu::Program program{"prog", "[prog]", "prog: ", [](FILE *) {},
+                                     [&own](int argc, char **argv, int *i) {
+                                         if (std::string(argv[*i]) != "--own" || *i + 1 >= argc) {
+                                             return vmemu::kNotOwn;
+                                         }
+                                         own = argv[++*i];
+                                         return own == "bad" ? 3 : vmemu::kTaken;
+                                     }};
+        std::vector<std::string> words = {"prog"};
+        words.insert(words.end(), c.args.begin(), c.args.end());
+        std::vector<char *> argv;
+        for (std::string &w : words) {
+            argv.push_back(w.data());
+        }
+        vmemu::ServiceOptions got;
+        std::string line;
+        for (const std::string &a : c.args) {
+            line += a + " ";
+        }
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(vmemu::parseCommandLine(program, static_cast<int>(argv.size()), argv.data(), &got), c.status) << line;
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(got.stateFile, c.expected.stateFile) << line;
+        EXPECT_EQ(got.controlPath, c.expected.controlPath) << line;
+        EXPECT_EQ(got.readyFile, c.expected.readyFile) << line;
+        EXPECT_EQ(got.quiet, c.expected.quiet) << line;
+        if (c.status == vmemu::kTaken) {
+            EXPECT_EQ(own, c.own) << line;
+        }
+    }
+}
+
+// A buffer larger than a pipe or socket takes at once arrives whole and in order; a reader that
+// went away is an error, not a SIGPIPE that ends the process.
+TEST(WriteAll, WholeBufferThenAClosedReader) {
+    std::string data(1 << 20, '\0');
+    for (size_t i = 0; i < data.size(); ++i) {
+        data[i] = static_cast<char>(i * 7 + i / 251);
+    }
+    for (const vmemu::Descriptor kind : {vmemu::Descriptor::File, vmemu::Descriptor::Socket}) {
+        int fds[2];
+        ASSERT_EQ(kind == vmemu::Descriptor::Socket ? socketpair(AF_UNIX, SOCK_STREAM, 0, fds) : pipe(fds), 0);
+        std::string got;
+        std::thread reader([&got, fd = fds[0]] {
+            char buf[4096];
+            for (ssize_t n; (n = read(fd, buf, sizeof(buf))) > 0;) {
+                got.append(buf, static_cast<size_t>(n));
+            }
+        });
+        EXPECT_TRUE(vmemu::writeAll(fds[1], data, kind));
+        close(fds[1]);
+        reader.join();
+        EXPECT_TRUE(got == data) << "received " << got.size() << " of " << data.size() << " bytes";
+        close(fds[0]);
+    }
+    int pair[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
+    close(pair[0]);
+    EXPECT_FALSE(vmemu::writeAll(pair[1], "answer\n", vmemu::Descriptor::Socket));
+    EXPECT_EQ(errno, EPIPE);
+    close(pair[1]);
 }
 
 }  // namespace

@@ -110,7 +110,7 @@ TEST(VoicedLineActivity, EventsMakeStatusAndCounters) {
     line.onEvent(ev("REGISTER_FAIL", "", "401 Unauthorized"), t0);
     line.fillStatus(&status);
     EXPECT_STREQ(status.aRegState, "reg-fail");
-    EXPECT_EQ(status.unPortState, kPortRegisterFailed);
+    EXPECT_EQ(status.unPortState, vmemu::line::kPortRegisterFailed);
     EXPECT_EQ(line.failureReason(), "401 Unauthorized");
     line.onEvent(ev("REGISTER_OK", "", "200 OK"), t0);
     // An outgoing call: ringing, answered after 1 s, 250 packets each way, hung up by us 4 s later.
@@ -129,7 +129,7 @@ TEST(VoicedLineActivity, EventsMakeStatusAndCounters) {
         line.fillStatus(&status);
         EXPECT_STREQ(status.aCallState, callState) << event.type;
     }
-    EXPECT_EQ(status.unPortState, kPortIdle);
+    EXPECT_EQ(status.unPortState, vmemu::line::kPortIdle);
     // An incoming call the far end gives up on before it is answered.
     Event incoming = ev("CALL_INCOMING", "incoming");
     incoming.id = "c2";

@@ -16,6 +16,8 @@
 #include <sstream>
 #include <vector>
 
+#include "emulator/write_all.h"
+
 namespace vmemu {
 namespace {
 
@@ -215,7 +217,7 @@ void ControlServer::serve(VoiceModuleEmulator *emulator) {
                 const std::string answer = runControlLine(*emulator, line.substr(0, nl));
                 line.erase(0, nl + 1);
                 // A reader that went away only loses its answer (MSG_NOSIGNAL: no SIGPIPE).
-                (void)!send(fds[i].fd, answer.data(), answer.size(), MSG_NOSIGNAL);
+                (void)!writeAll(fds[i].fd, answer, Descriptor::Socket);
             }
         }
     }

@@ -70,11 +70,6 @@ void installDeviceFamilies(VoiceModuleEmulator &e) {
 
 FamilyRegistrar registrar(&installDeviceFamilies);
 
-template <typename F>
-void change(VoiceModuleEmulator &emulator, F &&f) {
-    areas.change(emulator, std::forward<F>(f));
-}
-
 // The voice profile bound to a line's port, when there is one.
 std::optional<Tr104SipProfileRecord> boundProfile(VoiceModuleEmulator &emulator, int line) {
     Tr104SipLineRecord key{};
@@ -165,7 +160,7 @@ bool loadDevice(VoiceModuleEmulator &emulator, const nlohmann::json &saved, std:
     s.profileCount = saved.at("profileCount").get<int>();
     s.maxLinesPerProfile = saved.at("maxLinesPerProfile").get<int>();
     s.configuredProtocol = saved.at("configuredProtocol").get<std::string>();
-    change(emulator, [&](DeviceState &held) { held = s; });
+    areas.change(emulator, [&](DeviceState &held) { held = s; });
     return true;
 }
 
@@ -173,25 +168,21 @@ StatePartRegistrar statePart({"device", &saveDevice, &loadDevice});
 
 }  // namespace
 
-DeviceState deviceState(VoiceModuleEmulator &emulator) {
-    DeviceState copy;
-    change(emulator, [&](DeviceState &s) { copy = s; });
-    return copy;
-}
+DeviceState deviceState(VoiceModuleEmulator &emulator) { return areas.copy(emulator); }
 
 void setLed(VoiceModuleEmulator &emulator, int state) {
-    change(emulator, [&](DeviceState &s) { s.led = state; });
+    areas.change(emulator, [&](DeviceState &s) { s.led = state; });
 }
 
 void setProfileCounts(VoiceModuleEmulator &emulator, int profiles, int maxLinesPerProfile) {
-    change(emulator, [&](DeviceState &s) {
+    areas.change(emulator, [&](DeviceState &s) {
         s.profileCount = profiles;
         s.maxLinesPerProfile = maxLinesPerProfile;
     });
 }
 
 void setPrivateProtocol(VoiceModuleEmulator &emulator, int enable, int ignoreClearConfig) {
-    change(emulator, [&](DeviceState &s) {
+    areas.change(emulator, [&](DeviceState &s) {
         s.privateProtocol = enable;
         s.ignoreClearConfig = ignoreClearConfig;
     });

@@ -350,7 +350,7 @@ void fillPortStatus(const PortStatus &p, Payload &reply) {
     b.unAnnounceType = p.announceType;
     std::strncpy(b.aRegState, p.regState.c_str(), sizeof(b.aRegState) - 1);
     std::strncpy(b.aHookState, p.hookState.c_str(), sizeof(b.aHookState) - 1);
-    std::memcpy(reply.data(), &b, sizeof(b));
+    putRecord(reply, b);
 }
 
 void install(VoiceModuleEmulator &emulator) {
@@ -424,7 +424,7 @@ void install(VoiceModuleEmulator &emulator) {
         std::lock_guard lock(state->mutex);
         const int line = static_cast<int>(request.word<uint32_t>(0));
         if (validLine(line)) {
-            std::memcpy(reply.data(), &state->stats[line], sizeof(Tr104H248StatsBlock));
+            putRecord(reply, state->stats[line]);
         }
         return true;
     });

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "emulator/area_state.h"
+#include "emulator/line_states.h"
 #include "emulator/linetest_emulator.h"
 #include "tr104/linetest.h"
 
@@ -54,14 +55,14 @@ const MeasureField kFields[] = {
 #undef OUTER
 #undef INNER
 
-// Status codes a simulated call walks through before its end.
-const uint32_t kCallerWalk[] = {2, 3, 4, 5, 6, 7};  // off-hook .. connected, then 10
-const uint32_t kCalledWalk[] = {3, 2, 4};  // ringing, off-hook, connected, then 5
-constexpr uint32_t kCallerEnd = 10;
-constexpr uint32_t kCalledEnd = 5;
-constexpr size_t kFailingSteps = 2;
-constexpr uint32_t kCallerNoAnswer = 5;
-constexpr uint32_t kCalledNoAnswer = 3;  // a failing call stops after its first two steps
+namespace caller = line::caller;
+namespace called = line::called;
+
+// Status codes a simulated call walks through before its test end.
+const uint32_t kCallerWalk[] = {caller::kOffHook,    caller::kDialTone, caller::kReceiving,
+                                caller::kReceiveEnd, caller::kRingBack, caller::kConnected};
+const uint32_t kCalledWalk[] = {called::kRingBack, called::kOffHook, called::kConnected};
+constexpr size_t kFailingSteps = 2;  // a failing call stops after its first two steps
 
 struct Port {
     Tr104OuterLineResult outer{};
@@ -113,17 +114,6 @@ void refuse(Payload &reply) {
     std::memset(reply.data(), 0xFF, 13);
 }
 
-template <typename T>
-void copyOut(const T &record, Payload &reply) {
-    std::memcpy(reply.data(), &record, sizeof(record));
-}
-template <typename T>
-T recordOf(const Request &r) {
-    T record;
-    std::memcpy(&record, r.payload.data(), sizeof(record));
-    return record;
-}
-
 // ---- Line tests ----
 
 uint8_t progressOf(const State &s, const Port &p, uint8_t *result) {
@@ -142,8 +132,8 @@ uint8_t progressOf(const State &s, const Port &p, uint8_t *result) {
 // ---- Simulated calls ----
 
 struct CallView {
-    uint32_t callerStatus = 1;
-    uint32_t calledStatus = 1;
+    uint32_t callerStatus = caller::kIdle;
+    uint32_t calledStatus = called::kIdle;
     uint32_t conclusion = 0;
     uint32_t callerFail = 0;
     uint32_t calledFail = 0;
@@ -155,9 +145,9 @@ CallView viewOf(const State &s, const Port &p) {
     if (p.callType == 0) {
         return v;
     }
-    const bool caller = p.callType == TR104_SMULT_CALLER;
-    const uint32_t *walk = caller ? kCallerWalk : kCalledWalk;
-    size_t steps = caller ? std::size(kCallerWalk) : std::size(kCalledWalk);
+    const bool isCaller = p.callType == TR104_SMULT_CALLER;
+    const uint32_t *walk = isCaller ? kCallerWalk : kCalledWalk;
+    size_t steps = isCaller ? std::size(kCallerWalk) : std::size(kCalledWalk);
     if (p.failCode != 0) {
         steps = std::min(steps, kFailingSteps);
     }
@@ -167,28 +157,28 @@ CallView viewOf(const State &s, const Port &p) {
     const milliseconds walkEnd = s.step * static_cast<int64_t>(steps);
     const bool timesOut = p.timeout != 0 && walkEnd > std::chrono::seconds(p.timeout);
     const milliseconds end = timesOut ? milliseconds(std::chrono::seconds(p.timeout)) : walkEnd;
-    uint32_t &status = caller ? v.callerStatus : v.calledStatus;
+    uint32_t &status = isCaller ? v.callerStatus : v.calledStatus;
     if (!p.callStopped && elapsed < end) {
         status = walk[static_cast<size_t>(elapsed / s.step)];
         return v;
     }
     v.ended = true;
-    status = caller ? kCallerEnd : kCalledEnd;
+    status = isCaller ? caller::kTestEnd : called::kTestEnd;
     if (p.callStopped) {
-        v.conclusion = 2;  // stopped before its end: failed, with no reason
+        v.conclusion = line::kFailed;  // stopped before its end: failed, with no reason
     } else if (p.failCode != 0 || timesOut) {
-        v.conclusion = 2;  // its own fail code, or no answer before the timeout
-        (caller ? v.callerFail : v.calledFail) = p.failCode != 0 ? p.failCode
-                                                 : caller        ? kCallerNoAnswer
-                                                                 : kCalledNoAnswer;
+        v.conclusion = line::kFailed;  // its own fail code, or no answer before the timeout
+        (isCaller ? v.callerFail : v.calledFail) = p.failCode != 0 ? p.failCode
+                                                   : isCaller      ? caller::kNoAnswer
+                                                                   : called::kNoAnswer;
     } else {
-        v.conclusion = 1;
+        v.conclusion = line::kSucceeded;
     }
     return v;
 }
 
 void startCall(State &s, const Request &r) {
-    const auto block = recordOf<Tr104SmultParam>(r);
+    const auto block = r.record<Tr104SmultParam>();
     Port *p = portOf(s, block.unPort);
     if (p == nullptr) {
         return;
@@ -264,22 +254,22 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
 
     // Hook-flash times: a set changes the field its selector names.
     e.setHandler(SET_CODEC_TIME_ID, served([](State &s, const Request &r, Payload &) {
-                     const auto rec = recordOf<Tr104FlashRecord>(r);
+                     const auto rec = r.record<Tr104FlashRecord>();
                      (rec.unSelector == TR104_FLASH_UP ? s.flashUp : s.flashDown) =
                          rec.unSelector == TR104_FLASH_UP ? rec.unFlashUp : rec.unFlashDown;
                      return false;
                  }));
     e.setHandler(GET_CODEC_TIME_ID, served([](State &s, const Request &r, Payload &reply) {
-                     auto rec = recordOf<Tr104FlashRecord>(r);
+                     auto rec = r.record<Tr104FlashRecord>();
                      rec.unFlashDown = s.flashDown;
                      rec.unFlashUp = s.flashUp;
-                     copyOut(rec, reply);
+                     putRecord(reply, rec);
                      return true;
                  }));
 
     // Line tests.
     e.setHandler(SET_PORT_TEST_STATE_ID, served([](State &s, const Request &r, Payload &) {
-                     const auto rec = recordOf<Tr104TestStateRecord>(r);
+                     const auto rec = r.record<Tr104TestStateRecord>();
                      if (Port *p = portOf(s, rec.ucPort)) {
                          p->testType = rec.ucTestType;
                          p->testStart = Clock::now();
@@ -288,7 +278,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      return false;
                  }));
     e.setHandler(GET_PORT_TEST_STATE_ID, served([](State &s, const Request &r, Payload &reply) {
-                     auto rec = recordOf<Tr104TestStateRecord>(r);
+                     auto rec = r.record<Tr104TestStateRecord>();
                      Port *p = portOf(s, rec.ucPort);
                      if (p == nullptr) {
                          refuse(reply);
@@ -296,7 +286,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      }
                      rec.ucTestType = p->testType;
                      rec.ucProgress = progressOf(s, *p, &rec.ucResult);
-                     copyOut(rec, reply);
+                     putRecord(reply, rec);
                      return true;
                  }));
     // Results: the port's record as it stands, under the port number of the request.
@@ -308,7 +298,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                              return true;
                          }
                          (p->*member).ucPort = static_cast<uint8_t>(r.payload[2]);
-                         copyOut(p->*member, reply);
+                         putRecord(reply, p->*member);
                          return true;
                      }));
     };
@@ -321,7 +311,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      return false;
                  }));
     e.setHandler(GET_SMULT_TEST_ID, served([](State &s, const Request &r, Payload &reply) {
-                     auto block = recordOf<Tr104SmultParam>(r);
+                     auto block = r.record<Tr104SmultParam>();
                      Port *p = portOf(s, block.unPort);
                      if (p == nullptr) {
                          refuse(reply);
@@ -333,11 +323,11 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      block.unConclusion = v.conclusion;
                      block.unCallerFailCode = v.callerFail;
                      block.unCalledFailCode = v.calledFail;
-                     copyOut(block, reply);
+                     putRecord(reply, block);
                      return true;
                  }));
     e.setHandler(SET_DIAL_CONFIRM_ID, served([](State &s, const Request &r, Payload &) {
-                     const auto rec = recordOf<Tr104DialConfirmRecord>(r);
+                     const auto rec = r.record<Tr104DialConfirmRecord>();
                      if (Port *p = portOf(s, rec.unPort)) {
                          if (rec.unSelector == TR104_DIAL_CONFIRM_ENABLE) {
                              p->confirmEnable = rec.unEnable;
@@ -348,7 +338,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      return false;
                  }));
     e.setHandler(GET_DIAL_CONFIRM_ID, served([](State &s, const Request &r, Payload &reply) {
-                     auto rec = recordOf<Tr104DialConfirmRecord>(r);
+                     auto rec = r.record<Tr104DialConfirmRecord>();
                      Port *p = portOf(s, rec.unPort);
                      if (p == nullptr) {
                          refuse(reply);
@@ -357,7 +347,7 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
                      rec.unEnable = p->confirmEnable;
                      rec.cDigit = p->confirmDigit;
                      rec.unResult = p->confirmResult;
-                     copyOut(rec, reply);
+                     putRecord(reply, rec);
                      return true;
                  }));
 

@@ -28,18 +28,6 @@ constexpr char kOwnInterface[] = "voip0";  // this module's bytes 28.. of the co
 
 AreaState<NetState> areas;
 
-template <typename T>
-void reply(Payload &out, const T &value) {
-    static_assert(sizeof(T) <= sizeof(Payload));
-    std::memcpy(out.data(), &value, sizeof(value));
-}
-template <typename T>
-T take(const Request &r) {
-    T value;
-    std::memcpy(&value, r.payload.data(), sizeof(value));
-    return value;
-}
-
 bool nameChar(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '.' ||
            c == '-';
@@ -99,20 +87,20 @@ struct Command {
 const Command kCommands[] = {
     {TR104_GET_DEVICE_IP_ID, "GET_DEVICE_IP_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, s.ip);
+         putRecord(out, s.ip);
          return true;
      }},
     {TR104_SET_DEVICE_IP_ID, "SET_DEVICE_IP_ID",
      [](NetState &s, const Request &r, Payload &) {
          if (isDirectIp(r)) {
-             s.lastDirectIp = take<Tr104DirectIpPayload>(r);
+             s.lastDirectIp = r.record<Tr104DirectIpPayload>();
              s.ip.unVoiceAddr = s.lastDirectIp.unAddr;
              s.ip.unVoiceMask = s.lastDirectIp.unMask;
              s.ip.unVoiceGateway = s.lastDirectIp.unGateway;
              ++s.directIpWrites;
              return false;
          }
-         const auto in = take<Tr104IpConfigPayload>(r);
+         const auto in = r.record<Tr104IpConfigPayload>();
          if (in.ucKind == TR104_IP_KIND_RTP) {
              s.ip.unRtpAddr = in.unRtpAddr;
              s.ip.unRtpMask = in.unRtpMask;
@@ -127,12 +115,12 @@ const Command kCommands[] = {
      }},
     {TR104_GET_VLAN_ID, "GET_VLAN_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, s.vlan);
+         putRecord(out, s.vlan);
          return true;
      }},
     {TR104_SET_VLAN_ID, "SET_VLAN_ID",
      [](NetState &s, const Request &r, Payload &) {
-         const auto in = take<Tr104VlanPayload>(r);
+         const auto in = r.record<Tr104VlanPayload>();
          if (in.unKind == 1)
              s.vlan.sip = in.sip;
          if (in.unKind == 2)
@@ -142,20 +130,20 @@ const Command kCommands[] = {
      }},
     {TR104_GET_DNS_SERVER_ID, "GET_DNS_SERVER_ID",
      [](NetState &s, const Request &r, Payload &out) {
-         Tr104DnsPayload p = take<Tr104DnsPayload>(r);
+         Tr104DnsPayload p = r.record<Tr104DnsPayload>();
          p.unServer = s.dns[p.unIndex == 1 ? 1 : 0];
-         reply(out, p);
+         putRecord(out, p);
          return true;
      }},
     {TR104_ADD_DNS_SERVER_ID, "ADD_DNS_SERVER_ID",
      [](NetState &s, const Request &r, Payload &) {
          if (r.word<uint32_t>(0) != 0 || r.word<uint32_t>(8) != 0) {
-             const auto d = take<Tr104DirectDnsPayload>(r);
+             const auto d = r.record<Tr104DirectDnsPayload>();
              s.dns[0] = d.unServer1;
              s.dns[1] = d.unServer2;
              ++s.directDnsWrites;
          } else {
-             const auto p = take<Tr104DnsPayload>(r);
+             const auto p = r.record<Tr104DnsPayload>();
              s.dns[p.unIndex == 1 ? 1 : 0] = p.unServer;
              ++s.dnsWrites;
          }
@@ -163,7 +151,7 @@ const Command kCommands[] = {
      }},
     {TR104_GET_DHCP_ID, "GET_DHCP_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, s.dhcpEnable);
+         putRecord(out, s.dhcpEnable);
          return true;
      }},
     {TR104_SET_DHCP_ENABLE_ID, "SET_DHCP_ENABLE_ID",
@@ -188,7 +176,7 @@ const Command kCommands[] = {
      }},
     {TR104_GET_NTP_ENABLE_ID, "GET_NTP_ENABLE_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, s.timeEnable);
+         putRecord(out, s.timeEnable);
          return true;
      }},
     {TR104_SET_NTP_ENABLE_ID, "SET_NTP_ENABLE_ID",
@@ -240,32 +228,32 @@ const Command kCommands[] = {
      }},
     {TR104_GET_POS_NUM_ID, "GET_POS_NUM_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, tableOf(s.pos));
+         putRecord(out, tableOf(s.pos));
          return true;
      }},
     {TR104_ADD_POS_NUM_ID, "ADD_POS_NUM_ID",
      [](NetState &s, const Request &r, Payload &) {
-         addNumber(s.pos, take<Tr104NumberTable>(r));
+         addNumber(s.pos, r.record<Tr104NumberTable>());
          return false;
      }},
     {TR104_DEL_POS_NUM_ID, "DEL_POS_NUM_ID",
      [](NetState &s, const Request &r, Payload &) {
-         deleteNumber(s.pos, take<Tr104NumberTable>(r));
+         deleteNumber(s.pos, r.record<Tr104NumberTable>());
          return false;
      }},
     {TR104_GET_IPT_NUM_ID, "GET_IPT_NUM_ID",
      [](NetState &s, const Request &, Payload &out) {
-         reply(out, tableOf(s.ipt));
+         putRecord(out, tableOf(s.ipt));
          return true;
      }},
     {TR104_ADD_IPT_NUM_ID, "ADD_IPT_NUM_ID",
      [](NetState &s, const Request &r, Payload &) {
-         addNumber(s.ipt, take<Tr104NumberTable>(r));
+         addNumber(s.ipt, r.record<Tr104NumberTable>());
          return false;
      }},
     {TR104_DEL_IPT_NUM_ID, "DEL_IPT_NUM_ID",
      [](NetState &s, const Request &r, Payload &) {
-         deleteNumber(s.ipt, take<Tr104NumberTable>(r));
+         deleteNumber(s.ipt, r.record<Tr104NumberTable>());
          return false;
      }},
     {TR104_GET_LED_STANDARD_ID, "GET_LED_STANDARD",
@@ -355,11 +343,6 @@ void installNetFamilies(VoiceModuleEmulator &e) {
 
 FamilyRegistrar registrar(&installNetFamilies);
 
-template <typename F>
-void change(VoiceModuleEmulator &emulator, F &&f) {
-    areas.change(emulator, std::forward<F>(f));
-}
-
 template <typename T>
 T stored(VoiceModuleEmulator &emulator, const RecordFamily &family) {
     T value{};
@@ -411,7 +394,7 @@ bool netCommand(VoiceModuleEmulator &emulator, const std::string &verb, std::ist
         setVoiceAddress(emulator, CommIpAddrStrToUnInt(a.c_str()), CommIpAddrStrToUnInt(m.c_str()),
                         CommIpAddrStrToUnInt(g.c_str()));
     } else if (what == "vlan" && (args >> a >> id >> priority) && (a == "sip" || a == "rtp")) {
-        change(emulator, [&](NetState &s) {
+        areas.change(emulator, [&](NetState &s) {
             Tr104VlanClass &c = a == "rtp" ? s.vlan.rtp : s.vlan.sip;
             c.usVlanId = static_cast<uint16_t>(id);
             c.ucVlanPriority = static_cast<uint8_t>(priority);
@@ -482,7 +465,7 @@ bool loadNet(VoiceModuleEmulator &emulator, const nlohmann::json &saved, std::st
     s.oltNo = saved.at("private").at("olt").get<int>();
     s.onuNo = saved.at("private").at("onu").get<int>();
     s.privateAddr = saved.at("private").at("address").get<uint32_t>();
-    change(emulator, [&](NetState &held) { held = s; });
+    areas.change(emulator, [&](NetState &held) { held = s; });
     return true;
 }
 
@@ -490,14 +473,10 @@ StatePartRegistrar statePart({"net", &saveNet, &loadNet});
 
 }  // namespace
 
-NetState netState(VoiceModuleEmulator &emulator) {
-    NetState copy;
-    change(emulator, [&](NetState &s) { copy = s; });
-    return copy;
-}
+NetState netState(VoiceModuleEmulator &emulator) { return areas.copy(emulator); }
 
 void setVoiceAddress(VoiceModuleEmulator &emulator, uint32_t addr, uint32_t mask, uint32_t gateway) {
-    change(emulator, [&](NetState &s) {
+    areas.change(emulator, [&](NetState &s) {
         s.ip.unVoiceAddr = addr;
         s.ip.unVoiceMask = mask;
         s.ip.unVoiceGateway = gateway;
@@ -505,7 +484,7 @@ void setVoiceAddress(VoiceModuleEmulator &emulator, uint32_t addr, uint32_t mask
 }
 
 void setVlanClass(VoiceModuleEmulator &emulator, bool rtp, const Tr104VlanClass &values) {
-    change(emulator, [&](NetState &s) { (rtp ? s.vlan.rtp : s.vlan.sip) = values; });
+    areas.change(emulator, [&](NetState &s) { (rtp ? s.vlan.rtp : s.vlan.sip) = values; });
 }
 
 Tr104Option60Payload option60(VoiceModuleEmulator &emulator) {

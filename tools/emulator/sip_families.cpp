@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "emulator/line_states.h"
 #include "emulator/voice_module_emulator.h"
 #include "tr104/sip.h"
 #include "tr104/sip_identity.h"
@@ -422,8 +423,8 @@ void installSipFamilies(VoiceModuleEmulator &e) {
     onSet(e, DISABLE_DIGITMAP_ID, [&e](const Request &) { setDigitMapEnable(e, 0); });
 
     // Registration and statistics.
-    onSet(e, REGISTER_LINE_ID, [&e](const Request &r) { setRegistration(e, r, "reg-ok"); });
-    onSet(e, UNREGISTER_LINE_ID, [&e](const Request &r) { setRegistration(e, r, "unreg-ok"); });
+    onSet(e, REGISTER_LINE_ID, [&e](const Request &r) { setRegistration(e, r, line::kRegistered); });
+    onSet(e, UNREGISTER_LINE_ID, [&e](const Request &r) { setRegistration(e, r, line::kUnregistered); });
     onSet(e, RESET_LINE_STATISTICS_ID, [](const Request &) {});
 }
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "emulator/protocol_family.h"
+#include "emulator/write_all.h"
 #include "tr104/version.h"
 
 namespace vmemu {
@@ -117,22 +118,6 @@ void writeField(const Field &f, const json &value, std::vector<char> *data) {
 std::vector<StatePart> &stateParts() {
     static std::vector<StatePart> parts;
     return parts;
-}
-
-// Writes all of `text` to fd; false on an error.
-bool writeAll(int fd, const std::string &text) {
-    size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
-        if (n <= 0) {
-            return false;
-        }
-        done += static_cast<size_t>(n);
-    }
-    return true;
 }
 
 // Replaces the file at `path` with `text` so that a crash at any point leaves either the old

@@ -1,4 +1,5 @@
 #include "emulator/voice_module_emulator.h"
+#include "emulator/line_states.h"
 #include "tr104/sip.h"
 
 #include <sys/ipc.h>
@@ -732,8 +733,8 @@ void registerBaseFamilies(VoiceModuleEmulator &emulator) {
     for (uint32_t line = 1; line <= 2; ++line) {
         Tr104SipLineRecord status{};
         status.unLine = line;
-        std::strcpy(status.aRegState, "unreg-ok");
-        std::strcpy(status.aCallState, "Idle");
+        std::strcpy(status.aRegState, line::kUnregistered);
+        std::strcpy(status.aCallState, line::kCallIdle);
         emulator.put(portStatus.name, &status, sizeof(status));
     }
 }

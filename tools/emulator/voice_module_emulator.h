@@ -41,7 +41,16 @@ struct Request {
     template <typename T>
     T word(size_t offset) const;  // a native-order integer of the payload
     std::string text_at(size_t offset, size_t max) const;  // NUL-terminated text of the payload
+    template <typename T>
+    T record() const;  // the payload as a record of type T
 };
+
+// Puts a record at the start of a reply.
+template <typename T>
+void putRecord(Payload &reply, const T &record) {
+    static_assert(sizeof(T) <= sizeof(Payload));
+    std::memcpy(reply.data(), &record, sizeof(record));
+}
 
 // A field of a record: where it is and how wide.
 struct Field {
@@ -248,6 +257,14 @@ private:
     std::vector<uint32_t> service_;  // ring of kServiceSamples once full
     size_t serviceNext_ = 0;
 };
+
+template <typename T>
+T Request::record() const {
+    static_assert(sizeof(T) <= sizeof(Payload));
+    T value;
+    std::memcpy(&value, payload.data(), sizeof(value));
+    return value;
+}
 
 template <typename T>
 T Request::word(size_t offset) const {

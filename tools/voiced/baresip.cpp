@@ -21,6 +21,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "emulator/write_all.h"
 #include "voiced/account.h"
 
 namespace voiced {
@@ -83,18 +84,10 @@ bool writeFile(const std::string &path, const std::string &content, std::string 
         *error = "cannot write " + path + ": " + std::strerror(errno);
         return false;
     }
-    size_t done = 0;
-    while (done < content.size()) {
-        const ssize_t n = ::write(fd, content.data() + done, content.size() - done);
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
-        if (n <= 0) {
-            *error = "cannot write " + path + ": " + std::strerror(errno);
-            ::close(fd);
-            return false;
-        }
-        done += static_cast<size_t>(n);
+    if (!vmemu::writeAll(fd, content)) {
+        *error = "cannot write " + path + ": " + std::strerror(errno);
+        ::close(fd);
+        return false;
     }
     return ::close(fd) == 0;
 }
@@ -115,21 +108,6 @@ uint16_t freeLoopbackPort() {
         ::close(fd);
     }
     return port;
-}
-
-bool sendAll(int fd, const std::string &data) {
-    size_t done = 0;
-    while (done < data.size()) {
-        const ssize_t n = ::send(fd, data.data() + done, data.size() - done, MSG_NOSIGNAL);
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
-        if (n <= 0) {
-            return false;
-        }
-        done += static_cast<size_t>(n);
-    }
-    return true;
 }
 
 }  // namespace
@@ -453,7 +431,7 @@ Baresip::Answer Baresip::command(const std::string &name, const std::string &par
     answer_.reset();
     const json request = {{"command", name}, {"params", params}, {"token", waitingToken_}};
     lock.unlock();
-    const bool sent = sendAll(control_, netstring(request.dump()));
+    const bool sent = vmemu::writeAll(control_, netstring(request.dump()), vmemu::Descriptor::Socket);
     lock.lock();
     if (sent) {
         answered_.wait_for(lock, kAnswerWait, [this] { return answer_.has_value() || !connected_; });

@@ -6,6 +6,8 @@
 
 namespace voiced {
 
+namespace line = vmemu::line;
+
 namespace {
 
 using std::chrono::duration_cast;
@@ -50,12 +52,12 @@ int sipStatusOf(const std::string &reason) {
 }
 
 void LineActivity::accountAdded() {
-    registration_ = "reg-ing";
+    registration_ = line::kRegistering;
     reason_.clear();
 }
 
 void LineActivity::accountRemoved() {
-    registration_ = "unreg-ok";
+    registration_ = line::kUnregistered;
     reason_.clear();
     calls_.clear();
 }
@@ -112,24 +114,24 @@ void LineActivity::callClosed(const Call &call, const std::string &reason, Clock
 void LineActivity::onEvent(const Event &event, Clock::time_point now) {
     const std::string &type = event.type;
     if (type == "REGISTERING") {
-        registration_ = "reg-ing";
+        registration_ = line::kRegistering;
         ++counters_.unTxNoninviteReqs;
         return;
     }
     if (type == "REGISTER_OK") {
-        registration_ = "reg-ok";
+        registration_ = line::kRegistered;
         reason_.clear();
         ++counters_.unRxResponse;
         return;
     }
     if (type == "REGISTER_FAIL") {
-        registration_ = "reg-fail";
+        registration_ = line::kRegisterFailed;
         reason_ = event.param;
         ++counters_.unRxResponse;
         return;
     }
     if (type == "UNREGISTERING") {
-        registration_ = "unreg-ing";
+        registration_ = line::kUnregistering;
         return;
     }
     if (type.rfind("CALL_", 0) != 0) {
@@ -174,21 +176,21 @@ void LineActivity::onEvent(const Event &event, Clock::time_point now) {
 
 void LineActivity::fillStatus(Tr104SipLineRecord *status) const {
     putText(status->aRegState, registration_);
-    std::string callState = "Idle";
-    uint32_t code = registered()                  ? kPortIdle
-                    : registration_ == "reg-fail" ? kPortRegisterFailed
-                                                  : kPortIdleUnregistered;
+    std::string callState = line::kCallIdle;
+    uint32_t code = registered()                             ? line::kPortIdle
+                    : registration_ == line::kRegisterFailed ? line::kPortRegisterFailed
+                                                             : line::kPortIdleUnregistered;
     if (!calls_.empty()) {
         const Call &call = calls_.begin()->second;
         if (call.established) {
             callState = "Call Setup";
-            code = kPortTalking;
+            code = line::kPortTalking;
         } else if (call.outgoing) {
             callState = call.ringing ? "Call Setuping" : "Calling";
-            code = call.ringing ? kPortRingBack : kPortDialling;
+            code = call.ringing ? line::kPortRingBack : line::kPortDialling;
         } else {
             callState = "Ringing";
-            code = kPortRinging;
+            code = line::kPortRinging;
         }
     }
     status->unPortState = code;

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "emulator/line_states.h"
 #include "tr104/sip.h"
 #include "tr104/statistics.h"
 
@@ -43,17 +44,6 @@ struct Event {
 // The status code of a SIP reason ("404 Not Found" -> 404), 0 for a text without one.
 int sipStatusOf(const std::string &reason);
 
-// Port state codes this voice module reports in the port status.
-enum PortState : uint32_t {
-    kPortIdleUnregistered = 0,
-    kPortIdle = 1,
-    kPortDialling = 3,
-    kPortRingBack = 4,
-    kPortRinging = 5,
-    kPortTalking = 6,
-    kPortRegisterFailed = 12,
-};
-
 // G.711 at 20 ms: 160 bytes of audio and the 12-byte RTP header in each packet.
 inline constexpr uint32_t kRtpPacketBytes = 172;
 inline constexpr uint32_t kG711Kbps = 64;
@@ -63,7 +53,7 @@ public:
     // The line's account was added (registering starts), is being removed (unregistering) or
     // was removed (unregistered).
     void accountAdded();
-    void accountRemoving() { registration_ = "unreg-ing"; }
+    void accountRemoving() { registration_ = vmemu::line::kUnregistering; }
     void accountRemoved();
     void onEvent(const Event &event, Clock::time_point now);
 
@@ -71,7 +61,7 @@ public:
     // a failure, the registrar's reason.
     const std::string &registration() const { return registration_; }
     const std::string &failureReason() const { return reason_; }
-    bool registered() const { return registration_ == "reg-ok"; }
+    bool registered() const { return registration_ == vmemu::line::kRegistered; }
     // The call in progress, if any: its id and whether it was answered.
     std::optional<std::string> activeCall() const;
 
@@ -95,7 +85,7 @@ private:
     void callSeen(const Event &event, Clock::time_point now);
     void callClosed(const Call &call, const std::string &reason, Clock::time_point now);
 
-    std::string registration_ = "unreg-ok";
+    std::string registration_ = vmemu::line::kUnregistered;
     std::string reason_;
     std::map<std::string, Call> calls_;
     Tr104SipLineStatsRecord counters_{};

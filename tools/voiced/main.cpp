@@ -5,20 +5,15 @@
 //   tr104-voiced [--sip-address ADDR] [--sip-port PORT] [--registration-period S]
 //                [--auto-answer LINES] [--baresip PATH] [--baresip-modules DIR] [--verbose]
 //                [--state FILE] [--control PATH] [--ready-file PATH] [--quiet] [--version] [--help]
-#include <signal.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
-#include <sstream>
+#include <istream>
+#include <optional>
 #include <string>
-#include <thread>
 
 #include "emulator/control.h"
-#include "emulator/state_file.h"
+#include "emulator/service.h"
 #include "emulator/voice_module_emulator.h"
-#include "tr104/version.h"
 #include "voiced/voice_module.h"
 
 namespace {
@@ -74,20 +69,6 @@ vmemu::ConsoleRegistrar sipConsole(
     "calls, counters; a call placed or ended by hand",
     &sipCommand);
 
-void commandLoop(vmemu::VoiceModuleEmulator *emulator) {
-    for (std::string line; std::getline(std::cin, line);) {
-        std::fputs(vmemu::runControlLine(*emulator, line).c_str(), stdout);
-        std::fflush(stdout);
-    }
-}
-
-void saveTo(vmemu::VoiceModuleEmulator &emulator, const std::string &path) {
-    std::string error;
-    if (!vmemu::saveState(emulator, path, &error)) {
-        std::fprintf(stderr, "tr104-voiced: %s\n", error.c_str());
-    }
-}
-
 bool parsePort(const char *text, uint16_t *port) {
     char *end = nullptr;
     const unsigned long value = std::strtoul(text, &end, 10);
@@ -98,121 +79,64 @@ bool parsePort(const char *text, uint16_t *port) {
     return true;
 }
 
+// The options of the user agent.
+int ownOption(voiced::Options *options, int argc, char **argv, int *i) {
+    const std::string arg = argv[*i];
+    const bool hasValue = *i + 1 < argc;
+    const auto bad = [](const std::string &what) {
+        std::fprintf(stderr, "tr104-voiced: %s\n", what.c_str());
+        return 2;
+    };
+    if (arg == "--sip-address" && hasValue) {
+        options->baresip.sipAddress = argv[++*i];
+    } else if (arg == "--sip-port" && hasValue) {
+        if (!parsePort(argv[++*i], &options->baresip.sipPort)) {
+            return bad(std::string("--sip-port wants a port from 1 to 65534, not ") + argv[*i]);
+        }
+    } else if (arg == "--registration-period" && hasValue) {
+        const long seconds = std::strtol(argv[++*i], nullptr, 10);
+        if (seconds < 10 || seconds > 86400) {
+            return bad(std::string("--registration-period wants 10 to 86400 seconds, not ") + argv[*i]);
+        }
+        options->registrationPeriod = static_cast<uint32_t>(seconds);
+    } else if (arg == "--auto-answer" && hasValue) {
+        const std::string lines = argv[++*i];
+        if (lines != "all" && lines != "none" && lines != "1" && lines != "2") {
+            return bad("--auto-answer wants all, none, 1 or 2, not " + lines);
+        }
+        options->autoAnswer[0] = lines == "all" || lines == "1";
+        options->autoAnswer[1] = lines == "all" || lines == "2";
+    } else if (arg == "--baresip" && hasValue) {
+        options->baresip.program = argv[++*i];
+    } else if (arg == "--baresip-modules" && hasValue) {
+        options->baresip.modules = argv[++*i];
+    } else if (arg == "--verbose") {
+        options->baresip.verbose = true;
+    } else {
+        return vmemu::kNotOwn;
+    }
+    return vmemu::kTaken;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
-    vmemu::VoiceModuleEmulator emulator;
     voiced::Options options;
-    const char *readyFile = nullptr;
-    std::string stateFile, controlPath;
-    bool quiet = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        const bool hasValue = i + 1 < argc;
-        const auto bad = [&](const std::string &what) {
-            std::fprintf(stderr, "tr104-voiced: %s\n", what.c_str());
-            return 2;
-        };
-        if (arg == "--sip-address" && hasValue) {
-            options.baresip.sipAddress = argv[++i];
-        } else if (arg == "--sip-port" && hasValue) {
-            if (!parsePort(argv[++i], &options.baresip.sipPort)) {
-                return bad(std::string("--sip-port wants a port from 1 to 65534, not ") + argv[i]);
-            }
-        } else if (arg == "--registration-period" && hasValue) {
-            const long seconds = std::strtol(argv[++i], nullptr, 10);
-            if (seconds < 10 || seconds > 86400) {
-                return bad(std::string("--registration-period wants 10 to 86400 seconds, not ") + argv[i]);
-            }
-            options.registrationPeriod = static_cast<uint32_t>(seconds);
-        } else if (arg == "--auto-answer" && hasValue) {
-            const std::string lines = argv[++i];
-            if (lines != "all" && lines != "none" && lines != "1" && lines != "2") {
-                return bad("--auto-answer wants all, none, 1 or 2, not " + lines);
-            }
-            options.autoAnswer[0] = lines == "all" || lines == "1";
-            options.autoAnswer[1] = lines == "all" || lines == "2";
-        } else if (arg == "--baresip" && hasValue) {
-            options.baresip.program = argv[++i];
-        } else if (arg == "--baresip-modules" && hasValue) {
-            options.baresip.modules = argv[++i];
-        } else if (arg == "--verbose") {
-            options.baresip.verbose = true;
-        } else if (arg == "--ready-file" && hasValue) {
-            readyFile = argv[++i];
-        } else if (arg == "--state" && hasValue) {
-            stateFile = argv[++i];
-        } else if (arg == "--control" && hasValue) {
-            controlPath = argv[++i];
-        } else if (arg == "--quiet") {
-            quiet = true;
-        } else if (arg == "--version") {
-            std::printf("tr104-voiced %s\n", TR104_VERSION_STRING);
-            return 0;
-        } else if (arg == "--help" || arg == "-h") {
-            usage(stdout);
-            return 0;
-        } else {
-            usage(stderr);
-            return 2;
-        }
-    }
-
-    sigset_t stopSignals;
-    sigemptyset(&stopSignals);
-    sigaddset(&stopSignals, SIGINT);
-    sigaddset(&stopSignals, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
-
-    if (std::string error; !stateFile.empty() && !vmemu::loadState(emulator, stateFile, &error)) {
-        std::fprintf(stderr, "tr104-voiced: %s\n", error.c_str());
-        return 1;
-    }
-    voiced::VoiceModule voiceModule(emulator, options);
-    gVoiceModule = &voiceModule;
-    emulator.onRequest([&](const vmemu::Request &request) {
-        if (!quiet) {
-            std::printf("[voiced] %s\n", emulator.describe(request).c_str());
-            std::fflush(stdout);
-        }
-        voiceModule.onRequest(request);
-        if (request.cmd == vmemu::kSaveVoiceCfgCmd && !stateFile.empty()) {
-            saveTo(emulator, stateFile);
-        }
-    });
-    if (std::string error; !voiceModule.start(&error)) {
-        std::fprintf(stderr, "tr104-voiced: %s\n", error.c_str());
-        return 1;
-    }
-    if (!emulator.start()) {
-        voiceModule.stop();
-        return 1;
-    }
-    vmemu::ControlServer control;
-    if (std::string error; !controlPath.empty() && !control.start(emulator, controlPath, &error)) {
-        std::fprintf(stderr, "tr104-voiced: %s\n", error.c_str());
-        emulator.stop();
-        voiceModule.stop();
-        return 1;
-    }
-    std::printf("[voiced] serving the send queue (key %d)\n", TR104_SND_QUEUE_KEY);
-    std::fflush(stdout);
-    if (readyFile != nullptr) {
-        if (FILE *f = std::fopen(readyFile, "w")) {
-            std::fclose(f);
-        }
-    }
-    std::thread(commandLoop, &emulator).detach();
-
-    int signal = 0;
-    sigwait(&stopSignals, &signal);
-    control.stop();
-    emulator.stop();
-    voiceModule.stop();
-    gVoiceModule = nullptr;
-    if (!stateFile.empty()) {
-        saveTo(emulator, stateFile);
-    }
-    std::printf("[voiced] stopped: %zu requests served\n", emulator.requestCount());
-    return 0;
+    const vmemu::Program program{
+        "tr104-voiced", "[voiced]", "tr104-voiced: ", &usage,
+        [&options](int count, char **args, int *at) { return ownOption(&options, count, args, at); }};
+    vmemu::VoiceModuleEmulator emulator;
+    // Made once the command line is read, with its options.
+    std::optional<voiced::VoiceModule> voiceModule;
+    vmemu::ServiceHooks hooks;
+    hooks.start = [&](std::string *error) {
+        gVoiceModule = &voiceModule.emplace(emulator, options);
+        return voiceModule->start(error);
+    };
+    hooks.stop = [&voiceModule] {
+        voiceModule->stop();
+        gVoiceModule = nullptr;
+    };
+    hooks.onRequest = [&voiceModule](const vmemu::Request &request) { voiceModule->onRequest(request); };
+    return vmemu::run(emulator, program, argc, argv, hooks);
 }

@@ -2,17 +2,17 @@
 
 #include <cstdio>
 
+#include "emulator/line_states.h"
+
 namespace voiced {
 
 namespace {
 
-// Status codes of the query, per side.
-constexpr uint32_t kCallerReceiveEnd = 5, kCallerRingBack = 6, kCallerConnected = 7, kCallerTestEnd = 10;
-constexpr uint32_t kCalledIdle = 1, kCalledRingBack = 3, kCalledConnected = 4, kCalledTestEnd = 5;
-constexpr uint32_t kSuccess = 1, kFailed = 2;
-// Fail codes.
-constexpr uint32_t kNoDialTone = 2, kAfterDialRelease = 4, kNoAnswer = 5, kUnreachable = 6, kNoNetworkAnswer = 7;
-constexpr uint32_t kNoIncomingCall = 1, kCalledNoAnswer = 3;
+namespace caller = vmemu::line::caller;
+namespace called = vmemu::line::called;
+using vmemu::line::kFailed;
+using vmemu::line::kSucceeded;
+
 // A hang-up the user agent does not confirm within this time ends the test anyway.
 constexpr std::chrono::seconds kHangupGrace{5};
 
@@ -26,7 +26,7 @@ void SimulatedCall::end(uint32_t conclusion, uint32_t failCode) {
 
 CallAction SimulatedCall::hangUpAndEnd(uint32_t failCode, Clock::time_point now) {
     if (callId_.empty()) {
-        end(failCode == 0 ? kSuccess : kFailed, failCode);
+        end(failCode == 0 ? kSucceeded : kFailed, failCode);
         return CallAction::None;
     }
     phase_ = Phase::HangingUp;
@@ -56,7 +56,7 @@ CallAction SimulatedCall::start(uint32_t type, const std::string &number, uint32
     phase_ = Phase::Waiting;
     if (!registered) {
         // No registration, no dial tone (caller); no call can reach the line (called).
-        end(kFailed, caller_ ? kNoDialTone : kNoIncomingCall);
+        end(kFailed, caller_ ? caller::kNoDialTone : called::kNoIncomingCall);
         return CallAction::None;
     }
     return caller_ ? CallAction::Dial : CallAction::None;
@@ -100,19 +100,19 @@ CallAction SimulatedCall::onEvent(const Event &event, Clock::time_point now) {
         }
     } else if (event.type == "CALL_CLOSED") {
         switch (phase_) {
-        case Phase::HangingUp: end(pendingFail_ == 0 ? kSuccess : kFailed, pendingFail_); break;
+        case Phase::HangingUp: end(pendingFail_ == 0 ? kSucceeded : kFailed, pendingFail_); break;
         case Phase::Connected:
-            end(kSuccess, 0);  // the far end hung up: the call was made
+            end(kSucceeded, 0);  // the far end hung up: the call was made
             break;
         default: {
             const int status = sipStatusOf(event.param);
             const bool rang = phase_ == Phase::Ringing;
             if (!caller_) {
-                end(kFailed, kCalledNoAnswer);
+                end(kFailed, called::kNoAnswer);
             } else if (rang) {
-                end(kFailed, kNoAnswer);
+                end(kFailed, caller::kNoAnswer);
             } else {
-                end(kFailed, status == 408 || status == 480 ? kUnreachable : kAfterDialRelease);
+                end(kFailed, status == 408 || status == 480 ? caller::kUnreachable : caller::kAfterDialRelease);
             }
             break;
         }
@@ -127,8 +127,9 @@ CallAction SimulatedCall::poll(Clock::time_point now) {
     case Phase::Ringing:
         if (now - started_ >= timeout_) {
             const bool rang = phase_ == Phase::Ringing;
-            return hangUpAndEnd(
-                caller_ ? (rang ? kNoAnswer : kNoNetworkAnswer) : (rang ? kCalledNoAnswer : kNoIncomingCall), now);
+            return hangUpAndEnd(caller_ ? (rang ? caller::kNoAnswer : caller::kNoNetworkAnswer)
+                                        : (rang ? called::kNoAnswer : called::kNoIncomingCall),
+                                now);
         }
         return CallAction::None;
     case Phase::Connected: {
@@ -140,7 +141,7 @@ CallAction SimulatedCall::poll(Clock::time_point now) {
     }
     case Phase::HangingUp:
         if (now - hungUp_ >= kHangupGrace) {
-            end(pendingFail_ == 0 ? kSuccess : kFailed, pendingFail_);
+            end(pendingFail_ == 0 ? kSucceeded : kFailed, pendingFail_);
         }
         return CallAction::None;
     default: return CallAction::None;
@@ -148,17 +149,17 @@ CallAction SimulatedCall::poll(Clock::time_point now) {
 }
 
 void SimulatedCall::fill(Tr104SmultParam *block) const {
-    uint32_t status = caller_ ? kCallerReceiveEnd : kCalledIdle;
+    uint32_t status = caller_ ? caller::kReceiveEnd : called::kIdle;
     switch (phase_) {
-    case Phase::None: status = 1; break;
+    case Phase::None: status = caller::kIdle; break;
     case Phase::Waiting: break;
-    case Phase::Ringing: status = caller_ ? kCallerRingBack : kCalledRingBack; break;
+    case Phase::Ringing: status = caller_ ? caller::kRingBack : called::kRingBack; break;
     case Phase::Connected:
-    case Phase::HangingUp: status = caller_ ? kCallerConnected : kCalledConnected; break;
-    case Phase::Ended: status = caller_ ? kCallerTestEnd : kCalledTestEnd; break;
+    case Phase::HangingUp: status = caller_ ? caller::kConnected : called::kConnected; break;
+    case Phase::Ended: status = caller_ ? caller::kTestEnd : called::kTestEnd; break;
     }
-    block->unCallerStatus = caller_ ? status : 1;
-    block->unCalledStatus = caller_ ? 1 : status;
+    block->unCallerStatus = caller_ ? status : caller::kIdle;
+    block->unCalledStatus = caller_ ? called::kIdle : status;
     block->unConclusion = conclusion_;
     block->unCallerFailCode = caller_ ? failCode_ : 0;
     block->unCalledFailCode = caller_ ? 0 : failCode_;

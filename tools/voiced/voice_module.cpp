@@ -65,13 +65,6 @@ Server primaryServer(vmemu::VoiceModuleEmulator &e, const char *family) {
     return {textOf(record.aHostAddr), record.usPort};
 }
 
-template <typename Record>
-Record requestRecord(const vmemu::Request &request) {
-    Record record;
-    std::memcpy(&record, request.payload.data(), sizeof(record));
-    return record;
-}
-
 void say(const char *format, const std::string &a = "", const std::string &b = "") {
     std::printf("[voiced] ");
     std::printf(format, a.c_str(), b.c_str());
@@ -141,7 +134,7 @@ bool VoiceModule::start(std::string *error) {
             std::lock_guard lock(mutex_);
             lines_[line - 1].activity.fillStatus(&status);
         }
-        std::memcpy(reply.data(), &status, sizeof(status));
+        vmemu::putRecord(reply, status);
     });
     emulator_.setLiveAnswer(
         TR104_SIP_LINE_STATS_CMD, [this, lineOfRequest](const vmemu::Request &r, vmemu::Payload &reply) {
@@ -149,7 +142,7 @@ bool VoiceModule::start(std::string *error) {
             if (line >= 1 && line <= kLines) {
                 std::lock_guard lock(mutex_);
                 const Tr104SipLineStatsRecord counters = lines_[line - 1].activity.counters(line, Clock::now());
-                std::memcpy(reply.data(), &counters, sizeof(counters));
+                vmemu::putRecord(reply, counters);
             }
         });
     emulator_.setLiveAnswer(TR104_RTP_STATS_CMD, [this, lineOfRequest](const vmemu::Request &r, vmemu::Payload &reply) {
@@ -157,11 +150,11 @@ bool VoiceModule::start(std::string *error) {
         if (line >= 1 && line <= kLines) {
             std::lock_guard lock(mutex_);
             const Tr104LineRtpStatsBlock rtp = lines_[line - 1].activity.rtp(line);
-            std::memcpy(reply.data(), &rtp, sizeof(rtp));
+            vmemu::putRecord(reply, rtp);
         }
     });
     emulator_.setLiveAnswer(GET_SMULT_TEST_ID, [this](const vmemu::Request &r, vmemu::Payload &reply) {
-        auto block = requestRecord<Tr104SmultParam>(r);
+        auto block = r.record<Tr104SmultParam>();
         if (block.unPort < 1 || block.unPort > kLines) {
             return;
         }
@@ -169,11 +162,11 @@ bool VoiceModule::start(std::string *error) {
             std::lock_guard lock(mutex_);
             lines_[block.unPort - 1].test.fill(&block);
         }
-        std::memcpy(reply.data(), &block, sizeof(block));
+        vmemu::putRecord(reply, block);
     });
     // The proxy in use (a proxy read with flag 0): the server a registered line's requests go to.
     emulator_.setLiveAnswer(GET_PROXY_CFG_ID, [this](const vmemu::Request &r, vmemu::Payload &reply) {
-        auto record = requestRecord<ServerRecord>(r);
+        auto record = r.record<ServerRecord>();
         if (record.nServerFlag != TR104_SERVER_IN_USE) {
             return;
         }
@@ -189,7 +182,7 @@ bool VoiceModule::start(std::string *error) {
             const std::string host = routeOf(storedProfile(emulator_, options_.registrationPeriod)).host;
             std::memset(record.aActiveProxy, 0, sizeof(record.aActiveProxy));
             std::memcpy(record.aActiveProxy, host.data(), std::min(host.size(), sizeof(record.aActiveProxy) - 1));
-            std::memcpy(reply.data(), &record, sizeof(record));
+            vmemu::putRecord(reply, record);
         }
     });
     emulator_.onStored([this](const vmemu::RecordFamily &family, const vmemu::Request &) { onStored(family); });
@@ -254,7 +247,7 @@ void VoiceModule::onRequest(const vmemu::Request &request) {
         break;
     }
     case SET_SMULT_TEST_ID: {
-        const auto block = requestRecord<Tr104SmultParam>(request);
+        const auto block = request.record<Tr104SmultParam>();
         if (block.unPort < 1 || block.unPort > kLines) {
             break;
         }

@@ -114,6 +114,20 @@ struct LineReset {
 };
 int resetLineStatistics(const LineReset &r, int nFlag, void *pValue, int *nLocate);
 
+// A profile's total: a value of each of its two lines, added up.  perLine(line, &value) reads
+// one line's value and says whether it could; the first line it cannot read ends the sum (false).
+template <typename PerLine>
+bool sumOverLines(PerLine perLine, uint32_t *sum) {
+    for (int line = 1; line <= 2; ++line) {
+        uint32_t value = 0;
+        if (!perLine(line, &value)) {
+            return false;
+        }
+        *sum += value;
+    }
+    return true;
+}
+
 // Copies at most max characters of src (stopping at its terminator) and a terminator.
 void copyBounded(char *dst, const char *src, size_t max);
 

@@ -33,33 +33,40 @@ TR104_API int32_t gQuietChannelPowerThreshold[TR104_LINETEST_PORTS];
 
 namespace tr104::linetest {
 
-int readOuter(const char *name, int port, Tr104OuterLineResult *rec) {
-    *rec = Tr104OuterLineResult{};
-    rec->ucPort = static_cast<uint8_t>(port);
-    return readRecord(name, rec, sizeof(*rec), GET_OUTER_LINE_TEST_ID);
-}
+namespace {
 
-int readInner(const char *name, int port, Tr104InnerLineResult *rec) {
-    *rec = Tr104InnerLineResult{};
+// Both line-test result records carry the port at the same place.
+template <typename Result>
+int readResult(const char *name, int port, Result *rec, unsigned int cmd) {
+    *rec = Result{};
     rec->ucPort = static_cast<uint8_t>(port);
-    return readRecord(name, rec, sizeof(*rec), GET_INNER_LINE_TEST_ID);
+    return readRecord(name, rec, sizeof(*rec), cmd);
 }
 
 // The texts fill their 16 bytes and may have no terminator: they are bounded first.
-int decimal(const char *field) {
+struct BoundedText {
+    explicit BoundedText(const char *field) { std::memcpy(text, field, TR104_MEASURE_LEN); }
     char text[TR104_MEASURE_LEN + 1] = {};
-    std::memcpy(text, field, TR104_MEASURE_LEN);
+};
+
+}  // namespace
+
+int readOuter(const char *name, int port, Tr104OuterLineResult *rec) {
+    return readResult(name, port, rec, GET_OUTER_LINE_TEST_ID);
+}
+
+int readInner(const char *name, int port, Tr104InnerLineResult *rec) {
+    return readResult(name, port, rec, GET_INNER_LINE_TEST_ID);
+}
+
+int decimal(const char *field) {
     // Converted as a wide integer and held to the range of an int, so that a value out of range
     // reads the same on the 32-bit device and on a 64-bit host.
-    const long long value = std::strtoll(text, nullptr, 10);
+    const long long value = std::strtoll(BoundedText(field).text, nullptr, 10);
     return value > INT32_MAX ? INT32_MAX : value < INT32_MIN ? INT32_MIN : static_cast<int>(value);
 }
 
-float decimalFloat(const char *field) {
-    char text[TR104_MEASURE_LEN + 1] = {};
-    std::memcpy(text, field, TR104_MEASURE_LEN);
-    return std::strtof(text, nullptr);
-}
+float decimalFloat(const char *field) { return std::strtof(BoundedText(field).text, nullptr); }
 
 namespace {
 

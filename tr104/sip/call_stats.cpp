@@ -208,24 +208,22 @@ int derivedCounter(const Derived &d, int nFlag, void *pValue, int *nLocate) {
 
 int profileCounter(int index, int nFlag, void *pValue) {
     const ProfileCounter &p = kProfileCounters[index];
-    if (pValue == nullptr) {
-        TR104_DEBUG_AS(p.name, "param error, pValue is null\n");
-        return TR104_ERR_PARAM;
-    }
-    if (nFlag != 0) {
-        TR104_DEBUG_AS(p.name, "param error, nFlag[%d]\n", nFlag);
-        return TR104_ERR_PARAM;
+    if (const int rc = checkArguments({p.name, "pValue", Locate::None, Access::GetOnly}, nFlag, pValue, nullptr);
+        rc != TR104_OK) {
+        return rc;
     }
     uint32_t total = 0;
     if (!p.alwaysZero) {
-        for (int lineNo = 1; lineNo <= 2; ++lineNo) {
-            uint32_t sum = 0;
-            if (sumTerms(p.terms, lineNo, &sum) != TR104_OK) {
-                TR104_DEBUG_AS(p.name, "get line[%d] statistics failed, line skipped.\n", lineNo);
-                continue;
-            }
-            total += sum;
-        }
+        // A line whose statistics cannot be read counts as zero.
+        core::sumOverLines(
+            [&p](int line, uint32_t *sum) {
+                if (sumTerms(p.terms, line, sum) != TR104_OK) {
+                    TR104_DEBUG_AS(p.name, "get line[%d] statistics failed, line skipped.\n", line);
+                    *sum = 0;
+                }
+                return true;
+            },
+            &total);
     }
     putInt(pValue, static_cast<int>(total));
     return TR104_OK;

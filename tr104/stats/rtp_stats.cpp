@@ -115,23 +115,24 @@ struct ProfileSum {
 };
 
 int profileSum(const ProfileSum &s, int nFlag, void *pValue) {
-    if (pValue == nullptr) {
-        TR104_DEBUG_AS(s.name, "param error, pValue is null\n");
-        return TR104_ERR_PARAM;
+    if (const int rc =
+            core::checkArguments({s.name, "pValue", core::Locate::None, core::Access::GetOnly}, nFlag, pValue, nullptr);
+        rc != TR104_OK) {
+        return rc;
     }
-    if (nFlag != 0) {
-        TR104_DEBUG_AS(s.name, "param error, nFlag[%d]\n", nFlag);
-        return TR104_ERR_PARAM;
-    }
-    uint32_t sum = 0;
-    for (int lineNo = 1; lineNo <= 2; ++lineNo) {
-        int locate[4] = {0, 0, lineNo, 0};
-        int value = 0;
-        if (rtpValue(s.line, 0, &value, locate) != TR104_OK) {
-            core::say(s.name, s.failed);
-            return TR104_ERR_EXCHANGE;
+    const auto perLine = [&s](int line, uint32_t *value) {
+        int locate[4] = {0, 0, line, 0};
+        int got = 0;
+        if (rtpValue(s.line, 0, &got, locate) != TR104_OK) {
+            return false;
         }
-        sum += static_cast<uint32_t>(value);
+        *value = static_cast<uint32_t>(got);
+        return true;
+    };
+    uint32_t sum = 0;
+    if (!core::sumOverLines(perLine, &sum)) {
+        core::say(s.name, s.failed);
+        return TR104_ERR_EXCHANGE;
     }
     core::putInt(pValue, static_cast<int>(s.halved ? sum >> 1 : sum));
     return TR104_OK;
