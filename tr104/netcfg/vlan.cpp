@@ -2,6 +2,8 @@
 // and tag type id and the service VLAN's.  Writes wait in slot 6 (SIP) or 7 (RTP) of the
 // deferred buffer until all six values of the class are there or the slot's timer fires; the
 // handlers start that timer and test the six bits themselves.
+#include <bit>
+
 #include "tr104/core/deferred_internal.h"
 #include "tr104/netcfg/netcfg_internal.h"
 #include "tr104/startup.h"
@@ -30,18 +32,18 @@ struct VlanClassSpec {
     const char *sendFailed;
 };
 
-const VlanClassSpec kSip{6,
-                         1,
-                         &Tr104VlanPayload::sip,
-                         "setSipVlanParam",
-                         "get sip vlan param failed.\n",
-                         "SET_SIP_VLAN_ID msg snd failed.\n"};
-const VlanClassSpec kRtp{7,
-                         2,
-                         &Tr104VlanPayload::rtp,
-                         "setRtpVlanParam",
-                         "get rtp vlan param failed.\n",
-                         "SET_RTP_VLAN_ID msg snd failed.\n"};
+constexpr VlanClassSpec kSip{6,
+                             1,
+                             &Tr104VlanPayload::sip,
+                             "setSipVlanParam",
+                             "get sip vlan param failed.\n",
+                             "SET_SIP_VLAN_ID msg snd failed.\n"};
+constexpr VlanClassSpec kRtp{7,
+                             2,
+                             &Tr104VlanPayload::rtp,
+                             "setRtpVlanParam",
+                             "get rtp vlan param failed.\n",
+                             "SET_RTP_VLAN_ID msg snd failed.\n"};
 
 struct VlanValue {
     const char *name;
@@ -261,3 +263,15 @@ extern "C" TR104_API int Tr104RtpSVlanPriority(int nFlag, void *pValue) {
 extern "C" TR104_API int Tr104RtpSVlanTypeId(int nFlag, void *pValue) {
     return vlanValue(kValues[kRtpSType], nFlag, pValue);
 }
+
+namespace tr104::netcfg {
+namespace {
+constexpr core::DeferredGroup kVlanGroups[] = {
+    {kSip.slot, setSipVlanParam, std::popcount(kAllBits)},
+    {kRtp.slot, setRtpVlanParam, std::popcount(kAllBits)},
+};
+}  // namespace
+
+constinit const core::Registration kVlanRegistration{"netcfg", {}, kVlanGroups};
+
+}  // namespace tr104::netcfg

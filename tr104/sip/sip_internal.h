@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "tr104/core/core.h"
+#include "tr104/core/registry.h"
 #include "tr104/sip.h"
 
 // The records are the voice module's layouts: the same offsets on the 64-bit host and on the
@@ -108,5 +109,9 @@ using core::say;
 using core::sendRecord;
 using core::Signature;
 using core::TextCode;
+
+// The deferred-buffer groups of the server addresses and of the line credentials.
+extern const core::Registration kServerRegistration;
+extern const core::Registration kIdentityRegistration;
 
 }  // namespace tr104::sip
