@@ -1,7 +1,11 @@
 // The voice interface's addressing and VLANs: single values grouped by the deferred buffer and
 // sent as one configuration, incomplete groups completed from the voice module's current one by
 // the slot's timer, the all-at-once handlers, and the direct messages.
+#include <iterator>
+
 #include "netcfg/netcfg_fixture.h"
+#include "tr104/sip_identity.h"
+#include "tr104/sip_servers.h"
 
 namespace {
 
@@ -12,10 +16,28 @@ using siptest::printed;
 
 class Addressing : public NetTest {};
 
+// Every group reaches its slot from the area that owns it, with the number of values that
+// complete it; slots 10 to 19 hold none.
 TEST_F(Addressing, TheDeferredSlotsApplyThroughTheirHandlersFunctions) {
-    EXPECT_EQ(gTr104CfgParamInfo[0].timeroutFuncHandle, setIpConfig);
-    EXPECT_EQ(gTr104CfgParamInfo[6].timeroutFuncHandle, setSipVlanParam);
-    EXPECT_EQ(gTr104CfgParamInfo[7].timeroutFuncHandle, setRtpVlanParam);
+    const struct {
+        Tr104CfgApplyFunc apply;
+        int32_t values;
+    } slots[] = {{setIpConfig, 3},
+                 {setRegServer, 2},
+                 {setSecondaryRegServer, 2},
+                 {setProxyServer, 2},
+                 {setSecondaryProxyServer, 2},
+                 {setLineAuthCfg, 2},
+                 {setSipVlanParam, 6},
+                 {setRtpVlanParam, 6},
+                 {setOutBoundProxyServer, 2},
+                 {setSecondaryOutBoundProxyServer, 2}};
+    for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
+        SCOPED_TRACE(slot);
+        const bool grouped = slot < static_cast<int>(std::size(slots));
+        EXPECT_EQ(gTr104CfgParamInfo[slot].timeroutFuncHandle, grouped ? slots[slot].apply : nullptr);
+        EXPECT_EQ(gTr104CfgParamInfo[slot].paramCount, grouped ? slots[slot].values : 0);
+    }
 }
 
 // Address, mask and gateway one at a time: one configuration with all three when the third

@@ -21,11 +21,26 @@ CLI::Validator numberIn(long low, long high) {
         std::to_string(low) + ".." + std::to_string(high));
 }
 
+namespace {
+
+// One row per area: its commands and its demo section (none for the paths), in the client's
+// order.
+struct Area {
+    std::vector<AreaCommand> (*commands)();
+    int (*demo)(Context &context);
+};
+
+constexpr Area kAreas[] = {
+    {h248Commands, runH248Demo},   {linetestCommands, runLinetestDemo}, {netcfgCommands, runNetcfgDemo},
+    {statsCommands, runStatsDemo}, {deviceCommands, runDeviceDemo},     {pathCommands, nullptr},
+};
+
+}  // namespace
+
 std::vector<AreaCommand> allAreaCommands() {
     std::vector<AreaCommand> all;
-    for (auto commands :
-         {h248Commands, linetestCommands, netcfgCommands, statsCommands, deviceCommands, pathCommands}) {
-        std::vector<AreaCommand> some = commands();
+    for (const Area &area : kAreas) {
+        std::vector<AreaCommand> some = area.commands();
         all.insert(all.end(), some.begin(), some.end());
     }
     return all;
@@ -33,11 +48,11 @@ std::vector<AreaCommand> allAreaCommands() {
 
 int runAreaDemos(Context &context) {
     int problems = 0;
-    problems += runH248Demo(context);
-    problems += runLinetestDemo(context);
-    problems += runNetcfgDemo(context);
-    problems += runStatsDemo(context);
-    problems += runDeviceDemo(context);
+    for (const Area &area : kAreas) {
+        if (area.demo != nullptr) {
+            problems += area.demo(context);
+        }
+    }
     return problems;
 }
 

@@ -3,7 +3,7 @@
 
 What it reads:
   - command ids: the enums, #defines and constants of include/tr104/*.h and tr104/**
-    (names of the form GET_..., SET_..., ..._CMD), the inbound table (kInboundCommands) and the
+    (names of the form GET_..., SET_..., ..._CMD), the inbound tables (arrays of core::InboundCommand) and the
     typed-exchange table (gVoiceTr104CmdInfo);
   - which handlers use an id: every definition of tr104/** (functions, descriptors, constants)
     and the names it refers to; an exported function uses an id when the id is reachable from
@@ -418,7 +418,6 @@ def collect():
     graph = Graph()
     exports = exported()
     recs = records()
-    startup = read(os.path.join(LIB, 'core', 'startup.cpp'))
     convention = read(os.path.join(LIB, 'core', 'convention.cpp'))
 
     # Ids passed to a function that reads the reply.
@@ -441,7 +440,9 @@ def collect():
     for name in sorted(exports):
         for top in graph.by_name.get(name, []):
             if top.function:
-                reached.setdefault(name, []).extend(graph.reach([top], exports - {name}))
+                # The layers' registrations with core lead to other layers' handlers, not to
+                # what the function itself sends; the inbound tables are read below.
+                reached.setdefault(name, []).extend(graph.reach([top], (exports - {name}) | {'kRegistrations'}))
         for d in reached.get(name, []):
             fan_in[id(d)] = fan_in.get(id(d), 0) + 1
     # Functions that build descriptors count as descriptors.
@@ -485,8 +486,12 @@ def collect():
         c = commands.setdefault(value, {'names': set(), 'comments': {comment}, 'handlers': {'Tr104SetSimplyDataType'},
                                         'records': {'Tr104SimpleDataBlock'}, 'reply': wait, 'inbound': None})
     inbound = {}
-    for fields_, _ in table_rows(startup, 'kInboundCommands'):
-        inbound[int(fields_[0])] = None if fields_[1] == 'nullptr' else fields_[1]
+    # Every layer's inbound table (an array of core::InboundCommand) registered with core.
+    for path in sources(LIB, ('.cpp',)):
+        text = read(path)
+        for table in re.findall(r'\bInboundCommand\s+(\w+)\s*\[\]\s*=', text):
+            for fields_, _ in table_rows(text, table):
+                inbound[int(fields_[0])] = None if fields_[1] == 'nullptr' else fields_[1]
     return commands, inbound, recs, ids
 
 

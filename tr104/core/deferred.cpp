@@ -7,22 +7,8 @@
 #include "tr104/core/debug.h"
 #include "tr104/core/deferred_internal.h"
 #include "tr104/core/record_layout.h"
+#include "tr104/core/registry.h"
 #include "tr104/startup.h"
-
-// The groups' apply functions live with their handlers.  They are referenced weakly so that a
-// group whose handlers are not part of this build simply has no apply function.
-extern "C" {
-__attribute__((weak)) int setIpConfig(Tr104Msg *, void *);
-__attribute__((weak)) int setRegServer(Tr104Msg *, void *);
-__attribute__((weak)) int setSecondaryRegServer(Tr104Msg *, void *);
-__attribute__((weak)) int setProxyServer(Tr104Msg *, void *);
-__attribute__((weak)) int setSecondaryProxyServer(Tr104Msg *, void *);
-__attribute__((weak)) int setLineAuthCfg(Tr104Msg *, void *);
-__attribute__((weak)) int setSipVlanParam(Tr104Msg *, void *);
-__attribute__((weak)) int setRtpVlanParam(Tr104Msg *, void *);
-__attribute__((weak)) int setOutBoundProxyServer(Tr104Msg *, void *);
-__attribute__((weak)) int setSecondaryOutBoundProxyServer(Tr104Msg *, void *);
-}
 
 extern "C" {
 TR104_API int32_t gTr104CfgParamTimeout = 5000;
@@ -34,29 +20,15 @@ TR104_API Tr104CfgParamInfo gTr104CfgParamInfo[TR104_CFG_PARAM_SLOTS];
 
 namespace {
 
-struct SlotGroup {
-    Tr104CfgApplyFunc apply;
-    int32_t paramCount;
-};
-
-// Slots 10 to 19 hold no group.
-const SlotGroup kSlotGroups[] = {
-    {setIpConfig, 3},
-    {setRegServer, 2},
-    {setSecondaryRegServer, 2},
-    {setProxyServer, 2},
-    {setSecondaryProxyServer, 2},
-    {setLineAuthCfg, 2},
-    {setSipVlanParam, 6},
-    {setRtpVlanParam, 6},
-    {setOutBoundProxyServer, 2},
-    {setSecondaryOutBoundProxyServer, 2},
-};
-
+// Each layer's groups, from its registration.  Slots no layer claims hold no group.
 __attribute__((constructor)) void describeSlotGroups() {
-    for (size_t slot = 0; slot < sizeof(kSlotGroups) / sizeof(kSlotGroups[0]); ++slot) {
-        gTr104CfgParamInfo[slot].timeroutFuncHandle = kSlotGroups[slot].apply;
-        gTr104CfgParamInfo[slot].paramCount = kSlotGroups[slot].paramCount;
+    for (const tr104::core::Registration *registration : tr104::core::kRegistrations) {
+        for (const tr104::core::DeferredGroup &group : registration->groups) {
+            if (group.slot >= 0 && group.slot < TR104_CFG_PARAM_SLOTS) {
+                gTr104CfgParamInfo[group.slot].timeroutFuncHandle = group.apply;
+                gTr104CfgParamInfo[group.slot].paramCount = group.paramCount;
+            }
+        }
     }
 }
 

@@ -10,8 +10,9 @@
 #include <cstring>
 
 #include "tr104/core/debug.h"
-#include "tr104/handlers.h"
 #include "tr104/core/record_layout.h"
+#include "tr104/core/registry.h"
+#include "tr104/framework.h"
 #include "tr104/protocol.h"
 #include "tr104/startup.h"
 
@@ -21,40 +22,43 @@ constexpr uint32_t kSaveVoiceCfgCmd = 99;
 constexpr useconds_t kInboundPause = 100;
 constexpr key_t kOmReplyQueueKey = 160;
 
-using InboundHandler = int (*)(const Tr104Msg *);
-
-struct InboundCommand {
-    uint32_t cmd;
-    InboundHandler handler;  // null: consumed silently
-};
-
-// Inbound command ids and what each does.
-const InboundCommand kInboundCommands[] = {
-    {3, Tr104SetProtocolType},
-    {12, Tr104SetDebugLevel},
-    {37, nullptr},
-    {42, nullptr},
-    {45, nullptr},
-    {46, nullptr},
-    {16391, Tr104RegParamsChangeNotify},
-    {16395, Tr104ProxyParamsChangeNotify},
-    {16584, Tr104LineTelNumChangeNotify},
-    {16587, Tr104LineAuthParamsChangeNotify},
+// Inbound command ids core answers itself; the layers above register their own.
+constexpr tr104::core::InboundCommand kCoreInbound[] = {
+    {3, Tr104SetProtocolType}, {12, Tr104SetDebugLevel}, {37, nullptr}, {42, nullptr}, {45, nullptr}, {46, nullptr},
 };
 
 }  // namespace
+
+namespace tr104::core {
+
+constinit const Registration kCoreRegistration{"core", kCoreInbound, {}};
+
+InboundCommand inboundCommand(uint32_t cmd, bool *found) {
+    for (const Registration *registration : kRegistrations) {
+        for (const InboundCommand &entry : registration->inbound) {
+            if (entry.cmd == cmd) {
+                *found = true;
+                return entry;
+            }
+        }
+    }
+    *found = false;
+    return {cmd, nullptr};
+}
+
+}  // namespace tr104::core
 
 extern "C" TR104_API void processVoiceModuleMsg(const Tr104Msg *pVoiceModuleMsg) {
     if (pVoiceModuleMsg == nullptr) {
         return;
     }
-    for (const InboundCommand &entry : kInboundCommands) {
-        if (entry.cmd == pVoiceModuleMsg->cmd) {
-            if (entry.handler != nullptr) {
-                entry.handler(pVoiceModuleMsg);
-            }
-            return;
+    bool found = false;
+    const tr104::core::InboundCommand entry = tr104::core::inboundCommand(pVoiceModuleMsg->cmd, &found);
+    if (found) {
+        if (entry.handler != nullptr) {
+            entry.handler(pVoiceModuleMsg);
         }
+        return;
     }
     printf("pVoiceModuleMsg->cmd=%d error.\n", static_cast<int>(pVoiceModuleMsg->cmd));
 }

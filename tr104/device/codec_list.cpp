@@ -7,7 +7,7 @@
 
 #include "tr104/codec.h"
 #include "tr104/device/device_internal.h"
-#include "tr104/sip.h"
+#include "tr104/voice_profile.h"
 
 namespace tr104::device {
 namespace {

@@ -14,6 +14,8 @@
 #include "tr104/channel.h"
 #include "tr104/framework.h"
 #include "tr104/core/core.h"
+#include "tr104/core/registry.h"
+#include "tr104/framework/framework_internal.h"
 #include "tr104/h248.h"
 #include "tr104/handlers.h"
 #include "tr104/protocol.h"
@@ -207,3 +209,18 @@ extern "C" TR104_API int Tr104EphNameRule2(int nFlag, char *pPrefix, uint32_t *p
                                            uint32_t *pFillFlag) {
     return dispatchH248(Tr104EphNameRule2H248, nFlag, pPrefix, pLength, pStart, pFillFlag);
 }
+
+// The voice module's change messages reach the change-notify wrappers.
+namespace tr104::framework {
+namespace {
+constexpr core::InboundCommand kChangeMessages[] = {
+    {16391, Tr104RegParamsChangeNotify},
+    {16395, Tr104ProxyParamsChangeNotify},
+    {16584, Tr104LineTelNumChangeNotify},
+    {16587, Tr104LineAuthParamsChangeNotify},
+};
+}  // namespace
+
+constinit const core::Registration kChangeRegistration{"framework", kChangeMessages, {}};
+
+}  // namespace tr104::framework

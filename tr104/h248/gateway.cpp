@@ -3,7 +3,6 @@
 // authentication.  Each handler is a descriptor; the naming rules with several value pointers
 // and the MGC registration are written out.
 #include "tr104/h248/h248_internal.h"
-#include "tr104/handlers.h"
 
 namespace tr104::h248 {
 namespace {
@@ -568,9 +567,6 @@ TR104_API int Tr104PendingTimerH248(int nFlag, void *pValue) { return heldValue(
 TR104_API int Tr104MgRegisterH248(int nFlag, void *pValue) { return heldValue(kRegisterFlag, nFlag, pValue); }
 TR104_API int Tr104ProtocolVersionH248(int nFlag, void *pValue) { return heldValue(kProtocolVersion, nFlag, pValue); }
 TR104_API int Tr104MessageFormatH248(int nFlag, void *pValue) { return heldValue(kMessageFormat, nFlag, pValue); }
-
-// The termination id is the physical termination prefix, whatever protocol answers it.
-TR104_API int Tr104TermIdH248(int nFlag, void *pValue) { return Tr104PhysicalTermIDPrefix(nFlag, pValue); }
 
 TR104_API int Tr104PhyNameRuleH248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart, uint32_t *pFillFlag) {
     return maskedRule(kPhyNameRule, nFlag, pPrefix, pLength, pStart, pFillFlag);

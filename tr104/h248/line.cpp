@@ -16,7 +16,7 @@
 // The gains, echo cancellation, comfort noise and jitter-buffer target live in the voice profile
 // bound to the line's port, as under SIP: their H.248 variants are the same profile values.
 #include "tr104/h248/h248_internal.h"
-#include "tr104/sip/templates.h"
+#include "tr104/core/voice_profile.h"
 
 namespace tr104::h248 {
 namespace {
@@ -312,7 +312,6 @@ const Signature kResetStatistics = ln("Tr104LineResetStatisticsFlagH248", "pLine
 }  // namespace tr104::h248
 
 using namespace tr104::h248;
-namespace sip = tr104::sip;
 
 TR104_API int Tr104StartDigitTimerH248(int nFlag, void *pValue) {
     return blockValue(kStartDigit, nFlag, pValue, nullptr);
@@ -399,7 +398,7 @@ TR104_API int Tr104LineAnnounceTypeH248(int nFlag, void *pValue, int *nLocate) {
 
 // 1 registers the line, any other value unregisters it.
 TR104_API int Tr104LineRegisterH248(int nFlag, void *pValue, int *nLocate) {
-    using namespace tr104::sip;
+    using namespace tr104::core;
     if (const int rc = checkArguments(kLineRegister, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
     }
@@ -426,5 +425,5 @@ TR104_API int Tr104LineResetStatisticsFlagH248(int nFlag, void *pValue, int *nLo
 TR104_LINE_AUDIO_SETTINGS(TR104_LINE_AUDIO_H248)
 
 TR104_API int Tr104LineGainH248(int nFlag, int nDirection, void *pValue, int *nLocate) {
-    return tr104::sip::lineGain(__func__, nFlag, nDirection, pValue, nLocate);
+    return tr104::core::lineGain(__func__, nFlag, nDirection, pValue, nLocate);
 }

@@ -1,6 +1,7 @@
 // The voice interface's addressing: address, mask and gateway (grouped in slot 0 of the deferred
 // buffer, applied by setIpConfig), the RTP addresses, the direct address message, the address
 // mode and the private management address.
+#include <bit>
 #include <cstdio>
 
 #include "tr104/netcfg/netcfg_internal.h"
@@ -290,3 +291,12 @@ extern "C" TR104_API int VoipPrivateIpCfg(int nOltNo, int nOnuNo, uint32_t unIpA
     }
     return TR104_OK;
 }
+
+namespace tr104::netcfg {
+namespace {
+constexpr core::DeferredGroup kAddressingGroups[] = {{kSlot, setIpConfig, std::popcount(kAllBits)}};
+}  // namespace
+
+constinit const core::Registration kAddressingRegistration{"netcfg", {}, kAddressingGroups};
+
+}  // namespace tr104::netcfg

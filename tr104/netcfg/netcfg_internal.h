@@ -8,6 +8,7 @@
 
 #include "tr104/netcfg.h"
 #include "tr104/core/core.h"
+#include "tr104/core/registry.h"
 
 static_assert(sizeof(Tr104IpConfigPayload) == 276);
 static_assert(offsetof(Tr104IpConfigPayload, unVoiceAddr) == 4);
@@ -101,5 +102,9 @@ struct SmallValue {
     const char *sendError;
 };
 int smallValue(const SmallValue &v, int nFlag, void *pValue);
+
+// The deferred-buffer groups of the voice interface's addressing and of the two VLAN classes.
+extern const core::Registration kAddressingRegistration;
+extern const core::Registration kVlanRegistration;
 
 }  // namespace tr104::netcfg

@@ -3,6 +3,8 @@
 // deferred buffer until all six values of the class are there or the slot's timer fires; the
 // handlers start that timer and test the six bits themselves.  The descriptors are the rows of
 // tr104/catalogue/netcfg.toml.
+#include <bit>
+
 #include "tr104/core/deferred_internal.h"
 #include "tr104/netcfg/netcfg_internal.h"
 #include "tr104/startup.h"
@@ -31,18 +33,18 @@ struct VlanClassSpec {
     const char *sendFailed;
 };
 
-const VlanClassSpec kSip{6,
-                         1,
-                         &Tr104VlanPayload::sip,
-                         "setSipVlanParam",
-                         "get sip vlan param failed.\n",
-                         "SET_SIP_VLAN_ID msg snd failed.\n"};
-const VlanClassSpec kRtp{7,
-                         2,
-                         &Tr104VlanPayload::rtp,
-                         "setRtpVlanParam",
-                         "get rtp vlan param failed.\n",
-                         "SET_RTP_VLAN_ID msg snd failed.\n"};
+constexpr VlanClassSpec kSip{6,
+                             1,
+                             &Tr104VlanPayload::sip,
+                             "setSipVlanParam",
+                             "get sip vlan param failed.\n",
+                             "SET_SIP_VLAN_ID msg snd failed.\n"};
+constexpr VlanClassSpec kRtp{7,
+                             2,
+                             &Tr104VlanPayload::rtp,
+                             "setRtpVlanParam",
+                             "get rtp vlan param failed.\n",
+                             "SET_RTP_VLAN_ID msg snd failed.\n"};
 
 struct VlanValue {
     const char *name;
@@ -192,3 +194,15 @@ extern "C" TR104_API int setSipVlanParam(Tr104Msg *msg, void *paramBuffer) { ret
 extern "C" TR104_API int setRtpVlanParam(Tr104Msg *msg, void *paramBuffer) { return applyVlan(kRtp, msg, paramBuffer); }
 
 #include "tr104/catalogue/netcfg_VlanValue.inc"
+
+namespace tr104::netcfg {
+namespace {
+constexpr core::DeferredGroup kVlanGroups[] = {
+    {kSip.slot, setSipVlanParam, std::popcount(kAllBits)},
+    {kRtp.slot, setRtpVlanParam, std::popcount(kAllBits)},
+};
+}  // namespace
+
+constinit const core::Registration kVlanRegistration{"netcfg", {}, kVlanGroups};
+
+}  // namespace tr104::netcfg

@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "tr104/sip/sip_internal.h"
-#include "tr104/statistics.h"
+#include "tr104/sip_call_stats.h"
 
 static_assert(sizeof(Tr104SipLineStatsRecord) == 108);
 static_assert(offsetof(Tr104SipLineStatsRecord, unInCallsReceived) == 4);

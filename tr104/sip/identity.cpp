@@ -1,5 +1,6 @@
 // SIP line identity and authentication: directory number and URI (sent at once), user name and
 // password (staged together in slot 5 of the deferred buffer and sent in one request).
+#include <bit>
 #include <cstring>
 #include <initializer_list>
 
@@ -257,3 +258,14 @@ extern "C" TR104_API int Tr104LineAuthUserNameAndURIForTr069Sip(int nFlag, void 
 extern "C" TR104_API int setLineAuthCfg(Tr104Msg *msg, void *paramBuffer) {
     return tr104::sip::applyLineAuth(msg, paramBuffer);
 }
+
+namespace tr104::sip {
+namespace {
+constexpr core::DeferredGroup kIdentityGroups[] = {
+    {kAuthSlot, setLineAuthCfg, std::popcount(static_cast<unsigned>(kUserBit | kPasswordBit))},
+};
+}  // namespace
+
+constinit const core::Registration kIdentityRegistration{"sip", {}, kIdentityGroups};
+
+}  // namespace tr104::sip

@@ -4,6 +4,7 @@
 //
 // The six servers differ only in their slot, flag, commands, names and messages: they are
 // described in one table, and one body per handler kind serves them all.
+#include <bit>
 #include <cstdio>
 #include <cstring>
 
@@ -294,6 +295,25 @@ TR104_SERVER_APPLY(kProxy, setProxyServer)
 TR104_SERVER_APPLY(kSecondaryProxy, setSecondaryProxyServer)
 TR104_SERVER_APPLY(kOutbound, setOutBoundProxyServer)
 TR104_SERVER_APPLY(kSecondaryOutbound, setSecondaryOutBoundProxyServer)
+
+namespace tr104::sip {
+namespace {
+
+constexpr int32_t kServerValues = std::popcount(kBothBits);  // address and port
+constexpr core::DeferredGroup kServerGroups[] = {
+    {kServers[kRegistrar].slot, setRegServer, kServerValues},
+    {kServers[kSecondaryRegistrar].slot, setSecondaryRegServer, kServerValues},
+    {kServers[kProxy].slot, setProxyServer, kServerValues},
+    {kServers[kSecondaryProxy].slot, setSecondaryProxyServer, kServerValues},
+    {kServers[kOutbound].slot, setOutBoundProxyServer, kServerValues},
+    {kServers[kSecondaryOutbound].slot, setSecondaryOutBoundProxyServer, kServerValues},
+};
+
+}  // namespace
+
+constinit const core::Registration kServerRegistration{"sip", {}, kServerGroups};
+
+}  // namespace tr104::sip
 
 extern "C" TR104_API int Tr104ActiveSipProxyServerSip(int nFlag, void *pValue, int *) {
     return tr104::sip::activeProxy(nFlag, pValue);

@@ -7,46 +7,12 @@
 #include <cstring>
 
 #include "tr104/core/core.h"
+#include "tr104/core/registry.h"
+#include "tr104/core/voice_profile.h"
 #include "tr104/sip.h"
 
 // The records are the voice module's layouts: the same offsets on the 64-bit host and on the
 // 32-bit device.
-static_assert(sizeof(Tr104SipLineRecord) == 452);
-static_assert(offsetof(Tr104SipLineRecord, unLine) == 0);
-static_assert(offsetof(Tr104SipLineRecord, unEnable) == 4);
-static_assert(offsetof(Tr104SipLineRecord, aHotlineNum) == 8);
-static_assert(offsetof(Tr104SipLineRecord, aDisplayName) == 74);
-static_assert(offsetof(Tr104SipLineRecord, unPortState) == 140);
-static_assert(offsetof(Tr104SipLineRecord, aRegState) == 144);
-static_assert(offsetof(Tr104SipLineRecord, aHookState) == 164);
-static_assert(offsetof(Tr104SipLineRecord, aCallState) == 184);
-static_assert(offsetof(Tr104SipLineRecord, unProfileId) == 356);
-static_assert(offsetof(Tr104SipLineRecord, aProfileName) == 360);
-static_assert(offsetof(Tr104SipLineRecord, unHotlineDelay) == 404);
-static_assert(offsetof(Tr104SipLineRecord, unMinJitter) == 432);
-static_assert(offsetof(Tr104SipLineRecord, unMaxJitter) == 436);
-static_assert(offsetof(Tr104SipLineRecord, aJitterMode) == 440);
-static_assert(sizeof(Tr104SipLineRecord) == TR104_PORT_STATUS_LEN);
-
-static_assert(sizeof(Tr104SipProfileRecord) == 76);
-static_assert(offsetof(Tr104SipProfileRecord, ucPort) == 0);
-static_assert(offsetof(Tr104SipProfileRecord, aName) == 2);
-static_assert(offsetof(Tr104SipProfileRecord, unChangeMask) == 24);
-static_assert(offsetof(Tr104SipProfileRecord, aucCodecs) == 28);
-static_assert(offsetof(Tr104SipProfileRecord, ucSilenceSuppression) == 38);
-static_assert(offsetof(Tr104SipProfileRecord, ucComfortNoise) == 39);
-static_assert(offsetof(Tr104SipProfileRecord, ucDtmfMethod) == 40);
-static_assert(offsetof(Tr104SipProfileRecord, ucEchoCancel) == 41);
-static_assert(offsetof(Tr104SipProfileRecord, cReceiveGain) == 42);
-static_assert(offsetof(Tr104SipProfileRecord, cTransmitGain) == 43);
-static_assert(offsetof(Tr104SipProfileRecord, ucJitterTarget) == 44);
-static_assert(offsetof(Tr104SipProfileRecord, ucPacketization) == 45);
-static_assert(offsetof(Tr104SipProfileRecord, unT38BitRate) == 56);
-static_assert(offsetof(Tr104SipProfileRecord, unT38TcfMethod) == 60);
-static_assert(offsetof(Tr104SipProfileRecord, unT38HighSpeedRedundancy) == 64);
-static_assert(offsetof(Tr104SipProfileRecord, unT38LowSpeedRedundancy) == 68);
-static_assert(offsetof(Tr104SipProfileRecord, unT38PortAdd2) == 72);
-
 static_assert(sizeof(Tr104SipLineFeatureRecord) == 76);
 static_assert(offsetof(Tr104SipLineFeatureRecord, unLine) == 0);
 static_assert(offsetof(Tr104SipLineFeatureRecord, ucCallerIdMode) == 4);
@@ -108,5 +74,9 @@ using core::say;
 using core::sendRecord;
 using core::Signature;
 using core::TextCode;
+
+// The deferred-buffer groups of the server addresses and of the line credentials.
+extern const core::Registration kServerRegistration;
+extern const core::Registration kIdentityRegistration;
 
 }  // namespace tr104::sip

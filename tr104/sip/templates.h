@@ -1,6 +1,6 @@
 // The shapes most SIP handlers share, as descriptors and one generic body each:
 //  - a value of the line record (lineValue),
-//  - a value of the voice profile bound to a line's port (profileValue),
+//  - a value of the voice profile bound to a line's port (profileValue, in core: H.248 shares it),
 //  - a value of a profile-wide record whose set names the field it changes (profileWide).
 #pragma once
 
@@ -48,58 +48,14 @@ struct LineValue {
 // Line 0, where the signature admits it, is line 1.
 int lineValue(const LineValue &v, int nFlag, void *pValue, int *nLocate);
 
-// ---- Voice-profile values ----------------------------------------------------------------------
+// ---- Voice-profile values: core's bodies, shared with the H.248 line audio settings -----------
 
-enum class ProfileConv : uint8_t {
-    SignedByte,  // gains: a signed byte widened, range checked
-    Byte,  // flags and targets: the low byte, no check
-    DtmfText,  // DTMF method names
-    Word,  // a word in low..high both ways
-    T38Rate,  // bit/s <-> rate code
-    TcfText,  // TCF method names
-};
-
-struct ProfileValue {
-    Signature sig;
-    uint8_t offset;  // field in the profile record
-    uint8_t width;  // 1 or 4 bytes
-    uint32_t bit;  // change-mask bit of the field (0: none)
-    ProfileConv conv;
-    int low, high;  // accepted range (SignedByte, Word)
-    int refusal;  // result of a refused set value
-    const char *getError;  // read failed: "%d" the line
-    const char *getDone;  // printed after a successful get (line, value), or null
-    const char *rangeBound;  // refused while a profile is bound ("%d" or "%s" the value)
-    const char *rangeCreate;  // refused while none is
-    const char *badStored;  // the stored value has no data-model form ("%d" the value)
-};
-
-// Line 0, where the signature admits it, means every line: a get reads line 1, a set writes
-// line 1 and then line 2.
-int profileValue(const ProfileValue &v, int nFlag, void *pValue, int *nLocate);
-
-// The audio settings of a line's voice profile, by their handlers' names (Tr104Line<name>Sip,
-// Tr104Line<name>H248).  SIP and H.248 set them through the same profile requests; a handler
-// passes its own name for the messages.
-#define TR104_LINE_AUDIO_SETTINGS(X) \
-    X(TransmitGain)                  \
-    X(ReceiveGain)                   \
-    X(EchoCancelFlag)                \
-    X(ComfortNoiseFlag)              \
-    X(JitterBufferTarget)
-#define TR104_LINE_AUDIO_NAME(name) name,
-enum class LineAudio : uint8_t { TR104_LINE_AUDIO_SETTINGS(TR104_LINE_AUDIO_NAME) Count };
-#undef TR104_LINE_AUDIO_NAME
-int lineAudio(LineAudio which, const char *name, int nFlag, void *pValue, int *nLocate);
-// The exported variant of one protocol: TR104_LINE_AUDIO_SETTINGS(TR104_LINE_AUDIO_SIP), say.
-#define TR104_LINE_AUDIO_VARIANT(name, protocol)                                                     \
-    extern "C" TR104_API int Tr104Line##name##protocol(int nFlag, void *pValue, int *nLocate) {      \
-        return tr104::sip::lineAudio(tr104::sip::LineAudio::name, __func__, nFlag, pValue, nLocate); \
-    }
-
-// Either gain, by direction (non-zero receive), through one combined request when the port has
-// no profile yet.
-int lineGain(const char *name, int nFlag, int nDirection, void *pValue, int *nLocate);
+using core::lineAudio;
+using core::LineAudio;
+using core::lineGain;
+using core::ProfileConv;
+using core::profileValue;
+using core::ProfileValue;
 
 // ---- Profile-wide values -----------------------------------------------------------------------
 

@@ -1,7 +1,7 @@
 // Telephone-event settings, the same under both protocols: one 20-byte block read whole; a set
 // sends a zero block with its own word and its bit in the mask, without waiting for a reply.
 // Each handler is a descriptor (the catalogue's TelEvent rows).
-#include "tr104/sip/sip_internal.h"
+#include "tr104/core/core.h"
 #include "tr104/statistics.h"
 
 static_assert(sizeof(Tr104TelEventBlock) == 20);
