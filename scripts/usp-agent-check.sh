@@ -15,100 +15,24 @@
 set -uo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-BUILD=$(cd "${1:-$ROOT/build/host}" 2>/dev/null && pwd)
-AGENT_VERSION=obuspa-11.0.4
-AGENT_DIR=$BUILD/obuspa
-SRC=$AGENT_DIR/$AGENT_VERSION
-PREFIX=$AGENT_DIR/prefix
-OBUSPA=$PREFIX/bin/obuspa
-PLUGIN=$BUILD/agents/libtr104-usp.so
-VMEMU=$BUILD/tools/tr104-vmemu
-CTL=$BUILD/tools/tr104ctl
-
 if [ "${1:-}" != "--inside" ]; then
+  BUILD=$(cd "${1:-$ROOT/build/host}" 2>/dev/null && pwd)
   [ -n "$BUILD" ] || { echo "usp-agent-check: no build folder ${1:-$ROOT/build/host}"; echo "0 passed, 1 failed"; exit 1; }
-  # The agent's source: the repository's own copy (third_party/obuspa), or one given.
-  tarball=${TR104_USP_AGENT_TARBALL:-$ROOT/third_party/obuspa/$AGENT_VERSION.tar.gz}
-  if [ ! -x "$OBUSPA" ]; then
-    if [ ! -f "$tarball" ]; then
-      echo "usp-agent-check: no agent source $tarball"
-      echo "0 passed, 1 failed"
-      exit 1
-    fi
-    start=$(date +%s)
-    echo "building the USP agent into $AGENT_DIR (log: $AGENT_DIR/build.log)"
-    rm -rf "$SRC" "$PREFIX" && mkdir -p "$AGENT_DIR" && tar xzf "$tarball" -C "$AGENT_DIR" || exit 1
-    # Without the TLS transports configure forgets OpenSSL, which the security code still needs.
-    if ! (cd "$SRC" && autoreconf --force --install && ./configure --prefix="$PREFIX" --disable-stomp --disable-mqtt \
-            --disable-coap --disable-websockets --disable-bulkdata LIBS="-lssl -lcrypto" && make -j2 && make install) \
-         >"$AGENT_DIR/build.log" 2>&1; then
-      tail -20 "$AGENT_DIR/build.log"
-      echo "0 passed, 1 failed"
-      exit 1
-    fi
-    echo "agent built in $(($(date +%s) - start)) s"
-  fi
-  # Configure again: the plug-in is built once the agent's headers are there.
-  (cd "$ROOT" && cmake --preset host >/dev/null && cmake --build --preset host -j2 --target tr104-usp tr104ctl tr104-vmemu) \
-    >"$AGENT_DIR/plugin-build.log" 2>&1 || { tail -20 "$AGENT_DIR/plugin-build.log"; echo "0 passed, 1 failed"; exit 1; }
+  . "$ROOT/scripts/usp-agent-common.sh"
+  buildAgentAndPlugin || giveUp usp-agent-check "the agent or the plug-in did not build"
   exec unshare --ipc bash "${BASH_SOURCE[0]}" --inside "$BUILD"
 fi
 BUILD=$2
-AGENT_DIR=$BUILD/obuspa PREFIX=$AGENT_DIR/prefix OBUSPA=$PREFIX/bin/obuspa
-PLUGIN=$BUILD/agents/libtr104-usp.so VMEMU=$BUILD/tools/tr104-vmemu CTL=$BUILD/tools/tr104ctl
-
 WORK=$(mktemp -d)
-SOCK=$WORK/cli.sock
-passed=0 failed=0
-EMU="" AGENT=""
+. "$ROOT/scripts/usp-agent-common.sh"
 cleanup() {
-  [ -n "$AGENT" ] && kill "$AGENT" 2>/dev/null
-  [ -n "$EMU" ] && kill "$EMU" 2>/dev/null
-  wait 2>/dev/null
+  stopAgentAndEmulator
   [ -z "${KEEP_WORK:-}" ] && rm -rf "$WORK"
 }
 trap cleanup EXIT
 
-check() {  # NAME RESULT(0 = pass) [DETAIL]
-  if [ "$2" -eq 0 ]; then
-    passed=$((passed + 1)); echo "ok   $1"
-  else
-    failed=$((failed + 1)); echo "FAIL $1${3:+: $3}"
-  fi
-}
-cli() { timeout 60 "$OBUSPA" -s "$SOCK" -c "$@" 2>&1; }
-requestCount() { grep -c '^\[vmemu\] module=' "$WORK/vmemu.log"; }
-# A console command of the emulator; its answer is what it printed after the command.
-console() {
-  local before; before=$(wc -l <"$WORK/vmemu.log")
-  echo "$*" >&3
-  for _ in $(seq 100); do
-    [ "$(wc -l <"$WORK/vmemu.log")" -gt "$before" ] && break
-    sleep 0.02
-  done
-  sleep 0.05
-  tail -n +"$((before + 1))" "$WORK/vmemu.log" | grep -v '^\[vmemu\]'
-}
-# The bytes of a 32-bit word in this machine's order, as the request log prints them.
-wordBytes() { python3 -c "import struct,sys; print(struct.pack('=I', int(sys.argv[1])).hex(' '))" "$1"; }
-textBytes() { printf '%s' "$1" | od -An -tx1 | tr -s ' \n' ' ' | sed 's/^ //; s/ $//'; }
-# The command id of the last request logged (whose name has TEXT).
-commandId() { grep "^\[vmemu\] module=.*${1:-}" "$WORK/vmemu.log" | tail -1 | sed 's/.* cmd=\([0-9]*\) .*/\1/'; }
-
-# The voice module: the emulator, its console on a pipe.
-mkfifo "$WORK/console"
-exec 3<>"$WORK/console"  # read-write: never blocks, even when the emulator does not start
-"$VMEMU" --ready-file "$WORK/vmemu.ready" <"$WORK/console" >"$WORK/vmemu.log" 2>&1 &
-EMU=$!
-for _ in $(seq 100); do [ -f "$WORK/vmemu.ready" ] && break; sleep 0.05; done
-
-# The agent with the plug-in.
-(cd "$WORK" && exec "$OBUSPA" -v 3 -f "$WORK/usp.db" -s "$SOCK" -x "$PLUGIN" >"$WORK/agent.log" 2>&1) &
-AGENT=$!
-for _ in $(seq 100); do
-  [ -S "$SOCK" ] && cli get Device.LocalAgent.EndpointID | grep -q '=>' && break
-  sleep 0.1
-done
+startEmulator
+startAgent
 LINE=Device.Services.VoiceService.1.VoiceProfile.1.Line
 PROFILE=Device.Services.VoiceService.1.VoiceProfile.1
 out=$(cli get "$LINE.1.Enable")
@@ -198,5 +122,4 @@ check "a registrar port waiting for its address is applied as the agent stops" \
 wait "$AGENT" 2>/dev/null
 AGENT=""
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+checkSummary

@@ -41,7 +41,6 @@ ip link set lo up
 WORK=$(mktemp -d)
 chmod 755 "$WORK"
 . "$ROOT/scripts/voiced-common.sh"
-passed=0 failed=0
 AGENT=""
 cleanup() {
   for pid in $AGENT $VOICE $KAM; do kill "$pid" 2>/dev/null; done
@@ -49,14 +48,6 @@ cleanup() {
   [ -z "${KEEP_WORK:-}" ] && rm -rf "$WORK"
 }
 trap cleanup EXIT
-
-check() {  # NAME RESULT(0 = pass) [DETAIL]
-  if [ "$2" -eq 0 ]; then
-    passed=$((passed + 1)); echo "ok   $1"
-  else
-    failed=$((failed + 1)); echo "FAIL $1${3:+: $3}"
-  fi
-}
 
 startRegistrar; rc=$?
 check "the registrar runs (Kamailio on 127.0.0.1:$SIP_PORT)" "$rc" "$(tail -3 "$WORK/kamailio.log")"
@@ -164,5 +155,4 @@ check "the registrar stops on SIGTERM" "$(! kill -0 "$KAM" 2>/dev/null; echo $?)
 KAM=""
 [ -n "${VOICED_CHECK_LOG:-}" ] && cp "$WORK/voiced.log" "$VOICED_CHECK_LOG"
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+checkSummary
