@@ -1,10 +1,9 @@
 #!/usr/bin/env python3
 """Turns the data-model map into the C table of libtr104map.
 
-The map has three sources: the paths of the catalogue's rows (tr104/catalogue/*.toml), the paths
-no handler serves (tr104/catalogue/unserved.tsv) and, for the areas whose handlers have no row
-yet, tr104/map/voice-map.tsv.  A path is in one of them only.  The table lists the standard's
-parameters in the order of its definition, then the vendor parameters by path.
+The map has two sources: the paths of the catalogue's rows (tr104/catalogue/*.toml) and the paths
+no handler serves (tr104/catalogue/unserved.tsv).  A path is in one of them only.  The table lists
+the standard's parameters in the order of its definition, then the vendor parameters by path.
 
 Every served entry is checked against the public headers: the handler must be declared with
 TR104_API and take (nFlag, pValue) or (nFlag, pValue, nLocate); a handler with nLocate maps every
@@ -25,9 +24,10 @@ and issue 2 under Device.Services. (REFERENCE2.xml, VoiceService:2.0).  A parame
 also be served by the map itself (tr104/catalogue/values.toml: references and instance counts),
 and its conversions may be named there.
 
-usage: gen_voice_map.py MAP.tsv CATALOGUE_DIR INCLUDE_DIR REFERENCE.xml OUT.c OUT.tsv [REFERENCE2.xml]
+usage: gen_voice_map.py CATALOGUE_DIR INCLUDE_DIR REFERENCE.xml OUT.c OUT.tsv [REFERENCE2.xml]
 
-OUT.tsv is the whole map in MAP.tsv's columns (installed with the library, read by the tools).
+OUT.tsv is the whole map, one parameter a line in the columns COLUMNS describes (installed with
+the library, read by the tools).
 """
 import os
 import re
@@ -56,6 +56,22 @@ def arity(args):
     return None
 
 
+# The columns of the whole map as text.
+COLUMNS = '''#
+#   path      the parameter's path pattern ({i} an instance number)
+#   handler   the exported handler that serves it, or - when no handler can (the note says why)
+#   locate    which nLocate index each {i} of the path goes to, in order ("0,1,2": voice service,
+#             profile, line); - for a handler that takes no nLocate
+#   type      the TR-069 type: string, int, unsignedInt, boolean, dateTime, base64, float
+#   access    R, W or RW
+#   value     what the handler's pValue holds: int (32-bit), text:N (a buffer of N bytes), float,
+#             byte, addr (a 32-bit IPv4 address word)
+#   convert   - (none), bool01 (boolean <-> 0/1), dotted (dotted text <-> address word),
+#             enum:TEXT=N,... (text <-> number)
+#   arg       - or nLocate[K]=N: a fixed instance number the handler takes (a profile value kept
+#             per line is read and written through line 1)
+#   note      the deferred group, the protocol it belongs to, or why a parameter is not served
+'''
 ROOT = 'InternetGatewayDevice.Services.'
 ROOT2 = 'Device.Services.'
 SLOT = re.compile(r'deferred slot ([0-9]+)')
@@ -111,11 +127,9 @@ def tsv_lines(tsv, columns):
             yield f'{os.path.basename(tsv)}:{number}', f
 
 
-def entries(tsv, catalogue_dir):
+def entries(catalogue_dir):
     """Every entry of the sources, as the catalogue gives them (slot -1: from the note; fixed None:
     not a value of the map's own)."""
-    for where, f in tsv_lines(tsv, 9):
-        yield (where, *f, -1, None, None)
     cat = gen_catalogue.Catalogue(catalogue_dir)
     if cat.errors:
         sys.exit('\n'.join(cat.errors))
@@ -170,15 +184,15 @@ def check_complete(standard, seen, errors):
 
 
 def main():
-    tsv, catalogue_dir, include_dir, xml_path, out, out_tsv = sys.argv[1:7]
+    catalogue_dir, include_dir, xml_path, out, out_tsv = sys.argv[1:6]
     decl = gen_catalogue.declarations(include_dir)
     standard = standard_parameters(xml_path)
-    if len(sys.argv) > 7:
-        standard.update(standard_parameters(sys.argv[7], ROOT2))
+    if len(sys.argv) > 6:
+        standard.update(standard_parameters(sys.argv[6], ROOT2))
     named = model_values(catalogue_dir).get('conversions', {})
     rows, seen, errors = [], {}, []
     for where, path, handler, locate, typ, access, value, convert, arg, note, row_slot, row_hidden, fixed in \
-            entries(tsv, catalogue_dir):
+            entries(catalogue_dir):
         if path in seen:
             errors.append(f'{where}: {path} already mapped in {seen[path]}')
         seen[path] = where
@@ -210,19 +224,15 @@ def main():
         rows.append((path, handler, n, indexes, instances, typ, access, value, convert, arg, note,
                      int(slot.group(1)) if slot else row_slot,
                      hidden(path, standard) if row_hidden is None else row_hidden, fixed))
-    if len(sys.argv) > 7:
+    if len(sys.argv) > 6:
         check_complete(standard, seen, errors)
     if errors:
         sys.exit('\n'.join(errors))
     order = {p: i for i, p in enumerate(standard)}
     rows.sort(key=lambda r: (0, order[r[0]], '') if r[0] in order else (1, 0, r[0]))
     served = sorted({r[1] for r in rows if r[1] != '-'})
-    with open(tsv, encoding='utf-8') as f:
-        comments = [line for line in f if line.startswith('#')]
-    # The source's column description (after its first paragraph) serves the whole map too.
-    columns = comments[comments.index('#\n'):] if '#\n' in comments else []
     header = '# The TR-104 data model as this library serves it: one line per parameter, tab-separated.\n' + \
-        ''.join(columns) + '#   A value the map serves itself (a reference, an instance count) has the handler (map)\n' + \
+        COLUMNS + '#   A value the map serves itself (a reference, an instance count) has the handler (map)\n' + \
         '#   and the value fixed:TEXT ({N}: the path\'s N-th instance number, {#Object}: its instances).\n'
     with open(out_tsv, 'w', encoding='utf-8') as t:
         t.write(header)
@@ -232,7 +242,7 @@ def main():
                 handler, value = '(map)', 'fixed:' + fixed
             t.write('\t'.join((path, handler, locate, typ, access, value, convert, arg, note)) + '\n')
     with open(out, 'w', encoding='utf-8') as c:
-        c.write('/* Generated from tr104/catalogue and tr104/map/voice-map.tsv by cmake/gen_voice_map.py: do not edit. */\n')
+        c.write('/* Generated from tr104/catalogue by cmake/gen_voice_map.py: do not edit. */\n')
         c.write("#include \"tr104.h\"\n#include \"tr104/map.h\"\n\n")
         c.write('#define FN(f) ((Tr104MapFunction)(f))\n\n')
         c.write('const Tr104MapEntry gTr104Map[] = {\n')

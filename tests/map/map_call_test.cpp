@@ -21,6 +21,8 @@ namespace {
 const std::string kRoot = "InternetGatewayDevice.";
 const std::string kLine = kRoot + "Services.VoiceService.1.VoiceProfile.1.Line.";
 
+const std::string kService2 = "Device.Services.VoiceService.1.";
+
 const Tr104MapEntry &entryOf(const std::string &path) {
     const Tr104MapEntry *e = nullptr;
     EXPECT_EQ(tr104MapLookup(path.c_str(), &e, nullptr, nullptr, 0), TR104_MAP_SERVED) << path;
@@ -44,6 +46,15 @@ TEST(MapValues, ConvertBothWaysOrSayWhy) {
         {kRoot + "Services.VoiceService.1.PhyInterface.1.Tests.X_QRV_DialToneBreakTime", "1.5x", "",
          "'1.5x' is not a number"},
         {kLine + "1.DirectoryNumber", "5551234", "5551234", ""},
+        // Conversions of the second tree, named in the catalogue.
+        {kService2 + "SIP.Client.1.Enable", "true", "Enabled", ""},
+        {kService2 + "SIP.Client.1.Enable", "1", "Enabled", ""},
+        {kService2 + "CallControl.Line.2.Enable", "0", "Disabled", ""},
+        {kService2 + "SIP.Client.1.Enable", "maybe", "", "'maybe' is not one of true, false"},
+        {kService2 + "VoIPProfile.1.DTMFMethod", "RFC4733", "RFC2833", ""},
+        {kService2 + "VoIPProfile.1.DTMFMethod", "RFC2833", "", "is not one of InBand, RFC4733, SIPInfo"},
+        {kService2 + "POTS.FXS.2.DialType", "Tone", "DTMF", ""},
+        {kRoot + "Services.VoiceService.1.PhyInterface.2.PhyPort", "2", "PORT2", ""},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.path + " " + c.model);
@@ -55,8 +66,52 @@ TEST(MapValues, ConvertBothWaysOrSayWhy) {
         EXPECT_NE(std::string(why).find(c.why), std::string::npos) << why;
         if (rc == 0) {
             tr104MapToModelValue(&e, out, back, sizeof(back));
-            EXPECT_EQ(back, c.model == "1" ? "true" : c.model);
+            EXPECT_EQ(back, c.model == "1" ? "true" : c.model == "0" ? "false" : c.model);
         }
+    }
+}
+
+// A get of the second tree: the handler's value (the voice module's or the first tree's text) in
+// the second tree's names, several values to one, a value no pair names as read; the references
+// and counts the map gives itself, with the path's instance numbers.
+TEST(MapValues, TheSecondTreeReadsInItsOwnNames) {
+    const struct {
+        std::string path;
+        const char *handler;  // nullptr: the map's own value
+        const char *model;
+    } cases[] = {
+        {kService2 + "SIP.Client.2.Status", "Unregistering", "Deregistering"},
+        {kService2 + "SIP.Client.2.Status", "Error", "Error_Registration"},
+        {kService2 + "SIP.Client.1.Status", "Testing", "Up"},
+        {kService2 + "CallControl.Line.1.Status", "Registering", "Up"},
+        {kService2 + "CallControl.Line.1.Status", "Error", "Error"},
+        {kService2 + "CallControl.Extension.2.Status", "Initializing", "Initializing"},
+        {kService2 + "CallControl.Line.2.CallStatus", "InCall", "Connected"},
+        {kService2 + "CallControl.Line.2.CallStatus", "Hold", "Connected"},
+        {kService2 + "CallControl.Extension.1.CallStatus", "Ringing", "Alerting"},
+        {kService2 + "CallControl.Extension.1.CallStatus", "Dial Timeout", "Dialing"},
+        {kService2 + "CallControl.Extension.1.CallStatus", "Something new", "Something new"},
+        {kService2 + "CallControl.Line.2.Provider", nullptr, "Device.Services.VoiceService.1.SIP.Client.2"},
+        {kService2 + "CallControl.Extension.1.Provider", nullptr, "Device.Services.VoiceService.1.POTS.FXS.1"},
+        {kService2 + "CodecProfile.4.Codec", nullptr, "Device.Services.VoiceService.1.Capabilities.Codec.4"},
+        {kService2 + "SIP.ClientNumberOfEntries", nullptr, "2"},
+        {kService2 + "CodecProfileNumberOfEntries", nullptr, "5"},
+        {kService2 + "ISDN.BRINumberOfEntries", nullptr, "0"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.path);
+        char got[128] = "", why[128] = "";
+        if (c.handler != nullptr) {
+            tr104MapToModelValue(&entryOf(c.path), c.handler, got, sizeof(got));
+        } else {
+            EXPECT_EQ(tr104MapGet(c.path.c_str(), got, sizeof(got), why, sizeof(why)), 0) << why;
+            // Read only: a set is refused before anything is called.
+            EXPECT_EQ(tr104MapSet(c.path.c_str(), c.model, why, sizeof(why)), TR104_MAP_NO_ACCESS);
+            int locate[4] = {0, 0, 0, 0};
+            EXPECT_EQ(tr104MapCall(&entryOf(c.path), locate, 1, c.model, nullptr, 0, why, sizeof(why)),
+                      TR104_MAP_NO_ACCESS);
+        }
+        EXPECT_STREQ(got, c.model);
     }
 }
 

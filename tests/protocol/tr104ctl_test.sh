@@ -100,6 +100,24 @@ check "set by path: not a boolean" 2 "a boolean is true, false, 1 or 0, not 'yes
 check "set by path: read only" 2 "Stats.PacketsSent: read only" -- set $p.Line.1.Stats.PacketsSent 3
 check "get by path: an enumeration" 0 "=Static" -- get InternetGatewayDevice.X_QRV_VOIP_IPPARAMS.AddressingType
 check "dump: the tree against the emulator" 0 "$p.Line.2.Stats.PacketsSent = 0" "# " " 0 not read" -- dump
+# The second tree: the same handlers, the map's own values (references, counts), its conversions.
+d=Device.Services.VoiceService.1
+check "which: an issue-2 path as JSON" 0 \
+  '={"path":"'"$d"'.SIP.Client.2.AuthUserName","handler":"Tr104LineAuthUserName","nLocate":[1,1,2,0],"type":"string","access":"RW","arg":"nLocate[1]=1"}' \
+  -- which --json $d.SIP.Client.2.AuthUserName
+check "which: the map's own value" 0 '"handler":"(map)"' '"type":"string","access":"R"' -- \
+  which --json $d.CallControl.Line.2.Provider
+check "which: an issue-2 parameter not served" 3 '"served":false,"reason":"the device has no DECT base"' -- \
+  which --json $d.DECT.Base.1.Name
+check "which: no such issue-2 instance" 2 "instance '3' of Client: not 1..2" -- which $d.SIP.Client.3.Enable
+check "which: in neither tree" 2 "no such parameter" -- which $d.SIP.Client.1.Nope
+check "get by issue-2 path: a reference" 0 "=$d.SIP.Client.2" -- get $d.CallControl.Line.2.Provider
+check "get by issue-2 path: an instance count" 0 "=2" -- get $d.CallControl.ExtensionNumberOfEntries
+check "get by issue-2 path: a converted boolean" 0 "=false" -- get $d.SIP.Client.1.Enable
+check "set by issue-2 path: a reference is read only" 2 "Provider: read only" -- set $d.CallControl.Line.1.Provider x
+check "set by issue-2 path: not a boolean" 2 "'maybe' is not one of true, false" -- set $d.SIP.Client.1.Enable maybe
+check "dump: the issue-2 tree" 0 "$d.CallControl.Line.2.Provider = $d.SIP.Client.2" "$d.POTS.FXS.2.Name = PORT2" \
+  " 0 not read" -- dump $d.
 check "codec list entry out of range" 1 "returned -2" -- set Tr104LineCodecListPriority --line 1 --entry 6 -- 1
 check "--no-emulate without a voice module" 1 "" -- --no-emulate get Tr104VoiceProtocolType
 # The run above left the send queue behind: it exists now, but nobody answers on it.
@@ -192,6 +210,11 @@ check "sets in pairs: port read back" 0 "=5070" -- get $p.SIP.ProxyServerPort
 check "sets in pairs: user name read back" 0 "=alice" -- get $p.Line.1.SIP.AuthUserName
 check "sets in pairs: password hidden by path" 0 "=" -- get $p.Line.1.SIP.AuthPassword
 check "sets in pairs: password hidden by handler" 0 "=" -- get Tr104LineAuthPassword --line 1
+check "issue-2 path: a set reaches the line's handler" 0 "" -- set $d.CallControl.Line.2.Enable true
+check "issue-2 path: read back through issue 1" 0 "=Enabled" -- get $p.Line.2.Enable
+check "issue-2 path: read back as the SIP client's" 0 "=true" -- get $d.SIP.Client.2.Enable
+check "issue-2 path: 0 as false" 0 "" -- set $d.SIP.Client.2.Enable 0
+check "issue-2 path: disabled in issue 1" 0 "=Disabled" -- get $p.Line.2.Enable
 run dump $p.Line.1.SIP
 hidden=0
 grep -qxF "$p.Line.1.SIP.AuthPassword = " <<< "$out" && ! grep -qF s3cret <<< "$out" && hidden=1
