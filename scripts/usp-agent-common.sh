@@ -122,3 +122,14 @@ startBroker() {
   BROKER=$!
   waitFor 5 bash -c "exec 3<>/dev/tcp/127.0.0.1/$BROKER_PORT" 2>/dev/null
 }
+
+# The agent as a controller manages it: its first configuration from the factory-reset file
+# (broker port and a client id of its own filled in), its endpoint id AGENT_ID; sets AGENT.
+# True once its MQTT client is connected to the broker.
+AGENT_ID=proto::tr104-agent
+startManagedAgent() {
+  sed -e "s/@BROKER_PORT@/$BROKER_PORT/" -e "s/@CLIENT_ID@/tr104-agent-$$/" "$ROOT/agents/usp/factory-reset-mqtt.txt" \
+    >"$WORK/factory-reset.txt"
+  USP_ENDPOINT_ID=$AGENT_ID startAgent -r "$WORK/factory-reset.txt" &&
+    waitFor 10 bash -c "timeout 10 '$OBUSPA' -s '$SOCK' -c get Device.MQTT.Client.1.Status | grep -q '=> Connected$'"
+}

@@ -29,7 +29,6 @@ LINE1=${PROFILE}Line.1.
 READ_ONLY=${VOICE}Capabilities.MaxLineCount
 ENUMERATED=${LINE1}Enable
 DIAG_TEST="${VOICE}POTS.FXS.1.DiagTests()"
-AGENT_ID=proto::tr104-agent
 
 if [ "${1:-}" != "--inside" ]; then
   BUILD=$(cd "${1:-$ROOT/build/host}" 2>/dev/null && pwd)
@@ -78,13 +77,11 @@ startBroker
 check "the broker runs (mosquitto on 127.0.0.1:$BROKER_PORT)" "$?" "$(tail -3 "$WORK/broker.log")"
 startEmulator
 STARTED="$BROKER $EMU"
-sed -e "s/@BROKER_PORT@/$BROKER_PORT/" -e "s/@CLIENT_ID@/tr104-agent-$$/" "$ROOT/agents/usp/factory-reset-mqtt.txt" \
-  >"$WORK/factory-reset.txt"
 t0=$(now)
-USP_ENDPOINT_ID=$AGENT_ID startAgent -r "$WORK/factory-reset.txt"
+startManagedAgent
+rc=$?
 STARTED+=" $AGENT"
-waitFor 10 bash -c "timeout 10 '$OBUSPA' -s '$SOCK' -c get Device.MQTT.Client.1.Status | grep -q '=> Connected$'"
-check "the agent connects to the broker ($(since "$t0") s after its start)" "$?" "$(tail -5 "$WORK/agent.log")"
+check "the agent connects to the broker ($(since "$t0") s after its start)" "$rc" "$(tail -5 "$WORK/agent.log")"
 
 # Reads: the agent's own object, then the whole voice tree in one message.
 out=$(controller get Device.DeviceInfo.)
