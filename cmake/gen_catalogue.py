@@ -229,11 +229,19 @@ def path_note(p):
     return '-' if note is None else note
 
 
+def with_first_path(row, p):
+    """A path of the second tree (Device.Services.) takes what the handler's value is (value, slot,
+    note) from the row's first path unless it gives its own."""
+    if not p['path'].startswith('Device.') or p is row['paths'][0]:
+        return p
+    return {**{k: v for k, v in row['paths'][0].items() if k in ('value', 'slot', 'note')}, **p}
+
+
 def map_entries(cat):
     """The rows' paths as the map's columns: (where, path, handler, locate, type, access, value,
     convert, arg, note, slot or -1, hidden or None)."""
     for row in cat.rows:
-        for p in row.get('paths', []):
+        for p in map(lambda p: with_first_path(row, p), row.get('paths', [])):
             locate = ','.join(str(i) for i in p['locate']) if 'locate' in p else '-'
             yield (f"tr104/catalogue/{row['area']}.toml ({row['handler']})", p['path'], row['handler'], locate,
                    p['type'], p['access'], p.get('value', '-'), p.get('convert', '-'), p.get('arg', '-'),

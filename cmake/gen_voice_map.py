@@ -20,7 +20,12 @@ is hidden when the standard's reference definition marks its syntax hidden="true
 a vendor parameter (not in the definition) follows the same rule by name: a "...Password" is
 hidden.
 
-usage: gen_voice_map.py MAP.tsv CATALOGUE_DIR INCLUDE_DIR REFERENCE.xml OUT.c OUT.tsv
+The map holds two trees of the standard: issue 1 under InternetGatewayDevice.Services. (REFERENCE.xml)
+and issue 2 under Device.Services. (REFERENCE2.xml, VoiceService:2.0).  A parameter of issue 2 may
+also be served by the map itself (tr104/catalogue/values.toml: references and instance counts),
+and its conversions may be named there.
+
+usage: gen_voice_map.py MAP.tsv CATALOGUE_DIR INCLUDE_DIR REFERENCE.xml OUT.c OUT.tsv [REFERENCE2.xml]
 
 OUT.tsv is the whole map in MAP.tsv's columns (installed with the library, read by the tools).
 """
@@ -32,11 +37,14 @@ import xml.etree.ElementTree as ET
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import gen_catalogue  # noqa: E402
 
-TYPES = {'string', 'int', 'unsignedInt', 'boolean', 'dateTime', 'base64', 'float'}
+TYPES = {'string', 'int', 'unsignedInt', 'boolean', 'dateTime', 'base64', 'float', 'long', 'unsignedLong',
+         'hexBinary'}
 ACCESS = {'R', 'W', 'RW'}
 VALUE = re.compile(r'^(int|float|byte|addr|text:[1-9][0-9]*)$')
-ARG = re.compile(r'^(-|nLocate\[[0-3]\]=[0-9]+)$')
+ARG = re.compile(r'^(-|nLocate\[[0-3]\]=[0-9]+(,nLocate\[[0-3]\]=[0-9]+)*)$')
 CONVERT = re.compile(r'^(-|bool01|dotted|enum:[A-Za-z0-9_]+=-?[0-9]+(,[A-Za-z0-9_]+=-?[0-9]+)*)$')
+# A named conversion of values.toml: the data model's texts to the handler's (texts or numbers).
+NAMED_CONVERT = re.compile(r'^enum:[^=,]*=[^=,]*(,[^=,]*=[^=,]*)*$')
 
 
 def arity(args):
@@ -49,6 +57,7 @@ def arity(args):
 
 
 ROOT = 'InternetGatewayDevice.Services.'
+ROOT2 = 'Device.Services.'
 SLOT = re.compile(r'deferred slot ([0-9]+)')
 VALUE_KINDS = {'int': ('TR104_MAP_VALUE_INT', 4), 'float': ('TR104_MAP_VALUE_FLOAT', 4),
                'byte': ('TR104_MAP_VALUE_BYTE', 1), 'addr': ('TR104_MAP_VALUE_ADDR', 4)}
@@ -67,7 +76,7 @@ def typed_note(note):
     return int(note.startswith('blocks the caller')), protocol
 
 
-def standard_parameters(xml_path):
+def standard_parameters(xml_path, root=ROOT):
     """Every parameter path of the standard's definition, in its order: whether its value is hidden."""
     params = {}
     for obj in ET.parse(xml_path).getroot().iter():
@@ -75,8 +84,9 @@ def standard_parameters(xml_path):
             continue
         for p in obj:
             if p.tag.endswith('parameter') and p.get('name'):
-                hidden = any(s.tag.endswith('syntax') and s.get('hidden') == 'true' for s in p)
-                params[ROOT + obj.get('name') + p.get('name')] = hidden
+                # The first tree marks a password's syntax hidden, the second secured.
+                hidden = any(s.tag.endswith('syntax') and 'true' in (s.get('hidden'), s.get('secured')) for s in p)
+                params[root + obj.get('name') + p.get('name')] = hidden
     return params
 
 
@@ -102,23 +112,72 @@ def tsv_lines(tsv, columns):
 
 
 def entries(tsv, catalogue_dir):
-    """Every entry of the three sources, as the catalogue gives them (slot -1: from the note)."""
+    """Every entry of the sources, as the catalogue gives them (slot -1: from the note; fixed None:
+    not a value of the map's own)."""
     for where, f in tsv_lines(tsv, 9):
-        yield (where, *f, -1, None)
+        yield (where, *f, -1, None, None)
     cat = gen_catalogue.Catalogue(catalogue_dir)
     if cat.errors:
         sys.exit('\n'.join(cat.errors))
-    yield from gen_catalogue.map_entries(cat)
-    for where, (path, typ, access, reason) in tsv_lines(os.path.join(catalogue_dir, 'unserved.tsv'), 4):
-        yield (where, path, '-', '-', typ, access, '-', '-', '-', reason, -1, None)
+    for entry in gen_catalogue.map_entries(cat):
+        yield (*entry, None)
+    for name in ('unserved.tsv', 'unserved-2.tsv'):
+        listed = os.path.join(catalogue_dir, name)
+        if os.path.exists(listed):
+            for where, (path, typ, access, reason) in tsv_lines(listed, 4):
+                yield (where, path, '-', '-', typ, access, '-', '-', '-', reason, -1, None, None)
+    yield from fixed_entries(model_values(catalogue_dir))
+
+
+def model_values(catalogue_dir):
+    """values.toml: the named conversions and the values the map serves itself."""
+    path = os.path.join(catalogue_dir, 'values.toml')
+    if not os.path.exists(path):
+        return {}
+    with open(path, 'rb') as f:
+        return gen_catalogue.tomllib.load(f)
+
+
+def fixed_entries(values):
+    """The values the map serves itself: a reference (a constant path, {N} the path's N-th instance
+    number) or an instance count ({#Object}: the instances gTr104MapRanges gives the object)."""
+    for item in values.get('fixed', []):
+        where = f"values.toml ({item.get('path', '?')})"
+        if not {'path', 'type', 'value'} <= set(item) or set(item) - {'path', 'type', 'value', 'note'}:
+            sys.exit(f'{where}: a fixed value has path, type, value and an optional note')
+        yield (where, item['path'], '-', '-', item['type'], 'R', '-', '-', '-', item.get('note', 'the map\'s own value'),
+               -1, None, item['value'])
+
+
+def conversion(convert, named, where, errors):
+    """A row's conversion: its text, or the named conversion's."""
+    if convert in named:
+        text = named[convert]
+        if not NAMED_CONVERT.match(text):
+            errors.append(f'{where}: conversion {convert} is not enum:TEXT=VALUE,...')
+        return text
+    if not CONVERT.match(convert):
+        errors.append(f'{where}: conversion {convert!r} unknown (and not named in values.toml)')
+    return convert
+
+
+def check_complete(standard, seen, errors):
+    """Every parameter of the second tree is in the map, served or listed with its reason."""
+    missing = [p for p in standard if p.startswith(ROOT2) and p not in seen]
+    if missing:
+        errors.append(f'{len(missing)} parameter(s) of the second tree in no source (unserved-2.tsv lists the '
+                      f'ones no handler serves): ' + ', '.join(missing[:5]))
 
 
 def main():
     tsv, catalogue_dir, include_dir, xml_path, out, out_tsv = sys.argv[1:7]
     decl = gen_catalogue.declarations(include_dir)
     standard = standard_parameters(xml_path)
+    if len(sys.argv) > 7:
+        standard.update(standard_parameters(sys.argv[7], ROOT2))
+    named = model_values(catalogue_dir).get('conversions', {})
     rows, seen, errors = [], {}, []
-    for where, path, handler, locate, typ, access, value, convert, arg, note, row_slot, row_hidden in \
+    for where, path, handler, locate, typ, access, value, convert, arg, note, row_slot, row_hidden, fixed in \
             entries(tsv, catalogue_dir):
         if path in seen:
             errors.append(f'{where}: {path} already mapped in {seen[path]}')
@@ -138,8 +197,9 @@ def main():
                 continue
             if not ARG.match(arg) or (arg != '-' and n != 3):
                 errors.append(f'{where}: argument {arg!r} unknown, or {handler} takes no nLocate')
-            if not VALUE.match(value) or not CONVERT.match(convert):
-                errors.append(f'{where}: value {value!r} or conversion {convert!r} unknown')
+            if not VALUE.match(value):
+                errors.append(f'{where}: value {value!r} unknown')
+            convert = conversion(convert, named, where, errors)
             if n == 3 and instances and locate == '-':
                 errors.append(f'{where}: {handler} takes nLocate: say where each instance number goes')
             if locate != '-':
@@ -149,7 +209,9 @@ def main():
         slot = SLOT.search(note)
         rows.append((path, handler, n, indexes, instances, typ, access, value, convert, arg, note,
                      int(slot.group(1)) if slot else row_slot,
-                     hidden(path, standard) if row_hidden is None else row_hidden))
+                     hidden(path, standard) if row_hidden is None else row_hidden, fixed))
+    if len(sys.argv) > 7:
+        check_complete(standard, seen, errors)
     if errors:
         sys.exit('\n'.join(errors))
     order = {p: i for i, p in enumerate(standard)}
@@ -160,30 +222,34 @@ def main():
     # The source's column description (after its first paragraph) serves the whole map too.
     columns = comments[comments.index('#\n'):] if '#\n' in comments else []
     header = '# The TR-104 data model as this library serves it: one line per parameter, tab-separated.\n' + \
-        ''.join(columns)
+        ''.join(columns) + '#   A value the map serves itself (a reference, an instance count) has the handler (map)\n' + \
+        '#   and the value fixed:TEXT ({N}: the path\'s N-th instance number, {#Object}: its instances).\n'
     with open(out_tsv, 'w', encoding='utf-8') as t:
         t.write(header)
-        for path, handler, _, indexes, _, typ, access, value, convert, arg, note, _, _ in rows:
+        for path, handler, _, indexes, _, typ, access, value, convert, arg, note, _, _, fixed in rows:
             locate = ','.join(map(str, indexes)) or '-'
+            if fixed is not None:
+                handler, value = '(map)', 'fixed:' + fixed
             t.write('\t'.join((path, handler, locate, typ, access, value, convert, arg, note)) + '\n')
     with open(out, 'w', encoding='utf-8') as c:
         c.write('/* Generated from tr104/catalogue and tr104/map/voice-map.tsv by cmake/gen_voice_map.py: do not edit. */\n')
         c.write("#include \"tr104.h\"\n#include \"tr104/map.h\"\n\n")
         c.write('#define FN(f) ((Tr104MapFunction)(f))\n\n')
         c.write('const Tr104MapEntry gTr104Map[] = {\n')
-        for path, handler, n, indexes, instances, typ, access, value, convert, arg, note, slot, secret in rows:
+        for path, handler, n, indexes, instances, typ, access, value, convert, arg, note, slot, secret, fixed in rows:
             loc = (indexes + [-1] * 4)[:4]
             fn = f'FN({handler})' if handler != '-' else 'NULL'
             name = c_string(handler) if handler != '-' else 'NULL'
             kind, size = value_kind(value) if handler != '-' else ('TR104_MAP_VALUE_NONE', 0)
             blocks, protocol = typed_note(note)
-            c.write('    {%s, %s, %s, %d, {%s}, %d, %s, %s, %s, %u, %s, %s, %s, %d, %d, %d, %d},\n' % (
+            c.write('    {%s, %s, %s, %d, {%s}, %d, %s, %s, %s, %u, %s, %s, %s, %d, %d, %d, %d, %s},\n' % (
                 c_string(path), name, fn, n, ', '.join(map(str, loc)), instances, c_string(typ), c_string(access),
-                kind, size, c_string(convert), c_string(arg), c_string(note), slot, int(secret), blocks, protocol))
+                kind, size, c_string(convert), c_string(arg), c_string(note), slot, int(secret), blocks, protocol,
+                'NULL' if fixed is None else c_string(fixed)))
         c.write('};\n')
         c.write('const unsigned int gTr104MapCount = sizeof(gTr104Map) / sizeof(gTr104Map[0]);\n')
     print(f'{len(rows)} parameters, {sum(1 for r in rows if r[1] != "-")} served by {len(served)} handlers, '
-          f'{sum(1 for r in rows if r[12])} hidden')
+          f'{sum(1 for r in rows if r[13] is not None)} by the map itself, {sum(1 for r in rows if r[12])} hidden')
 
 
 if __name__ == '__main__':

@@ -126,10 +126,10 @@ if [ -x "$OBUSPA" ] && [ -f "$PLUGIN" ]; then
   AGENT=$!
   cli() { timeout 60 "$OBUSPA" -s "$SOCK" -c "$@" 2>&1; }
   waitFor 20 bash -c "[ -S '$SOCK' ] && timeout 10 '$OBUSPA' -s '$SOCK' -c get Device.LocalAgent.EndpointID | grep -q '=>'"
-  LINE=Device.Services.VoiceService.1.VoiceProfile.1.Line
+  LINE=Device.Services.VoiceService.1.CallControl.Line
   out=$(cli get $LINE.1.Status)
   check "the USP agent reads line 1's status: Up" "$(grep -q '=> Up$' <<<"$out"; echo $?)" "$out"
-  out=$(cli set $LINE.1.Enable Disabled)
+  out=$(cli set $LINE.1.Enable false)
   waitFor 10 registeredAre ""
   check "line 1 disabled through the USP agent leaves the location table" "$(registeredAre ""; echo $?)" \
     "$out; location table: $(registered)"

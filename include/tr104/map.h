@@ -5,7 +5,9 @@
  *
  * A path pattern names instances with {i}: "InternetGatewayDevice.Services.VoiceService.{i}.
  * VoiceProfile.{i}.Line.{i}.Enable".  tr104MapLookup resolves a concrete path ("...Line.2.
- * Enable") to its entry and the nLocate array its handler takes.
+ * Enable") to its entry and the nLocate array its handler takes.  The map holds both trees of
+ * the standard: "InternetGatewayDevice.Services.VoiceService." (issue 1) and
+ * "Device.Services.VoiceService." (issue 2), served by the same handlers.
  */
 #ifndef TR104_MAP_H
 #define TR104_MAP_H
@@ -55,6 +57,10 @@ typedef struct Tr104MapEntry {
     int blocksCaller;
     /* The protocol type whose handlers alone answer it (2 H.248, 4 SIP); 0: either. */
     int protocol;
+    /* A value the map serves itself (handler NULL, read only), else NULL: a reference such as
+     * "Device.Services.VoiceService.{1}.SIP.Client.{2}" ({N}: the path's N-th instance number)
+     * or an instance count "{#Line}" (tr104MapInstanceCount of the object). */
+    const char *fixed;
 } Tr104MapEntry;
 
 TR104_MAP_API extern const Tr104MapEntry gTr104Map[];
@@ -67,7 +73,8 @@ TR104_MAP_API extern const unsigned int gTr104MapCount;
 #define TR104_MAP_MALFORMED (-2) /* empty, an empty name, an instance that is not 1..N */
 
 /* Resolves a concrete path.  On TR104_MAP_SERVED and TR104_MAP_NOT_SERVED *entry is set and
- * nLocate (4 ints, may be NULL) holds the path's instance numbers at their indexes (0 elsewhere).
+ * nLocate (4 ints, may be NULL) holds the path's instance numbers at their indexes (0 elsewhere;
+ * for a value the map serves itself, the N-th instance number at index N-1).
  * On an error, error (if given, errorLen bytes) receives one line saying what is wrong.
  * Instance numbers outside gTr104MapRanges are malformed; an object not listed there takes
  * 1..65535. */
@@ -109,6 +116,7 @@ TR104_MAP_API int tr104MapToHandlerValue(const Tr104MapEntry *entry, const char 
 TR104_MAP_API void tr104MapToModelValue(const Tr104MapEntry *entry, const char *shown, char *out, unsigned int outLen);
 
 /* Calls the handler of an entry with nLocate (4 ints; unused by two-argument handlers) and pValue
+ * (an entry the map serves itself: its value, from the instance numbers nLocate holds)
  * of the entry's value kind: a set takes handlerValue (the handler's value text), a get renders
  * the value into shown ("%d", "%g", dotted address, the text).  Returns the handler's result,
  * or TR104_MAP_BAD_VALUE when handlerValue does not parse (nothing is called). */

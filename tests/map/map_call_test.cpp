@@ -210,6 +210,31 @@ TEST_F(MapGroups, WaitingGroupsAreWrittenOnceAtTheEnd) {
     EXPECT_EQ(emulator.requestCount(), settled);
 }
 
+// The message ends just as the group's timer fires: the timer's send is under way (its read of
+// the current values answered late) when the message's end applies the same group.  The group
+// goes out once, with the staged value, and the call returns once it is out.
+TEST_F(MapGroups, AGroupItsTimerIsSendingIsSentOnce) {
+    const std::string user = kLine + "1.SIP.AuthUserName";
+    char error[256] = "";
+    emulator.setFault(GET_USER_AUTHOR_ID, vmemu::FaultSpec{vmemu::Fault::Late, 150, 1});
+    ASSERT_EQ(tr104MapSet(user.c_str(), "alice", error, sizeof(error)), 0) << error;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (emulator.requestsFor(GET_USER_AUTHOR_ID).empty() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    ASSERT_EQ(emulator.requestsFor(GET_USER_AUTHOR_ID).size(), 1u) << "the timer fired";
+    const char *paths[] = {user.c_str()};
+    EXPECT_EQ(tr104MapApplyGroups(paths, 1, error, sizeof(error)), 0) << error;
+    EXPECT_TRUE(idle(5));
+    ASSERT_TRUE(emulator.waitForRequests(2, std::chrono::seconds(5)));
+    std::this_thread::sleep_for(std::chrono::milliseconds(2 * kTimeoutMs));
+    EXPECT_EQ(emulator.requestsFor(GET_USER_AUTHOR_ID).size(), 1u);
+    EXPECT_EQ(emulator.requestsFor(SET_USER_AUTHOR_ID).size(), 1u);
+    char value[64] = "";
+    ASSERT_EQ(tr104MapGet(user.c_str(), value, sizeof(value), error, sizeof(error)), 0) << error;
+    EXPECT_STREQ(value, "alice");
+}
+
 TEST_F(MapGroups, AGroupThatCannotBeCompletedIsReportedAndDropped) {
     const std::string port = kRoot + "Services.VoiceService.1.VoiceProfile.1.SIP.ProxyServerPort";
     char error[256] = "";

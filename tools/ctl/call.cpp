@@ -51,6 +51,15 @@ int runCall(Context &context, const CallRequest &requested) {
         if (!pathRequest(requested.handler, requested.set, requested.value, &call, &entry, &why)) {
             return fail(why);
         }
+        if (entry->fixed != nullptr) {
+            // The map's own value (a reference, an instance count): no handler is called.
+            char value[512] = "", error[512] = "";
+            if (tr104MapGet(requested.handler.c_str(), value, sizeof(value), error, sizeof(error)) != 0) {
+                return fail(error);
+            }
+            std::printf("%s\n", value);
+            return 0;
+        }
     }
     const HandlerKind *row = findKind(call.handler);
     const int slot = call.set && row != nullptr ? row->deferredSlot : -1;

@@ -29,7 +29,8 @@ bool pathRequest(const std::string &path, bool set, const std::string &value, Ca
         *why = error;
         return false;
     }
-    req->handler = e->handler;
+    // A value the map serves itself has no handler to call (runCall reads it from the map).
+    req->handler = e->handler != nullptr ? e->handler : "";
     req->set = set;
     if (set) {
         std::vector<char> text(value.size() + 64, '\0');

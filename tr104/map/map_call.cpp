@@ -58,6 +58,28 @@ bool parseInteger(const char *text, long long low, long long high, long long *ou
     return true;
 }
 
+// A value the map serves itself: {N} becomes the path's N-th instance number, {#Object} the
+// instances of the object.
+std::string fixedValue(const char *pattern, const int *numbers) {
+    std::string out;
+    for (const char *at = pattern; *at != '\0'; ++at) {
+        const char *close = *at == '{' ? std::strchr(at, '}') : nullptr;
+        if (close == nullptr) {
+            out += *at;
+            continue;
+        }
+        const std::string inside(at + 1, close);
+        if (!inside.empty() && inside[0] == '#') {
+            out += std::to_string(tr104MapInstanceCount(inside.c_str() + 1));
+        } else {
+            const int n = std::atoi(inside.c_str());
+            out += n >= 1 && n <= 4 && numbers != nullptr ? std::to_string(numbers[n - 1]) : "";
+        }
+        at = close;
+    }
+    return out;
+}
+
 const char *meaning(int rc) {
     switch (rc) {
     case -1: return "the exchange with the voice module failed or its answer was unusable";
@@ -90,8 +112,12 @@ extern "C" TR104_MAP_API int tr104MapResolve(const char *path, int set, const Tr
 extern "C" TR104_MAP_API int tr104MapToHandlerValue(const Tr104MapEntry *entry, const char *value, char *out,
                                                     unsigned int outLen, char *error, unsigned int errorLen) {
     const std::string_view type = entry->type, convert = entry->convert;
-    const std::string v = value != nullptr ? value : "";
-    if (convert == "bool01" || type == "boolean") {
+    std::string v = value != nullptr ? value : "";
+    // A boolean kept by its handler as a text ("Enabled"): its conversion names true and false.
+    if (type == "boolean" && startsWith(convert, "enum:") && (v == "1" || v == "0")) {
+        v = v == "1" ? "true" : "false";
+    }
+    if (convert == "bool01" || (type == "boolean" && !startsWith(convert, "enum:"))) {
         if (v == "true" || v == "1" || v == "false" || v == "0") {
             put(out, outLen, v == "true" || v == "1" ? "1" : "0");
             return 0;
@@ -106,10 +132,15 @@ extern "C" TR104_MAP_API int tr104MapToHandlerValue(const Tr104MapEntry *entry, 
                 put(out, outLen, number);
                 return true;
             }
-            names += (names.empty() ? "" : ", ") + std::string(text);
+            if (("|" + names + "|").find("|" + std::string(text) + "|") == std::string::npos) {
+                names += (names.empty() ? "" : "|") + std::string(text);
+            }
             return false;
         });
         if (!found) {
+            for (size_t bar = names.find('|'); bar != std::string::npos; bar = names.find('|', bar)) {
+                names.replace(bar, 1, ", ");
+            }
             say(error, errorLen, "'" + v + "' is not one of " + names);
         }
         return found ? 0 : TR104_MAP_BAD_VALUE;
@@ -172,6 +203,14 @@ extern "C" TR104_MAP_API const char *tr104MapValueKindName(int valueKind) {
 extern "C" TR104_MAP_API int tr104MapCall(const Tr104MapEntry *entry, const int *nLocate, int set,
                                           const char *handlerValue, char *shown, unsigned int shownLen, char *error,
                                           unsigned int errorLen) {
+    if (entry != nullptr && entry->fixed != nullptr) {
+        if (set != 0) {
+            say(error, errorLen, "the map's own value is read only");
+            return TR104_MAP_NO_ACCESS;
+        }
+        put(shown, shownLen, fixedValue(entry->fixed, nLocate));
+        return 0;
+    }
     if (entry == nullptr || entry->fn == nullptr) {
         say(error, errorLen, "no handler serves this parameter");
         return TR104_MAP_BAD_PATH;

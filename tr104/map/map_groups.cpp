@@ -1,5 +1,8 @@
 // Applying the deferred buffer's waiting groups at the end of one management message.
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
+#include <mutex>
 #include <vector>
 
 #include "tr104/map.h"
@@ -11,10 +14,8 @@ bool waiting(const Tr104CfgParamInfo &info) { return info.timerStarted != 0 || i
 
 // Sends what a slot holds, as its timer would (the apply function completes a partial group
 // from the voice module), and leaves the slot idle.  0, or -1 when nothing could be sent.
-int applyNow(int slot) {
+int sendSlot(int slot) {
     Tr104CfgParamInfo &info = gTr104CfgParamInfo[slot];
-    // Cancelled first: the timer must not send the same group a second time.
-    (void)wdCancel(info.wdId);
     int rc = 0;
     if (info.cfgFlag != 0 && info.timeroutFuncHandle != nullptr) {
         Tr104Msg msg;
@@ -22,6 +23,65 @@ int applyNow(int slot) {
     }
     resetTr104CfgParamInfo(slot);
     return rc;
+}
+
+// A slot is sent on the timer's thread, through the slot's own watchdog fired at once.  That
+// thread runs one watchdog routine at a time, so a timer that fired just before and is still
+// sending the group finishes first (its reset then cancels this request, and there is nothing
+// left to send), and a group is never sent twice nor read while the other sender clears it.
+// Cancelling the watchdog from here would not be enough: a routine already started goes on.
+struct SlotRequest {
+    std::mutex lock;
+    std::condition_variable changed;
+    bool armed = false;  // a request waits for the timer's thread
+    bool started = false;  // the timer's thread took it
+    bool done = false;
+    int rc = 0;
+};
+SlotRequest gRequests[TR104_CFG_PARAM_SLOTS];
+
+// Longest wait for the timer's thread: a group being sent takes two exchanges, each bounded by
+// the reply wait and the channel lock.
+constexpr std::chrono::seconds kSendBound{30};
+
+void sendOnTimerThread(int32_t slot) {
+    SlotRequest &r = gRequests[slot];
+    {
+        std::lock_guard<std::mutex> hold(r.lock);
+        if (!r.armed) {
+            return;  // its caller went away: the slot was sent by the timer meanwhile
+        }
+        r.started = true;
+    }
+    const int rc = waiting(gTr104CfgParamInfo[slot]) ? sendSlot(slot) : 0;
+    std::lock_guard<std::mutex> hold(r.lock);
+    r.done = true;
+    r.rc = rc;
+    r.changed.notify_all();
+}
+
+int applyNow(int slot) {
+    SlotRequest &r = gRequests[slot];
+    std::unique_lock<std::mutex> hold(r.lock);
+    r.armed = true;
+    r.started = r.done = false;
+    if (wdStart(gTr104CfgParamInfo[slot].wdId, 1, sendOnTimerThread, slot) != 0) {
+        // No watchdog, hence no timer that could be sending it: sent here.
+        r.armed = false;
+        hold.unlock();
+        return sendSlot(slot);
+    }
+    // Done, or sent by the timer that fired before (the slot idle, this request never taken).
+    bool settled = false;
+    for (const auto end = std::chrono::steady_clock::now() + kSendBound;
+         !settled && std::chrono::steady_clock::now() < end;) {
+        settled = r.done || (!r.started && !waiting(gTr104CfgParamInfo[slot]));
+        if (!settled) {
+            r.changed.wait_for(hold, std::chrono::milliseconds(5));
+        }
+    }
+    r.armed = false;
+    return settled && (!r.done || r.rc == 0) ? 0 : -1;
 }
 
 }  // namespace

@@ -74,6 +74,18 @@ Match matchPattern(std::string_view pattern, std::string_view path, long *number
     }
 }
 
+// The fixed instance numbers of an entry: "nLocate[K]=N", comma-separated.
+void fixInstances(const char *arg, int *nLocate) {
+    for (const char *at = arg; at != nullptr; at = std::strchr(at, ',')) {
+        at += *at == ',' ? 1 : 0;
+        unsigned index = 0;
+        int fixed = 0;
+        if (std::sscanf(at, "nLocate[%u]=%d", &index, &fixed) == 2 && index < 4) {
+            nLocate[index] = fixed;
+        }
+    }
+}
+
 void say(char *error, unsigned errorLen, const char *text, std::string_view path) {
     if (error != nullptr && errorLen != 0) {
         std::snprintf(error, errorLen, "%s: '%.*s'", text, static_cast<int>(path.size()), path.data());
@@ -82,10 +94,13 @@ void say(char *error, unsigned errorLen, const char *text, std::string_view path
 
 }  // namespace
 
-// Instances a two-port device has.
+// Instances a two-port device has, in both trees (the second tree's SIP clients, extensions and
+// phone ports are its lines; its one SIP network and VoIP profile the voice profile; its codec
+// profiles and codec capabilities the codec table).
 extern "C" TR104_MAP_API const Tr104MapRange gTr104MapRanges[] = {
-    {"VoiceService", 1, 1}, {"VoiceProfile", 1, 1}, {"Line", 1, 2},    {"PhyInterface", 1, 2},
-    {"Codecs", 1, 5},       {"List", 1, 5},         {"Session", 1, 2},
+    {"VoiceService", 1, 1}, {"VoiceProfile", 1, 1}, {"Line", 1, 2},   {"PhyInterface", 1, 2}, {"Codecs", 1, 5},
+    {"List", 1, 5},         {"Session", 1, 2},      {"Client", 1, 2}, {"Network", 1, 1},      {"Extension", 1, 2},
+    {"FXS", 1, 2},          {"VoIPProfile", 1, 1},  {"Codec", 1, 5},  {"CodecProfile", 1, 5},
 };
 extern "C" TR104_MAP_API const unsigned int gTr104MapRangeCount = sizeof(gTr104MapRanges) / sizeof(gTr104MapRanges[0]);
 
@@ -137,18 +152,15 @@ extern "C" TR104_MAP_API int tr104MapLookup(const char *path, const Tr104MapEntr
         }
         if (nLocate != nullptr) {
             for (int k = 0; k < e.instances && k < 4; ++k) {
-                if (e.locate[k] >= 0) {
+                if (e.fixed != nullptr) {
+                    nLocate[k] = static_cast<int>(numbers[k]);
+                } else if (e.locate[k] >= 0) {
                     nLocate[e.locate[k]] = static_cast<int>(numbers[k]);
                 }
             }
-            // A fixed instance number: "nLocate[K]=N".
-            unsigned index = 0;
-            int fixed = 0;
-            if (std::sscanf(e.arg, "nLocate[%u]=%d", &index, &fixed) == 2 && index < 4) {
-                nLocate[index] = fixed;
-            }
+            fixInstances(e.arg, nLocate);
         }
-        return e.handler != nullptr ? TR104_MAP_SERVED : TR104_MAP_NOT_SERVED;
+        return e.handler != nullptr || e.fixed != nullptr ? TR104_MAP_SERVED : TR104_MAP_NOT_SERVED;
     }
     if (badInstance) {
         if (error != nullptr && errorLen != 0) {

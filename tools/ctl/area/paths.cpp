@@ -65,7 +65,11 @@ int runWhich(const PathArgs &gArgs) {
             out["served"] = false;
             out["reason"] = e.note;
         } else {
-            out["handler"] = e.handler;
+            // A value the map serves itself has no handler: "(map)", and the value it gives.
+            out["handler"] = e.fixed != nullptr ? "(map)" : e.handler;
+            if (e.fixed != nullptr) {
+                out["fixed"] = e.fixed;
+            }
             out["nLocate"] = {r.locate[0], r.locate[1], r.locate[2], r.locate[3]};
             out["type"] = e.type;
             out["access"] = e.access;
@@ -79,6 +83,9 @@ int runWhich(const PathArgs &gArgs) {
         std::printf("%s\n", out.dump().c_str());
     } else if (r.rc == TR104_MAP_NOT_SERVED) {
         std::printf("%s\n  not served: %s\n", path.c_str(), e.note);
+    } else if (e.fixed != nullptr) {
+        std::printf("%s\n  pattern   %s\n  served by the map itself: %s\n  type      %s, access %s\n", path.c_str(),
+                    e.path, e.fixed, e.type, e.access);
     } else {
         std::printf(
             "%s\n  pattern   %s\n  handler   %s (%s)\n  nLocate   [%d, %d, %d, %d]\n"
@@ -95,8 +102,9 @@ int runWhich(const PathArgs &gArgs) {
     return r.rc == TR104_MAP_SERVED ? 0 : kExitNotServed;
 }
 
-// The concrete paths of a pattern for the instances a two-port device has: profile 1, lines and
-// physical interfaces 1 and 2, codec entries 1 to 5, sessions 1 and 2.
+// The concrete paths of a pattern for the instances a two-port device has (gTr104MapRanges): profile
+// 1, lines, physical interfaces, SIP clients, extensions and phone ports 1 and 2, codec entries 1
+// to 5, sessions 1 and 2.
 std::vector<std::string> instancesOf(const std::string &pattern) {
     std::vector<std::string> out{""};
     std::string previous;
@@ -142,8 +150,8 @@ int runDump(const Context &context, const PathArgs &gArgs) {
     for (unsigned i = 0; i < gTr104MapCount; ++i) {
         const Tr104MapEntry &e = gTr104Map[i];
         // Parameters whose get blocks the caller (the end of a line test) are left out.
-        if (e.handler == nullptr || std::string(e.access).find('R') == std::string::npos || e.blocksCaller != 0 ||
-            !forProtocol(e, protocol != nullptr ? *protocol : 0)) {
+        if ((e.handler == nullptr && e.fixed == nullptr) || std::string(e.access).find('R') == std::string::npos ||
+            e.blocksCaller != 0 || !forProtocol(e, protocol != nullptr ? *protocol : 0)) {
             continue;
         }
         for (const std::string &path : instancesOf(e.path)) {
