@@ -91,7 +91,45 @@ agentAnswers() { [ -S "$SOCK" ] && cli get Device.LocalAgent.EndpointID | grep -
 
 # Stops the agent and the emulator by their process ids (the trap of a check calls it).
 stopAgentAndEmulator() {
-  [ -n "$AGENT" ] && kill "$AGENT" 2>/dev/null
-  [ -n "$EMU" ] && kill "$EMU" 2>/dev/null
-  wait 2>/dev/null
+  local pid
+  for pid in $AGENT $EMU; do kill "$pid" 2>/dev/null; done
+  for pid in $AGENT $EMU; do wait "$pid" 2>/dev/null; done
+}
+
+# The controller: tools/controller/usp-controller.js on the usp-js library, installed with npm
+# into $BUILD/usp-controller (once; about 25 s and 190 MB).
+CONTROLLER=$ROOT/tools/controller/usp-controller.js
+CONTROLLER_DIR=$BUILD/usp-controller
+export NODE_PATH=$CONTROLLER_DIR/node_modules
+installController() {
+  local wanted
+  wanted=$(sed -n 's/^ *"usp-js": "\(.*\)"$/\1/p' "$ROOT/tools/controller/package.json")
+  [ "$(node -p "require('$NODE_PATH/usp-js/package.json').version" 2>/dev/null)" = "$wanted" ] && return 0
+  echo "installing usp-js $wanted into $CONTROLLER_DIR (npm, log: $CONTROLLER_DIR/npm.log)"
+  mkdir -p "$CONTROLLER_DIR" && cp "$ROOT/tools/controller/package.json" "$CONTROLLER_DIR/" &&
+    (cd "$CONTROLLER_DIR" && timeout 600 npm install --no-audit --no-fund) >"$CONTROLLER_DIR/npm.log" 2>&1
+}
+# controller [OPTION VALUE]... COMMAND ARGS...: one message from the controller to the agent.
+controller() { timeout 90 node "$CONTROLLER" --port "$BROKER_PORT" --agent "$AGENT_ID" "$@" 2>&1; }
+
+# The broker: mosquitto on a free port of the loopback (inside the check's network namespace);
+# sets BROKER and BROKER_PORT.  True once it accepts connections.
+BROKER="" BROKER_PORT=""
+startBroker() {
+  BROKER_PORT=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+  printf 'listener %s 127.0.0.1\nallow_anonymous true\npersistence false\n' "$BROKER_PORT" >"$WORK/broker.conf"
+  "$(PATH=$PATH:/usr/sbin command -v mosquitto)" -c "$WORK/broker.conf" >"$WORK/broker.log" 2>&1 &
+  BROKER=$!
+  waitFor 5 bash -c "exec 3<>/dev/tcp/127.0.0.1/$BROKER_PORT" 2>/dev/null
+}
+
+# The agent as a controller manages it: its first configuration from the factory-reset file
+# (broker port and a client id of its own filled in), its endpoint id AGENT_ID; sets AGENT.
+# True once its MQTT client is connected to the broker.
+AGENT_ID=proto::tr104-agent
+startManagedAgent() {
+  sed -e "s/@BROKER_PORT@/$BROKER_PORT/" -e "s/@CLIENT_ID@/tr104-agent-$$/" "$ROOT/agents/usp/factory-reset-mqtt.txt" \
+    >"$WORK/factory-reset.txt"
+  USP_ENDPOINT_ID=$AGENT_ID startAgent -r "$WORK/factory-reset.txt" &&
+    waitFor 10 bash -c "timeout 10 '$OBUSPA' -s '$SOCK' -c get Device.MQTT.Client.1.Status | grep -q '=> Connected$'"
 }
