@@ -155,9 +155,10 @@ console net ip 10.9.8.7 255.255.0.0 10.9.0.1 >/dev/null
 out=$(cli get Device.X_QRV_VOIP_IPPARAMS.ExternalIPAddress)
 check "an address the network gave shows in the next get" "$(grep -q '=> 10.9.8.7$' <<<"$out"; echo $?)" "$out"
 console inbound 7 1 16584 1 >/dev/null
-waitFor 5 grep -q "changed .*Line.1.DirectoryNumber" "$WORK/agent.log"
+waitFor 5 grep -q "changed $LINE.1.DirectoryNumber" "$WORK/agent.log"
 check "the voice module's change notification reaches the plug-in" \
-  "$(grep -q "changed .*Line.1.DirectoryNumber" "$WORK/agent.log"; echo $?)"
+  "$(grep -q "changed $LINE.1.DirectoryNumber" "$WORK/agent.log"; echo $?)" "$(grep "voice module changed" "$WORK/agent.log" | tail -2)"
+echo "     $(grep -m1 "voice module changed" "$WORK/agent.log" | sed "s/.*voice module/voice module/")"
 
 # A silent voice module: errors for its parameters, the agent keeps running.
 console fault 0 silent >/dev/null

@@ -134,6 +134,34 @@ int getNothing(dm_req_t *, char *buf, int len) {
     return USP_ERR_OK;
 }
 
+// The agent's concrete paths of a parameter the library names by its issue-1 path: the issue-2
+// parameters of the same handler, each instance number taken from the nLocate index its own
+// pattern gives it (a vendor parameter: its path under "Device.").
+std::vector<std::string> agentPathsOf(const char *name) {
+    const Tr104MapEntry *entry = nullptr;
+    int locate[4] = {};
+    if (tr104MapLookup(name, &entry, locate, nullptr, 0) != TR104_MAP_SERVED || entry->handler == nullptr) {
+        return {};
+    }
+    if (vendorOfIssue1(*entry)) {
+        return {replaceRoot(name, kIssue1Root, kAgentRoot)};
+    }
+    std::vector<std::string> paths;
+    for (const auto &[schema, e] : gRegistered) {
+        if (!issue2(*e) || e->handler == nullptr || std::strcmp(e->handler, entry->handler) != 0) {
+            continue;
+        }
+        std::string path = schema;
+        int k = 0;
+        for (size_t at = path.find("{i}"); at != std::string::npos; at = path.find("{i}", at), ++k) {
+            const int index = k < 4 ? e->locate[k] : -1;
+            path.replace(at, 3, std::to_string(index >= 0 && index < 4 && locate[index] > 0 ? locate[index] : 1));
+        }
+        paths.push_back(path);
+    }
+    return paths;
+}
+
 // ---- Transactions: a Set message's groups ---------------------------------------------------
 
 // The grouped parameters set in the agent's current transaction: their paths (the map's), their
@@ -361,7 +389,7 @@ extern "C" {
 // learnt at run time), named by their issue-1 paths.  Every get asks the voice module, so the
 // next get shows them; the agent's value-change subscriptions on vendor parameters are served by
 // its own polling, since the vendor layer has no call that marks a parameter as changed.  Here
-// they are logged, hidden values (passwords) without their text.
+// they are logged under the agent's paths, hidden values (passwords) without their text.
 __attribute__((visibility("default"))) int notifyChangedValues_toTr069(int module, char **names, char **values,
                                                                        int count) {
     for (int i = 0; i < count; ++i) {
@@ -369,8 +397,12 @@ __attribute__((visibility("default"))) int notifyChangedValues_toTr069(int modul
         const Tr104MapEntry *entry = nullptr;
         const int found = tr104MapLookup(name, &entry, nullptr, nullptr, 0);
         const bool hidden = (found == TR104_MAP_SERVED || found == TR104_MAP_NOT_SERVED) && entry->hidden != 0;
-        USP_LOG_Info("voice module changed %s to '%s'%s (module %d)", name,
-                     hidden || values[i] == nullptr ? "" : values[i], hidden ? " (hidden)" : "", module);
+        std::string shown;
+        for (const std::string &path : agentPathsOf(name)) {
+            shown += (shown.empty() ? "" : ", ") + path;
+        }
+        USP_LOG_Info("voice module changed %s to '%s'%s (%s, module %d)", shown.empty() ? name : shown.c_str(),
+                     hidden || values[i] == nullptr ? "" : values[i], hidden ? " (hidden)" : "", name, module);
     }
     return 0;
 }
