@@ -20,7 +20,6 @@
 #include <pthread.h>
 #include <sched.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstring>
@@ -36,6 +35,7 @@ extern "C" {
 }
 
 #include "fxs_diag.h"
+#include "set_transaction.h"
 #include "tr104.h"
 #include "tr104/map.h"
 #include "tr104/startup.h"
@@ -164,93 +164,42 @@ std::vector<std::string> agentPathsOf(const char *name) {
 
 // ---- Transactions: a Set message's groups ---------------------------------------------------
 
-// The grouped parameters set in the agent's current transaction: their paths (the map's), their
-// slot and instance numbers.  Sets and the transaction hooks all run on the agent's data-model
-// thread.
-struct Staged {
-    std::string path;
-    int slot;
-    int locate[4];
-};
-std::vector<Staged> gTouched;
-bool gInTransaction = false;
-
-// Applies the groups of the staged paths that `which` selects and forgets them.
-template <typename Which>
-void applyTouched(const char *why, Which which) {
-    std::vector<const char *> paths;
-    for (const Staged &s : gTouched) {
-        if (which(s)) {
-            paths.push_back(s.path.c_str());
-        }
-    }
-    char error[256] = "";
-    if (!paths.empty() &&
-        tr104MapApplyGroups(paths.data(), static_cast<unsigned>(paths.size()), error, sizeof(error)) != 0) {
-        USP_LOG_Warning("libtr104-usp: %s: %s", why, error);
-    }
-    std::erase_if(gTouched, which);
-}
-void applyTouched(const char *why) {
-    applyTouched(why, [](const Staged &) { return true; });
-}
+// Sets and the transaction hooks all run on the agent's data-model thread.
+tr104usp::SetTransaction gTransaction;
 
 int startTransaction() {
-    gTouched.clear();
-    gInTransaction = true;
+    gTransaction.start();
     return USP_ERR_OK;
 }
 
-// The groups the message left incomplete are sent now, completed from the voice module's
-// current values as their timers would; a group it completed went out with its last set.
+// The groups the message left incomplete are written now, completed from the voice module's
+// current values as their timers would; a group it completed went out with its last set.  A
+// group that cannot be written fails the message.
 int commitTransaction() {
-    gInTransaction = false;
-    applyTouched("applying a Set's groups");
+    char error[256] = "";
+    if (gTransaction.commit(error, sizeof(error)) != 0) {
+        char format[] = "%s";
+        USP_ERR_SetMessage(format, error);
+        return USP_ERR_SET_FAILURE;
+    }
     return USP_ERR_OK;
 }
 
 // A refused message changes nothing that is still waiting: its staged values are dropped (a
 // group it completed has already been sent and stays).
 int abortTransaction() {
-    gInTransaction = false;
-    std::set<int> slots;
-    for (const Staged &s : gTouched) {
-        slots.insert(s.slot);
+    for (const int slot : gTransaction.abort()) {
+        USP_LOG_Info("libtr104-usp: dropped the values a refused Set staged in group %d", slot);
     }
-    for (const int slot : slots) {
-        if (getTr104CfgParamInfoCfgFlag(slot) != 0) {
-            USP_LOG_Info("libtr104-usp: dropping the values a refused Set staged in group %d", slot);
-        }
-        resetTr104CfgParamInfo(slot);
-    }
-    gTouched.clear();
     return USP_ERR_OK;
 }
 
 int setValue(dm_req_t *req, char *buf) {
     const Tr104MapEntry *entry = nullptr;
     const std::string model = modelPath(req, &entry);
-    Staged staged{model, entry != nullptr ? entry->deferredSlot : -1, {}};
-    if (staged.slot >= 0) {
-        (void)tr104MapLookup(model.c_str(), &entry, staged.locate, nullptr, 0);
-        // One slot serves every instance of its group (both lines' credentials): values of
-        // another instance this message staged there are written before this one replaces them.
-        applyTouched("applying a group before its slot is reused", [&staged](const Staged &s) {
-            return s.slot == staged.slot && !std::equal(s.locate, s.locate + 4, staged.locate);
-        });
-    }
     char error[512] = "";
-    const int rc = tr104MapSet(model.c_str(), buf, error, sizeof(error));
-    if (rc != 0) {
-        return agentError(rc, req->path, model, error, true);
-    }
-    if (staged.slot >= 0) {
-        gTouched.push_back(staged);
-        if (!gInTransaction) {
-            applyTouched("applying a set");
-        }
-    }
-    return USP_ERR_OK;
+    const int rc = gTransaction.set(model, buf, error, sizeof(error));
+    return rc == 0 ? USP_ERR_OK : agentError(rc, req->path, model, error, true);
 }
 
 // ---- POTS.FXS.{i}.DiagTests() ---------------------------------------------------------------

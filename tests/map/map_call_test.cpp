@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "support/channel_fixture.h"
+#include "support/deferred_fixture.h"
 #include "tr104/map.h"
 #include "tr104/sip_identity.h"
 #include "tr104/sip_servers.h"
@@ -196,28 +197,7 @@ TEST_F(MapCall, RefusalsSendNothingAndFailuresNameTheParameter) {
 // The end of one management message: the groups its sets left waiting are written at once, each
 // once, completed from the voice module's values, and their timers do not write them again.  A
 // hidden value reads empty by path while its handler still answers it.
-class MapGroups : public MapCall {
-protected:
-    void SetUp() override {
-        MapCall::SetUp();
-        static const bool started = v2lin_init() == 0 && constructTr104CfgParamInfo() == 0;
-        ASSERT_TRUE(started);
-        savedTimeout_ = gTr104CfgParamTimeout;
-        gTr104CfgParamTimeout = kTimeoutMs;
-    }
-    void TearDown() override {
-        for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
-            resetTr104CfgParamInfo(slot);
-        }
-        gTr104CfgParamTimeout = savedTimeout_;
-        MapCall::TearDown();
-    }
-    static bool idle(int slot) {
-        return gTr104CfgParamInfo[slot].timerStarted == 0 && gTr104CfgParamInfo[slot].cfgFlag == 0;
-    }
-    static constexpr int kTimeoutMs = 300;
-    int32_t savedTimeout_ = 0;
-};
+class MapGroups : public tr104test::DeferredBufferTest {};
 
 TEST_F(MapGroups, WaitingGroupsAreWrittenOnceAtTheEnd) {
     const std::string profile = kRoot + "Services.VoiceService.1.VoiceProfile.1.";
