@@ -106,6 +106,50 @@ def standard_parameters(xml_path, root=ROOT):
     return params
 
 
+def second_tree_syntax(xml_path):
+    """Path -> (type, access) of every parameter of the second tree's definition: the base type of
+    its syntax (a list is a string; a data type resolved to its base) and R or RW."""
+    document = ET.parse(xml_path).getroot()
+    local = lambda e: e.tag.split('}')[-1]  # noqa: E731
+    bases = {}
+    for d in document.iter():
+        if local(d) == 'dataType' and d.get('name'):
+            kinds = [local(k) for k in d if local(k) in TYPES]
+            bases[d.get('name')] = d.get('base') or (kinds[0] if kinds else 'string')
+
+    def resolve(name):
+        while name in bases and name not in TYPES:
+            name = bases[name]
+        return name
+
+    out = {}
+    for obj in document.iter():
+        if local(obj) != 'object' or obj.get('name') is None:
+            continue
+        for p in obj:
+            if local(p) != 'parameter' or not p.get('name'):
+                continue
+            syntax = next(s for s in p if local(s) == 'syntax')
+            kinds = [t for t in syntax if local(t) not in ('default', 'units')]
+            if any(local(t) == 'list' for t in kinds):
+                typ = 'string'
+            elif local(kinds[0]) == 'dataType':
+                typ = resolve(kinds[0].get('ref') or kinds[0].get('base'))
+            else:
+                typ = local(kinds[0])
+            out[ROOT2 + obj.get('name') + p.get('name')] = (typ, 'RW' if p.get('access') == 'readWrite' else 'R')
+    return out
+
+
+def check_second_tree_syntax(syntax, path, typ, access, where, errors):
+    """A path of the second tree has its definition's type, and no access its definition does not
+    give (a handler may serve less: R of an RW parameter)."""
+    if path in syntax:
+        want, allowed = syntax[path]
+        if typ != want or not set(access) <= set(allowed):
+            errors.append(f'{where}: {path} is {want} {allowed} in the definition, not {typ} {access}')
+
+
 def hidden(path, standard):
     if path in standard:
         return standard[path]
@@ -190,6 +234,7 @@ def main():
     if len(sys.argv) > 6:
         standard.update(standard_parameters(sys.argv[6], ROOT2))
     named = model_values(catalogue_dir).get('conversions', {})
+    syntax2 = second_tree_syntax(sys.argv[6]) if len(sys.argv) > 6 else {}
     rows, seen, errors = [], {}, []
     for where, path, handler, locate, typ, access, value, convert, arg, note, row_slot, row_hidden, fixed in \
             entries(catalogue_dir):
@@ -198,6 +243,7 @@ def main():
         seen[path] = where
         if typ not in TYPES or access not in ACCESS:
             errors.append(f'{where}: type {typ!r} or access {access!r} unknown')
+        check_second_tree_syntax(syntax2, path, typ, access, where, errors)
         instances = path.count('{i}')
         n = 0
         indexes = []

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """The map's generator refuses a path given twice (a row and the unserved list, two rows), a row
-the catalogue cannot take, a conversion no one named, a value of the map's own it cannot take, and
-a parameter of the second tree in no source; the real sources pass.
+the catalogue cannot take, a conversion no one named, a value of the map's own it cannot take, a
+second-tree path whose type is not its definition's, and a parameter of the second tree in no
+source; the real sources pass.
 
 usage: merge_check_test.py GEN_VOICE_MAP.py CATALOGUE_DIR INCLUDE_DIR REFERENCE.xml REFERENCE2.xml
 """
@@ -77,6 +78,8 @@ with tempfile.TemporaryDirectory() as tmp:
     expect('a conversion no one named', run(tmp, SECOND, ''), False, 'not named in values.toml')
     expect('a fixed value without its type', run(tmp, ROW, '', '[[fixed]]\npath = "Device.X"\nvalue = "0"\n'), False,
            'a fixed value has path, type, value')
+    expect('a second-tree path of another type', run(tmp, SECOND.replace('type = "boolean"', 'type = "string"'), '',
+                                                     NAMED, (xml2,)), False, 'is boolean RW in the definition')
     expect('the second tree incomplete', run(tmp, SECOND, '', NAMED, (xml2,)), False,
            'parameter(s) of the second tree in no source')
     expect('the real sources', (subprocess.run(

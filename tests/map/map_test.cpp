@@ -164,7 +164,14 @@ TEST(Map, EntriesCarryTheirValueKindBlockingAndProtocol) {
         EXPECT_EQ(e->protocol, r.protocol) << r.pattern;
     }
     // The instance counts the lookup accepts are the ones callers enumerate.
-    for (const auto &[object, count] : {std::pair{"Line", 2}, {"List", 5}, {"VoiceProfile", 1}, {"Event", 1}}) {
+    for (const auto &[object, count] : {std::pair{"Line", 2},
+                                        {"List", 5},
+                                        {"VoiceProfile", 1},
+                                        {"Event", 1},
+                                        {"Client", 2},
+                                        {"Network", 1},
+                                        {"FXS", 2},
+                                        {"CodecProfile", 5}}) {
         EXPECT_EQ(tr104MapInstanceCount(object), count) << object;
     }
     char error[160] = "";
