@@ -1,6 +1,8 @@
 # Helpers every check script shares (sourced): counting results, waiting on a condition with a
 # bound, timing, stopping a process by its id.  A check prints "ok   NAME" or "FAIL NAME: DETAIL"
 # and ends with `checkSummary`, which prints "N passed, M failed" and fails when M > 0.
+[ -n "${CHECK_COMMON:-}" ] && return 0  # sourced once: the counts stay
+CHECK_COMMON=1
 passed=0 failed=0
 
 check() {  # NAME RESULT(0 = pass) [DETAIL]
