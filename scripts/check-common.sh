@@ -1,7 +1,9 @@
 # Helpers every check script shares (sourced): counting results, waiting on a condition with a
 # bound, timing, stopping a process by its id.  A check prints "ok   NAME" or "FAIL NAME: DETAIL"
 # and ends with `checkSummary`, which prints "N passed, M failed" and fails when M > 0.
-passed=0 failed=0 skipped=0
+[ -n "${CHECK_COMMON:-}" ] && return 0  # sourced once: the counts stay
+CHECK_COMMON=1
+passed=0 failed=0
 
 check() {  # NAME RESULT(0 = pass) [DETAIL]
   if [ "$2" -eq 0 ]; then
@@ -10,14 +12,8 @@ check() {  # NAME RESULT(0 = pass) [DETAIL]
     failed=$((failed + 1)); echo "FAIL $1${3:+: $3}"
   fi
 }
-# A case that cannot run here, with the reason; counted neither as passed nor as failed.
-skip() {  # NAME WHY
-  skipped=$((skipped + 1)); echo "skip $1: skipped: $2"
-}
 checkSummary() {
-  local extra=""
-  [ "$skipped" -gt 0 ] && extra=", $skipped skipped"
-  echo "$passed passed, $failed failed$extra"
+  echo "$passed passed, $failed failed"
   [ "$failed" -eq 0 ]
 }
 # The check cannot start at all: one failure, the reason, and the summary.  giveUp NAME WHY

@@ -81,11 +81,11 @@ startEmulator() {
 }
 
 # The agent with the plug-in, more options in "$@" (e.g. -r FACTORY_RESET_FILE); sets AGENT.
-# True once its command-line client answers.
+# True once its command-line client answers (at most 20 s).
 startAgent() {
   (cd "$WORK" && exec "$OBUSPA" -v 3 -f "$WORK/usp.db" -s "$SOCK" -x "$PLUGIN" "$@" >"$WORK/agent.log" 2>&1) &
   AGENT=$!
-  waitFor 10 agentAnswers
+  waitFor 20 agentAnswers
 }
 agentAnswers() { [ -S "$SOCK" ] && cli get Device.LocalAgent.EndpointID | grep -q '=>'; }
 

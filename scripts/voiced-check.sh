@@ -35,13 +35,11 @@ if [ "${1:-}" != "--inside" ]; then
   exec unshare --net --ipc bash "${BASH_SOURCE[0]}" --inside "$BUILD"
 fi
 BUILD=$2
-OBUSPA=$BUILD/obuspa/prefix/bin/obuspa
-PLUGIN=$BUILD/agents/libtr104-usp.so
 ip link set lo up
 WORK=$(mktemp -d)
 chmod 755 "$WORK"
 . "$ROOT/scripts/voiced-common.sh"
-AGENT=""
+. "$ROOT/scripts/usp-agent-common.sh"  # the USP agent: startAgent, cli
 cleanup() {
   for pid in $AGENT $VOICE $KAM; do kill "$pid" 2>/dev/null; done
   wait 2>/dev/null
@@ -121,11 +119,7 @@ check "a simulated call from the unregistered line: Fail, NoDailTone, nothing di
 
 # A line disabled through the USP agent leaves the location table.
 if [ -x "$OBUSPA" ] && [ -f "$PLUGIN" ]; then
-  SOCK=$WORK/usp.sock
-  (cd "$WORK" && exec "$OBUSPA" -v 3 -f "$WORK/usp.db" -s "$SOCK" -x "$PLUGIN" >"$WORK/agent.log" 2>&1) &
-  AGENT=$!
-  cli() { timeout 60 "$OBUSPA" -s "$SOCK" -c "$@" 2>&1; }
-  waitFor 20 bash -c "[ -S '$SOCK' ] && timeout 10 '$OBUSPA' -s '$SOCK' -c get Device.LocalAgent.EndpointID | grep -q '=>'"
+  startAgent
   LINE=Device.Services.VoiceService.1.CallControl.Line
   out=$(cli get $LINE.1.Status)
   check "the USP agent reads line 1's status: Up" "$(grep -q '=> Up$' <<<"$out"; echo $?)" "$out"

@@ -148,8 +148,8 @@ const subscribe = async (usp, opts, args) => {
     const finished = new Promise((resolve) => { done = resolve; });
     const clear = await within(opts.timeout, "subscription",
         usp.subscribe({notif: "ValueChange", reference: args[0]}, (msg, full) => {
-            const change = (full && JSON.stringify(full).includes("valueChange")) ? searchKey(full, "valueChange") : null;
             const at = Date.now();
+            const change = searchKey(full, "valueChange");
             if (change) console.log(`${change.paramPath} => ${change.paramValue} at ${at}`);
             else console.log(`${JSON.stringify(msg)} at ${at}`);
             if (++seen >= count) done();
@@ -197,7 +197,8 @@ const main = async () => {
             closeOnDisconnect: true, connectTimeout: opts.timeout * 1000,
         });
     } catch (err) {
-        console.error(`usp-controller: no connection to the broker at ${opts.host}:${opts.port}: ${err.message || JSON.stringify(err)}`);
+        const why = err.message || JSON.stringify(err);
+        console.error(`usp-controller: no connection to the broker at ${opts.host}:${opts.port}: ${why}`);
         return 2;
     }
     try {
