@@ -38,6 +38,7 @@ extern "C" {
 #include "set_transaction.h"
 #include "tr104.h"
 #include "tr104/map.h"
+#include "tr104/protocol.h"
 #include "tr104/startup.h"
 
 namespace {
@@ -121,6 +122,17 @@ int agentError(int rc, const std::string &agent, const std::string &model, const
 int getValue(dm_req_t *req, char *buf, int len) {
     const Tr104MapEntry *entry = nullptr;
     const std::string model = modelPath(req, &entry);
+    // A parameter of the other protocol's handlers is not answered while the voice module speaks
+    // this one (what they would read is the other protocol's setting), as tr104ctl dump leaves it
+    // out; a get of a subtree leaves it out too.
+    const int protocol = gTr104CurrProtocolType;
+    if (entry != nullptr && entry->protocol != 0 &&
+        (protocol == TR104_PROTOCOL_SIP || protocol == TR104_PROTOCOL_H248) && entry->protocol != protocol) {
+        char format[] = "%s: answered under %s only (the voice module speaks %s)";
+        USP_ERR_SetMessage(format, req->path, entry->protocol == TR104_PROTOCOL_H248 ? "H.248" : "SIP",
+                           protocol == TR104_PROTOCOL_H248 ? "H.248" : "SIP");
+        return USP_ERR_GENERAL_FAILURE;
+    }
     char error[512] = "";
     const int rc = tr104MapGet(model.c_str(), buf, static_cast<unsigned>(len), error, sizeof(error));
     return rc == 0 ? USP_ERR_OK : agentError(rc, req->path, model, error, false);
