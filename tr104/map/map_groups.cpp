@@ -25,16 +25,17 @@ int sendSlot(int slot) {
     return rc;
 }
 
-// A slot is sent on the timer's thread, through the slot's own watchdog fired at once.  That
-// thread runs one watchdog routine at a time, so a timer that fired just before and is still
-// sending the group finishes first (its reset then cancels this request, and there is nothing
-// left to send), and a group is never sent twice nor read while the other sender clears it.
-// Cancelling the watchdog from here would not be enough: a routine already started goes on.
+// A slot is sent on the timer's thread, by a watchdog of this library's own fired at once.  That
+// thread runs one watchdog routine at a time, so a slot timer that fired just before and is
+// still sending the group finishes first, and this request then finds nothing waiting: a group is
+// never sent twice nor read while the other sender clears it, and the slot is only ever looked at
+// on that thread while the caller waits.  Cancelling the slot's timer from here would not be
+// enough: a routine already started goes on.
 struct SlotRequest {
     std::mutex lock;
     std::condition_variable changed;
-    bool armed = false;  // a request waits for the timer's thread
-    bool started = false;  // the timer's thread took it
+    WDOG_ID watchdog = nullptr;
+    bool armed = false;  // a caller waits for it
     bool done = false;
     int rc = 0;
 };
@@ -49,9 +50,8 @@ void sendOnTimerThread(int32_t slot) {
     {
         std::lock_guard<std::mutex> hold(r.lock);
         if (!r.armed) {
-            return;  // its caller went away: the slot was sent by the timer meanwhile
+            return;  // its caller gave up waiting
         }
-        r.started = true;
     }
     const int rc = waiting(gTr104CfgParamInfo[slot]) ? sendSlot(slot) : 0;
     std::lock_guard<std::mutex> hold(r.lock);
@@ -63,25 +63,20 @@ void sendOnTimerThread(int32_t slot) {
 int applyNow(int slot) {
     SlotRequest &r = gRequests[slot];
     std::unique_lock<std::mutex> hold(r.lock);
+    if (r.watchdog == nullptr && gTr104CfgParamInfo[slot].wdId != nullptr) {
+        r.watchdog = wdCreate();
+    }
     r.armed = true;
-    r.started = r.done = false;
-    if (wdStart(gTr104CfgParamInfo[slot].wdId, 1, sendOnTimerThread, slot) != 0) {
-        // No watchdog, hence no timer that could be sending it: sent here.
+    r.done = false;
+    if (r.watchdog == nullptr || wdStart(r.watchdog, 1, sendOnTimerThread, slot) != 0) {
+        // The slots have no timers (the runtime is not started): nothing else sends them.
         r.armed = false;
         hold.unlock();
-        return sendSlot(slot);
+        return waiting(gTr104CfgParamInfo[slot]) ? sendSlot(slot) : 0;
     }
-    // Done, or sent by the timer that fired before (the slot idle, this request never taken).
-    bool settled = false;
-    for (const auto end = std::chrono::steady_clock::now() + kSendBound;
-         !settled && std::chrono::steady_clock::now() < end;) {
-        settled = r.done || (!r.started && !waiting(gTr104CfgParamInfo[slot]));
-        if (!settled) {
-            r.changed.wait_for(hold, std::chrono::milliseconds(5));
-        }
-    }
+    const bool settled = r.changed.wait_for(hold, kSendBound, [&r] { return r.done; });
     r.armed = false;
-    return settled && (!r.done || r.rc == 0) ? 0 : -1;
+    return settled && r.rc == 0 ? 0 : -1;
 }
 
 }  // namespace
@@ -111,7 +106,7 @@ extern "C" TR104_MAP_API int tr104MapApplyGroups(const char *const *paths, unsig
     }
     int result = 0;
     for (const int slot : slots) {
-        if (!waiting(gTr104CfgParamInfo[slot]) || applyNow(slot) == 0) {
+        if (applyNow(slot) == 0) {
             continue;
         }
         if (result == 0 && error != nullptr && errorLen != 0) {
