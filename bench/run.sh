@@ -29,6 +29,10 @@ build/host/bench/channel_roundtrip --benchmark_filter='BM_RawRoundTrip|BM_Handle
   --markdown="$work/channel-other.md" | tee "$work/channel-other.log"
 build/host/bench/v2lin_runtime --markdown="$work/runtime.md" | tee "$work/runtime.log"
 
+# The voice data model through a USP controller over MQTT beside the agent's command-line client.
+bash bench/usp-controller.sh --markdown "$work/usp-controller.md" ||
+  echo "Not measured: bench/usp-controller.sh failed (the agent, mosquitto or npm missing?)." >"$work/usp-controller.md"
+
 load_end=$(cut -d' ' -f1-3 /proc/loadavg)
 
 # The device library: stripped size and the five largest symbols.
@@ -73,4 +77,5 @@ fi
     echo "Not measured: no MIPS cross compiler (mips-linux-gnu-g++) on this machine."
   fi
 } > "$report"
+{ echo; cat "$work/usp-controller.md"; } >>"$report"
 echo "wrote $report"

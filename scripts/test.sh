@@ -2,8 +2,8 @@
 # The whole test suite: installs what is missing, then builds and runs every configuration:
 # the host build, the host build under AddressSanitizer+UBSan and under ThreadSanitizer, and the
 # device build (32-bit big-endian MIPS: library, emulator and tests cross-built, every test run
-# under qemu-mips).  After the host build: the USP agent check, tr104-voiced against a real
-# registrar, and the house rules.  Every suite runs even when an earlier one fails, so that one
+# under qemu-mips).  After the host build: the USP agent check, the USP controller check (through
+# an MQTT broker), tr104-voiced against a real registrar, and the house rules.  Every suite runs even when an earlier one fails, so that one
 # run shows all failures; the command succeeds only when every suite passes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -37,6 +37,8 @@ run_check() {
 }
 # The voice data model served through a USP agent (the agent is built once into build/host).
 run_check usp-agent scripts/usp-agent-check.sh
+# The same through a USP controller (usp-js) and an MQTT broker (mosquitto), in private namespaces.
+run_check usp-controller scripts/usp-controller-check.sh
 # tr104-voiced against a real registrar (Kamailio), in a private network and IPC namespace.
 run_check voiced scripts/voiced-check.sh
 # House rules (scripts/check-style.sh) on the host build's compile commands.

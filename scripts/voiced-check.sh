@@ -35,28 +35,17 @@ if [ "${1:-}" != "--inside" ]; then
   exec unshare --net --ipc bash "${BASH_SOURCE[0]}" --inside "$BUILD"
 fi
 BUILD=$2
-OBUSPA=$BUILD/obuspa/prefix/bin/obuspa
-PLUGIN=$BUILD/agents/libtr104-usp.so
 ip link set lo up
 WORK=$(mktemp -d)
 chmod 755 "$WORK"
 . "$ROOT/scripts/voiced-common.sh"
-passed=0 failed=0
-AGENT=""
+. "$ROOT/scripts/usp-agent-common.sh"  # the USP agent: startAgent, cli
 cleanup() {
   for pid in $AGENT $VOICE $KAM; do kill "$pid" 2>/dev/null; done
   wait 2>/dev/null
   [ -z "${KEEP_WORK:-}" ] && rm -rf "$WORK"
 }
 trap cleanup EXIT
-
-check() {  # NAME RESULT(0 = pass) [DETAIL]
-  if [ "$2" -eq 0 ]; then
-    passed=$((passed + 1)); echo "ok   $1"
-  else
-    failed=$((failed + 1)); echo "FAIL $1${3:+: $3}"
-  fi
-}
 
 startRegistrar; rc=$?
 check "the registrar runs (Kamailio on 127.0.0.1:$SIP_PORT)" "$rc" "$(tail -3 "$WORK/kamailio.log")"
@@ -130,15 +119,11 @@ check "a simulated call from the unregistered line: Fail, NoDailTone, nothing di
 
 # A line disabled through the USP agent leaves the location table.
 if [ -x "$OBUSPA" ] && [ -f "$PLUGIN" ]; then
-  SOCK=$WORK/usp.sock
-  (cd "$WORK" && exec "$OBUSPA" -v 3 -f "$WORK/usp.db" -s "$SOCK" -x "$PLUGIN" >"$WORK/agent.log" 2>&1) &
-  AGENT=$!
-  cli() { timeout 60 "$OBUSPA" -s "$SOCK" -c "$@" 2>&1; }
-  waitFor 20 bash -c "[ -S '$SOCK' ] && timeout 10 '$OBUSPA' -s '$SOCK' -c get Device.LocalAgent.EndpointID | grep -q '=>'"
-  LINE=Device.Services.VoiceService.1.VoiceProfile.1.Line
+  startAgent
+  LINE=Device.Services.VoiceService.1.CallControl.Line
   out=$(cli get $LINE.1.Status)
   check "the USP agent reads line 1's status: Up" "$(grep -q '=> Up$' <<<"$out"; echo $?)" "$out"
-  out=$(cli set $LINE.1.Enable Disabled)
+  out=$(cli set $LINE.1.Enable false)
   waitFor 10 registeredAre ""
   check "line 1 disabled through the USP agent leaves the location table" "$(registeredAre ""; echo $?)" \
     "$out; location table: $(registered)"
@@ -164,5 +149,4 @@ check "the registrar stops on SIGTERM" "$(! kill -0 "$KAM" 2>/dev/null; echo $?)
 KAM=""
 [ -n "${VOICED_CHECK_LOG:-}" ] && cp "$WORK/voiced.log" "$VOICED_CHECK_LOG"
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+checkSummary

@@ -8,18 +8,8 @@ SIP_PORT=5060  # the registrar
 UA_PORT=5080   # tr104-voiced's user agent
 P=InternetGatewayDevice.Services.VoiceService.1.VoiceProfile.1
 KAM="" VOICE=""
+. "$ROOT/scripts/check-common.sh"
 
-now() { date +%s.%N; }
-since() { printf '%.1f' "$(echo "$(now) - $1" | bc)"; }
-# Waits until the command succeeds, at most S seconds: waitFor S CMD...
-waitFor() {
-  local end=$(($(date +%s) + $1))
-  shift
-  until "$@"; do
-    [ "$(date +%s)" -ge "$end" ] && return 1
-    sleep 0.2
-  done
-}
 # tr104ctl refuses to start while the request queue is full, as it is for a moment when clients
 # run in parallel: it sent nothing then, and is started again (at most 50 times, 0.1 s apart).
 ctl() {
@@ -76,11 +66,4 @@ configureLines() {
     $P.SIP.RegistrarServer 127.0.0.1 $P.SIP.RegistrarServerPort $SIP_PORT \
     $P.Line.1.SIP.AuthUserName 1001 $P.Line.1.SIP.AuthPassword secret1 \
     $P.Line.2.SIP.AuthUserName 1002 $P.Line.2.SIP.AuthPassword secret2 >"$WORK/set-lines.log"
-}
-
-# Stops a process by its id: SIGTERM, then waits for it at most S seconds.  stopProcess PID S
-stopProcess() {
-  kill -TERM "$1" 2>/dev/null
-  waitFor "$2" bash -c "! kill -0 $1 2>/dev/null"
-  wait "$1" 2>/dev/null
 }

@@ -140,9 +140,11 @@ TR104_MAP_API int tr104MapSet(const char *path, const char *value, char *error, 
  * staged and that are still waiting, as one management message is applied when it ends: a group
  * the sets completed has already been sent by its last handler; a group still incomplete is
  * sent as its slot's timer would send it, completed from the voice module's current values.
- * The slot's timer is cancelled first.  paths NULL: every waiting group.  Unknown paths and
- * paths of values sent at once are passed over.  Returns 0, or -1 when a group could not be
- * sent (error: one line naming its slot); the other groups are still applied. */
+ * Each group is sent on the timer's thread (the caller waits for it), so a slot timer firing at
+ * the same moment does not send it a second time; the slot's timer is cancelled.  paths NULL:
+ * every waiting group.  Unknown paths and paths of values sent at once are passed over.
+ * Returns 0, or -1 when a group could not be sent (error: one line naming its slot); the other
+ * groups are still applied. */
 TR104_MAP_API int tr104MapApplyGroups(const char *const *paths, unsigned int count, char *error, unsigned int errorLen);
 
 TR104_EXTERN_C_END

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "support/channel_fixture.h"
+#include "support/deferred_fixture.h"
 #include "tr104/map.h"
 #include "tr104/sip_identity.h"
 #include "tr104/sip_servers.h"
@@ -196,28 +197,7 @@ TEST_F(MapCall, RefusalsSendNothingAndFailuresNameTheParameter) {
 // The end of one management message: the groups its sets left waiting are written at once, each
 // once, completed from the voice module's values, and their timers do not write them again.  A
 // hidden value reads empty by path while its handler still answers it.
-class MapGroups : public MapCall {
-protected:
-    void SetUp() override {
-        MapCall::SetUp();
-        static const bool started = v2lin_init() == 0 && constructTr104CfgParamInfo() == 0;
-        ASSERT_TRUE(started);
-        savedTimeout_ = gTr104CfgParamTimeout;
-        gTr104CfgParamTimeout = kTimeoutMs;
-    }
-    void TearDown() override {
-        for (int slot = 0; slot < TR104_CFG_PARAM_SLOTS; ++slot) {
-            resetTr104CfgParamInfo(slot);
-        }
-        gTr104CfgParamTimeout = savedTimeout_;
-        MapCall::TearDown();
-    }
-    static bool idle(int slot) {
-        return gTr104CfgParamInfo[slot].timerStarted == 0 && gTr104CfgParamInfo[slot].cfgFlag == 0;
-    }
-    static constexpr int kTimeoutMs = 300;
-    int32_t savedTimeout_ = 0;
-};
+class MapGroups : public tr104test::DeferredBufferTest {};
 
 TEST_F(MapGroups, WaitingGroupsAreWrittenOnceAtTheEnd) {
     const std::string profile = kRoot + "Services.VoiceService.1.VoiceProfile.1.";
@@ -263,6 +243,31 @@ TEST_F(MapGroups, WaitingGroupsAreWrittenOnceAtTheEnd) {
     EXPECT_EQ(tr104MapApplyGroups(paths, 4, error, sizeof(error)), 0);
     EXPECT_EQ(tr104MapApplyGroups(nullptr, 0, error, sizeof(error)), 0);
     EXPECT_EQ(emulator.requestCount(), settled);
+}
+
+// The message ends just as the group's timer fires: the timer's send is under way (its read of
+// the current values answered late) when the message's end applies the same group.  The group
+// goes out once, with the staged value, and the call returns once it is out.
+TEST_F(MapGroups, AGroupItsTimerIsSendingIsSentOnce) {
+    const std::string user = kLine + "1.SIP.AuthUserName";
+    char error[256] = "";
+    emulator.setFault(GET_USER_AUTHOR_ID, vmemu::FaultSpec{vmemu::Fault::Late, 150, 1});
+    ASSERT_EQ(tr104MapSet(user.c_str(), "alice", error, sizeof(error)), 0) << error;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (emulator.requestsFor(GET_USER_AUTHOR_ID).empty() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    ASSERT_EQ(emulator.requestsFor(GET_USER_AUTHOR_ID).size(), 1u) << "the timer fired";
+    const char *paths[] = {user.c_str()};
+    EXPECT_EQ(tr104MapApplyGroups(paths, 1, error, sizeof(error)), 0) << error;
+    EXPECT_TRUE(idle(5));
+    ASSERT_TRUE(emulator.waitForRequests(2, std::chrono::seconds(5)));
+    std::this_thread::sleep_for(std::chrono::milliseconds(2 * kTimeoutMs));
+    EXPECT_EQ(emulator.requestsFor(GET_USER_AUTHOR_ID).size(), 1u);
+    EXPECT_EQ(emulator.requestsFor(SET_USER_AUTHOR_ID).size(), 1u);
+    char value[64] = "";
+    ASSERT_EQ(tr104MapGet(user.c_str(), value, sizeof(value), error, sizeof(error)), 0) << error;
+    EXPECT_STREQ(value, "alice");
 }
 
 TEST_F(MapGroups, AGroupThatCannotBeCompletedIsReportedAndDropped) {
