@@ -88,6 +88,9 @@ typedef struct Tr104H248MgcBlock {
     uint32_t unMgcStatus; /* 288 read only, internal code */
     char aCurrMgcAddr[140]; /* 292 read only */
 } Tr104H248MgcBlock;
+/* Change-mask bits (usMask / the first word) of the fields a set carries. */
+#define TR104_H248_MGC_ADDR_BIT 0x1
+#define TR104_H248_MGC_PORT_BIT 0x2
 
 /* MG identity block (80 bytes). Mask bit 0 MID, bit 1 registration mode. */
 typedef struct Tr104H248MidBlock {
@@ -98,6 +101,8 @@ typedef struct Tr104H248MidBlock {
     char aMid[TR104_H248_MID_LEN]; /* 10 */
     char aPad[1]; /* 79 */
 } Tr104H248MidBlock;
+#define TR104_H248_MID_BIT 0x1
+#define TR104_H248_MID_REG_MODE_BIT 0x2
 
 /* Physical termination naming block (32 bytes). Bits: 0 prefix, 1 start, 2 added length, 3 fill. */
 typedef struct Tr104H248PhyNameBlock {
@@ -108,6 +113,10 @@ typedef struct Tr104H248PhyNameBlock {
     uint32_t unAddLen; /* 24 */
     uint32_t unFillFlag; /* 28 0 zero-filled (uniform), 1 not filled */
 } Tr104H248PhyNameBlock;
+#define TR104_H248_PHY_PREFIX_BIT 0x1
+#define TR104_H248_PHY_START_BIT 0x2
+#define TR104_H248_PHY_ADD_LEN_BIT 0x4
+#define TR104_H248_PHY_FILL_BIT 0x8
 
 /* Ephemeral termination naming block (104 bytes). Bits: 0 prefix, 1 added length, 2 fill,
  * 3 start.  From offset 36 the block holds the fill word (36..39) and, in a reply naming an
@@ -123,6 +132,10 @@ typedef struct Tr104H248EphNameBlock {
     uint32_t unAddLen; /* 32 */
     unsigned char aTail[68]; /* 36 fill word, instance name, first name */
 } Tr104H248EphNameBlock;
+#define TR104_H248_EPH_PREFIX_BIT 0x1
+#define TR104_H248_EPH_ADD_LEN_BIT 0x2
+#define TR104_H248_EPH_FILL_BIT 0x4
+#define TR104_H248_EPH_START_BIT 0x8
 #define TR104_H248_EPH_FILL_OFFSET 36
 #define TR104_H248_EPH_NAME_OFFSET 37
 #define TR104_H248_EPH_FIRST_NAME_OFFSET 69
@@ -145,6 +158,10 @@ typedef struct Tr104H248AliveBlock {
     uint32_t unFormat; /* 20 */
     char aPad[100];
 } Tr104H248AliveBlock;
+#define TR104_H248_ALIVE_CYCLE_BIT 0x1
+#define TR104_H248_ALIVE_COUNT_BIT 0x2
+#define TR104_H248_ALIVE_FORMAT_BIT 0x8
+#define TR104_H248_ALIVE_MODE_BIT 0x10
 
 /* Transaction timer block (28 bytes). Bits: 0 initial, 1 cycle, 2 time, 3 count, 4 handshake. */
 typedef struct Tr104H248TransTimerBlock {
@@ -157,6 +174,11 @@ typedef struct Tr104H248TransTimerBlock {
     uint32_t unMaxRetranCount; /* 20 */
     uint32_t unHandShake; /* 24 */
 } Tr104H248TransTimerBlock;
+#define TR104_H248_RETRAN_INITIAL_BIT 0x1
+#define TR104_H248_RETRAN_CYCLE_BIT 0x2
+#define TR104_H248_RETRAN_TIME_BIT 0x4
+#define TR104_H248_MAX_RETRAN_COUNT_BIT 0x8
+#define TR104_H248_HANDSHAKE_BIT 0x10
 
 /* Registration block (32 bytes): the cycle at offset 8. */
 typedef struct Tr104H248RegBlock {
@@ -192,6 +214,13 @@ typedef struct Tr104H248DigitTimerBlock {
     uint32_t unShortDigit; /* 32 bit 0x80 */
     uint32_t unLongDigit; /* 36 bit 0x100 */
 } Tr104H248DigitTimerBlock;
+#define TR104_H248_DIAL_TONE_BIT 0x1
+#define TR104_H248_NO_ANSWER_BIT 0x2
+#define TR104_H248_BUSY_TONE_BIT 0x10
+#define TR104_H248_HANGING_REMINDER_BIT 0x20
+#define TR104_H248_START_DIGIT_BIT 0x40
+#define TR104_H248_SHORT_DIGIT_BIT 0x80
+#define TR104_H248_LONG_DIGIT_BIT 0x100
 
 /* Line-enable block (128 bytes). */
 typedef struct Tr104H248LineEnableBlock {
@@ -230,6 +259,12 @@ typedef struct Tr104H248FaxBlock {
     uint32_t aReserved2[3];
     uint32_t unFaxCtrlMode; /* 44 0x400 */
 } Tr104H248FaxBlock;
+#define TR104_H248_EVENT_DETECT_BIT 0x4
+#define TR104_H248_VBD_ENABLE_BIT 0x8
+#define TR104_H248_VBD_TX_INTERVAL_BIT 0x10
+#define TR104_H248_VBD_RX_INTERVAL_BIT 0x20
+#define TR104_H248_VBD_CODEC_BIT 0x40
+#define TR104_H248_FAX_CTRL_MODE_BIT 0x400
 
 /* Caller-id block (16 bytes): mask bit 1, mode 0 "FSK", 8 "DTMF". */
 typedef struct Tr104H248CallerIdBlock {
@@ -239,6 +274,7 @@ typedef struct Tr104H248CallerIdBlock {
     uint32_t unMode; /* 8 */
     uint32_t unRest;
 } Tr104H248CallerIdBlock;
+#define TR104_H248_CALLER_ID_MODE_BIT 0x2
 
 /* Port status record (276 bytes), get 12299; word 0 of the request is the line.  The reply
  * holds single bytes from offset 1 over the request's line word. */

@@ -32,318 +32,22 @@ const Block kAuth{sizeof(Tr104H248AuthBlock), GET_MD5_PARAM, SET_MD5_PARAM, "sen
 const Block kLocalPort{sizeof(Tr104H248LocalPortBlock), GET_LOCAL_PORT, SET_LOCAL_PORT,
                        "send msg SET_LOCAL_PORT failed\n"};
 
-constexpr uint16_t kAddr0 = offsetof(Tr104H248MgcBlock, aMgcAddr);
-constexpr uint16_t kAddr1 = kAddr0 + TR104_H248_MGC_ADDR_LEN;
-constexpr uint16_t kPort0 = offsetof(Tr104H248MgcBlock, usMgcPort);
-constexpr uint16_t kPort1 = kPort0 + 2;
+// Limits of the rows' values (tr104/catalogue/h248.toml): texts keep one byte for the NUL.
 constexpr int kMaxPort = 65535;
-
-// ---- MGC block ---------------------------------------------------------------------------------
-
-const BlockValue kPrimaryMgc{
-    gw("Tr104PrimaryMGCH248", "pPrimaryMgc"), &kMgc,         kAddr0, TR104_H248_MGC_ADDR_LEN, Conv::Text, 0x1, 0, 68,
-    "param error, pPrimaryMgc is too long\n", Where::Primary};
-const BlockValue kPrimaryMgcPort{gw("Tr104PrimaryMGCPortH248", "pPort"),
-                                 &kMgc,
-                                 kPort0,
-                                 2,
-                                 Conv::Word,
-                                 0x2,
-                                 0,
-                                 kMaxPort,
-                                 "param error, pPort[%d]\n",
-                                 Where::Primary};
-const BlockValue kSecondaryMgc{gw("Tr104SecondaryMGCH248", "pSecondaryMgc"),
-                               &kMgc,
-                               kAddr1,
-                               TR104_H248_MGC_ADDR_LEN,
-                               Conv::Text,
-                               0x1,
-                               0,
-                               68,
-                               "param error, pSecondaryMgc is too long\n",
-                               Where::Secondary};
-const BlockValue kSecondaryMgcPort{gw("Tr104SecondaryMGCPortH248", "pPort"),
-                                   &kMgc,
-                                   kPort1,
-                                   2,
-                                   Conv::Word,
-                                   0x2,
-                                   0,
-                                   kMaxPort,
-                                   "param error, pPort[%d]\n",
-                                   Where::Secondary};
-const BlockValue kCurrMgcNum{gw("Tr104CurrMgcNumH248", "pCurrMgcNum", Access::GetOnly),
-                             &kMgc,
-                             offsetof(Tr104H248MgcBlock, unCurrMgcNum),
-                             4,
-                             Conv::Word,
-                             0,
-                             0,
-                             0,
-                             nullptr};
-const BlockValue kCurrMgcAddr{gw("Tr104CurrMgcAddrH248", "pCurrMgcAddr", Access::GetOnly),
-                              &kMgc,
-                              offsetof(Tr104H248MgcBlock, aCurrMgcAddr),
-                              sizeof(Tr104H248MgcBlock::aCurrMgcAddr),
-                              Conv::Text,
-                              0,
-                              0,
-                              0,
-                              nullptr};
-const BlockValue kMgcStatus{gw("Tr104MgcStatusH248", "pMgcStatus", Access::GetOnly),
-                            &kMgc,
-                            offsetof(Tr104H248MgcBlock, unMgcStatus),
-                            4,
-                            Conv::MgcStatus,
-                            0,
-                            0,
-                            0,
-                            nullptr};
-
-// ---- Gateway identity and port -----------------------------------------------------------------
-
-const BlockValue kLocalPortValue{gw("Tr104MgLocalPortH248", "pLocalPort"),
-                                 &kLocalPort,
-                                 offsetof(Tr104H248LocalPortBlock, unLocalPort),
-                                 4,
-                                 Conv::Word,
-                                 0,
-                                 0,
-                                 kMaxPort,
-                                 "param error, pLocalPort[%d]\n"};
-const BlockValue kMgId{gw("Tr104MgIdH248", "pMgId"),
-                       &kMid,
-                       offsetof(Tr104H248MidBlock, aMid),
-                       TR104_H248_MID_LEN,
-                       Conv::Text,
-                       0x1,
-                       0,
-                       68,
-                       "param error, pMgId is too long\n"};
-const BlockValue kMgRegMode{
-    gw("Tr104MgRegModeH248", "pMgRegMode"), &kMidMode, offsetof(Tr104H248MidBlock, unRegMode), 4, Conv::Word, 0x2, 0, 2,
-    "param error, pMgRegMode[%d]\n"};
-
-// ---- Physical and ephemeral termination naming -------------------------------------------------
-
-const BlockValue kPhyPrefix{gw("Tr104PhysicalTermIDPrefixH248", "pPrefix"),
-                            &kPhyName,
-                            offsetof(Tr104H248PhyNameBlock, aPrefix),
-                            TR104_H248_PREFIX_LEN,
-                            Conv::Text,
-                            0x1,
-                            0,
-                            15,
-                            "param error, pPrefix is too long\n"};
-const BlockValue kPhyStart{gw("Tr104PhysicalTermIDStartVlaueH248", "pStartValue"),
-                           &kPhyName,
-                           offsetof(Tr104H248PhyNameBlock, unStart),
-                           4,
-                           Conv::Word,
-                           0x2,
-                           0,
-                           kMaxPort,
-                           "param error, pStartValue[%d]\n"};
-const BlockValue kPhyAddLen{gw("Tr104PhysicalTermIDAddLenH248", "pAddLen"),
-                            &kPhyName,
-                            offsetof(Tr104H248PhyNameBlock, unAddLen),
-                            4,
-                            Conv::Word,
-                            0x4,
-                            1,
-                            5,
-                            "param error, pAddLen[%d]\n"};
-const BlockValue kPhyUniform{gw("Tr104PhysicalTermIDUniformH248", "pUniform"),
-                             &kPhyName,
-                             offsetof(Tr104H248PhyNameBlock, unFillFlag),
-                             4,
-                             Conv::Inverted,
-                             0x8,
-                             0,
-                             1,
-                             "param error, pUniform[%d]\n"};
-const BlockValue kEphPrefix{gw("Tr104EphemeralTermIDPrefixH248", "pPrefix"),
-                            &kEphName,
-                            offsetof(Tr104H248EphNameBlock, aPrefix),
-                            TR104_H248_PREFIX_LEN,
-                            Conv::Text,
-                            0x1,
-                            0,
-                            15,
-                            "param error, pPrefix is too long\n"};
-const BlockValue kEphAddLen{gw("Tr104EphemeralTermIDAddLenH248", "pAddLen"),
-                            &kEphName,
-                            offsetof(Tr104H248EphNameBlock, unAddLen),
-                            4,
-                            Conv::Word,
-                            0x2,
-                            1,
-                            5,
-                            "param error, pAddLen[%d]\n"};
-const BlockValue kEphUniform{gw("Tr104EphemeralTermIDUniformH248", "pUniform"),
-                             &kEphName,
-                             TR104_H248_EPH_FILL_OFFSET,
-                             4,
-                             Conv::Inverted,
-                             0x4,
-                             0,
-                             1,
-                             "param error, pUniform[%d]\n"};
-const BlockValue kEphStart{gw("Tr104EphemeralTermIDStartVlaueH248", "pStartValue"),
-                           &kEphName,
-                           offsetof(Tr104H248EphNameBlock, unStart),
-                           4,
-                           Conv::Word,
-                           0x8,
-                           0,
-                           kMaxPort,
-                           "param error, pStartValue[%d]\n"};
-// The instance name of a get: instance 0 (allowed, below 3) names no instance.
-const BlockValue kEphInstanceName{{"Tr104EphemeralTermIDNameH248", "pEphName", Locate::LineOrAll, Access::GetOnly},
-                                  &kEphName,
-                                  TR104_H248_EPH_NAME_OFFSET,
-                                  TR104_H248_EPH_NAME_LEN,
-                                  Conv::Text,
-                                  0,
-                                  0,
-                                  0,
-                                  nullptr,
-                                  Where::Instance,
-                                  1,
-                                  0,
-                                  nullptr,
-                                  0,
-                                  nullptr,
-                                  "nFlag[%d], pEphName[%s], nLocate[2][%d]\n"};
-const BlockValue kEphFirstName{gw("Tr104EphemeralTermIDFirstNameH248", "pEphName", Access::GetOnly),
-                               &kEphName,
-                               TR104_H248_EPH_FIRST_NAME_OFFSET,
-                               sizeof(Tr104H248EphNameBlock) - TR104_H248_EPH_FIRST_NAME_OFFSET,
-                               Conv::Text,
-                               0,
-                               0,
-                               0,
-                               nullptr};
-// Its debug line names the instance as well.
-constexpr BlockValue namingInstance(BlockValue v) {
-    v.done = "nFlag[%d], pTermId[%s], nLocate[2][%d]\n";
-    v.doneNamesFlag = true;
-    return v;
-}
-constexpr Signature kPhysicalTermIdSig{"Tr104PhysicalTermIdH248", "pTermId", Locate::Line, Access::GetSet};
-const BlockValue kPhysicalTermId = namingInstance(
-    BlockValue{kPhysicalTermIdSig, &kTermId, offsetof(Tr104H248TermIdBlock, aTermId), TR104_H248_TERM_ID_LEN,
-               Conv::Text, 0, 0, 32, "param error, pTermId is too long\n", Where::Line, 1, TR104_H248_TERM_ID_LEN});
-
-// ---- Heartbeat, transaction timers, registration, authentication -------------------------------
-
-const BlockValue kHeartbeatMode{gw("Tr104HeartbeatModeH248", "pHeartbeatMode"),
-                                &kAlive,
-                                offsetof(Tr104H248AliveBlock, unMode),
-                                4,
-                                Conv::Word,
-                                0x10,
-                                0,
-                                2,
-                                "param error, pHeartbeatMode[%d]\n"};
-const BlockValue kHeartbeatCycle{gw("Tr104HeartbeatCycleH248", "pHeartbeatCycle"),
-                                 &kAlive,
-                                 offsetof(Tr104H248AliveBlock, unCycle),
-                                 4,
-                                 Conv::Word,
-                                 0x1,
-                                 1,
-                                 kMaxPort,
-                                 "param error, pHeartbeatCycle[%d]\n"};
-const BlockValue kHeartbeatCount{gw("Tr104HeartbeatCountH248", "pHeartbeatCount"),
-                                 &kAlive,
-                                 offsetof(Tr104H248AliveBlock, unCount),
-                                 4,
-                                 Conv::Word,
-                                 0x2,
-                                 1,
-                                 kMaxPort,
-                                 "param error, pHeartbeatCount[%d]\n"};
-const BlockValue kHeartbeatFormat{gw("Tr104HeartbeatFormatH248", "pHeartbeatFormat"),
-                                  &kAlive,
-                                  offsetof(Tr104H248AliveBlock, unFormat),
-                                  4,
-                                  Conv::Word,
-                                  0x8,
-                                  0,
-                                  1,
-                                  "param error, pHeartbeatFormat[%d]\n"};
-const BlockValue kHandShake{gw("Tr104ThreeHandShakeEnableH248", "pHandShakeFlag"),
-                            &kTrans,
-                            offsetof(Tr104H248TransTimerBlock, unHandShake),
-                            4,
-                            Conv::Word,
-                            0x10,
-                            0,
-                            1,
-                            "param error, pHandShakeFlag[%d]\n"};
-// The three retransmission timers: seconds here, milliseconds in the voice module.
-const BlockValue kRetranInitial{gw("Tr104RetranTimerInitialH248", "pRetranTime"),
-                                &kTrans,
-                                offsetof(Tr104H248TransTimerBlock, unRetranInitial),
-                                4,
-                                Conv::Word,
-                                0x1,
-                                1,
-                                20,
-                                "param error, pRetranTime[%d]\n",
-                                Where::None,
-                                1000};
-const BlockValue kRetranCycle{gw("Tr104RetransmissionCycleH248", "pRetransmissionCycle"),
-                              &kTrans,
-                              offsetof(Tr104H248TransTimerBlock, unRetranCycle),
-                              4,
-                              Conv::Word,
-                              0x2,
-                              1,
-                              20,
-                              "param error, pRetransmissionCycle[%d]\n",
-                              Where::None,
-                              1000};
-const BlockValue kRetranTime{gw("Tr104RetransmissionTimeH248", "pRetransmissionTime"),
-                             &kTrans,
-                             offsetof(Tr104H248TransTimerBlock, unRetranTime),
-                             4,
-                             Conv::Word,
-                             0x4,
-                             1,
-                             60,
-                             "param error, pRetransmissionTime[%d]\n",
-                             Where::None,
-                             1000};
-const BlockValue kMaxRetranCount{gw("Tr104MaxRetranCountH248", "pMaxRetranCount"),
-                                 &kTrans,
-                                 offsetof(Tr104H248TransTimerBlock, unMaxRetranCount),
-                                 4,
-                                 Conv::Word,
-                                 0x8,
-                                 1,
-                                 kMaxPort,
-                                 "param error, pMaxRetranCount[%d]\n"};
-const BlockValue kRegisterCycle{gw("Tr104MgRegisterCycleH248", "pRegisterCycle"),
-                                &kReg,
-                                offsetof(Tr104H248RegBlock, unRegisterCycle),
-                                4,
-                                Conv::Word,
-                                0,
-                                1,
-                                300,
-                                "param error, pRegisterCycle[%d]\n"};
-const BlockValue kAuthMethod{gw("Tr104AuthenticationMethH248", "pAuthMethId"),
-                             &kAuth,
-                             offsetof(Tr104H248AuthBlock, unAuthMethod),
-                             4,
-                             Conv::Word,
-                             0,
-                             0,
-                             1,
-                             "param error, pAuthMethId[%d]\n"};
+constexpr int kMgcAddrLongest = TR104_H248_MGC_ADDR_LEN - 1;
+constexpr int kMidLongest = TR104_H248_MID_LEN - 1;
+constexpr int kPrefixLongest = TR104_H248_PREFIX_LEN - 1;
+constexpr int kTermIdLongest = TR104_H248_TERM_ID_LEN - 1;
+constexpr int kAddLenFewest = 1;  // digits added to a termination name
+constexpr int kAddLenMost = 5;
+constexpr int kRetranSecondsMost = 20;  // the first retransmission and the cycle
+constexpr int kRetranTimeMost = 60;
+constexpr int kRegisterCycleMost = 300;
+constexpr uint32_t kMsPerSecond = 1000;
+// Where the ephemeral block's tail holds the instance name and the first name.
+constexpr std::size_t kEphNameInTail = TR104_H248_EPH_NAME_OFFSET - TR104_H248_EPH_FILL_OFFSET;
+constexpr std::size_t kEphFirstNameInTail = TR104_H248_EPH_FIRST_NAME_OFFSET - TR104_H248_EPH_FILL_OFFSET;
+constexpr uint8_t kEphFirstNameRoom = sizeof(Tr104H248EphNameBlock) - TR104_H248_EPH_FIRST_NAME_OFFSET;
 
 // ---- Values held in library memory -------------------------------------------------------------
 
@@ -406,20 +110,22 @@ struct NameRule {
     uint16_t prefix, length, start, fill;
     uint16_t mask;  // the four bits at once
 };
-const NameRule kPhyNameRule{kPhyRule,
-                            &kPhyName,
-                            offsetof(Tr104H248PhyNameBlock, aPrefix),
-                            offsetof(Tr104H248PhyNameBlock, unAddLen),
-                            offsetof(Tr104H248PhyNameBlock, unStart),
-                            offsetof(Tr104H248PhyNameBlock, unFillFlag),
-                            0xF};
-const NameRule kEphNameRule2{kEphRule2,
-                             &kEphName,
-                             offsetof(Tr104H248EphNameBlock, aPrefix),
-                             offsetof(Tr104H248EphNameBlock, unAddLen),
-                             offsetof(Tr104H248EphNameBlock, unStart),
-                             TR104_H248_EPH_FILL_OFFSET,
-                             0xF};
+const NameRule kPhyNameRule{
+    kPhyRule,
+    &kPhyName,
+    offsetof(Tr104H248PhyNameBlock, aPrefix),
+    offsetof(Tr104H248PhyNameBlock, unAddLen),
+    offsetof(Tr104H248PhyNameBlock, unStart),
+    offsetof(Tr104H248PhyNameBlock, unFillFlag),
+    TR104_H248_PHY_PREFIX_BIT | TR104_H248_PHY_ADD_LEN_BIT | TR104_H248_PHY_START_BIT | TR104_H248_PHY_FILL_BIT};
+const NameRule kEphNameRule2{
+    kEphRule2,
+    &kEphName,
+    offsetof(Tr104H248EphNameBlock, aPrefix),
+    offsetof(Tr104H248EphNameBlock, unAddLen),
+    offsetof(Tr104H248EphNameBlock, unStart),
+    TR104_H248_EPH_FILL_OFFSET,
+    TR104_H248_EPH_PREFIX_BIT | TR104_H248_EPH_ADD_LEN_BIT | TR104_H248_EPH_START_BIT | TR104_H248_EPH_FILL_BIT};
 
 uint32_t wordAt(const char *data, uint16_t offset) {
     uint32_t v;
@@ -476,90 +182,9 @@ int maskedRule(const NameRule &r, int nFlag, char *pPrefix, uint32_t *pLength, u
 using namespace tr104::h248;
 namespace core = tr104::core;
 
-TR104_API int Tr104PrimaryMGCH248(int nFlag, void *pValue) { return blockValue(kPrimaryMgc, nFlag, pValue, nullptr); }
-TR104_API int Tr104PrimaryMGCPortH248(int nFlag, void *pValue) {
-    return blockValue(kPrimaryMgcPort, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104SecondaryMGCH248(int nFlag, void *pValue) {
-    return blockValue(kSecondaryMgc, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104SecondaryMGCPortH248(int nFlag, void *pValue) {
-    return blockValue(kSecondaryMgcPort, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104CurrMgcNumH248(int nFlag, void *pValue) { return blockValue(kCurrMgcNum, nFlag, pValue, nullptr); }
-TR104_API int Tr104CurrMgcAddrH248(int nFlag, void *pValue) { return blockValue(kCurrMgcAddr, nFlag, pValue, nullptr); }
-TR104_API int Tr104MgcStatusH248(int nFlag, void *pValue) { return blockValue(kMgcStatus, nFlag, pValue, nullptr); }
-TR104_API int Tr104MgLocalPortH248(int nFlag, void *pValue) {
-    return blockValue(kLocalPortValue, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104MgIdH248(int nFlag, void *pValue) { return blockValue(kMgId, nFlag, pValue, nullptr); }
-TR104_API int Tr104MgRegModeH248(int nFlag, void *pValue) { return blockValue(kMgRegMode, nFlag, pValue, nullptr); }
-TR104_API int Tr104PhysicalTermIDPrefixH248(int nFlag, void *pValue) {
-    return blockValue(kPhyPrefix, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104PhysicalTermIDAddLenH248(int nFlag, void *pValue) {
-    return blockValue(kPhyAddLen, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104PhysicalTermIDStartVlaueH248(int nFlag, void *pValue) {
-    return blockValue(kPhyStart, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104PhysicalTermIDUniformH248(int nFlag, void *pValue) {
-    return blockValue(kPhyUniform, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104PhysicalTermIdH248(int nFlag, void *pValue, int *nLocate) {
-    return blockValue(kPhysicalTermId, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104EphemeralTermIDPrefixH248(int nFlag, void *pValue) {
-    return blockValue(kEphPrefix, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104EphemeralTermIDAddLenH248(int nFlag, void *pValue) {
-    return blockValue(kEphAddLen, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104EphemeralTermIDUniformH248(int nFlag, void *pValue) {
-    return blockValue(kEphUniform, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104EphemeralTermIDStartVlaueH248(int nFlag, void *pValue) {
-    return blockValue(kEphStart, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104EphemeralTermIDNameH248(int nFlag, void *pValue, int *nLocate) {
-    return blockValue(kEphInstanceName, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104EphemeralTermIDFirstNameH248(int nFlag, void *pValue) {
-    return blockValue(kEphFirstName, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104HeartbeatModeH248(int nFlag, void *pValue) {
-    return blockValue(kHeartbeatMode, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104HeartbeatCycleH248(int nFlag, void *pValue) {
-    return blockValue(kHeartbeatCycle, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104HeartbeatCountH248(int nFlag, void *pValue) {
-    return blockValue(kHeartbeatCount, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104HeartbeatFormatH248(int nFlag, void *pValue) {
-    return blockValue(kHeartbeatFormat, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104ThreeHandShakeEnableH248(int nFlag, void *pValue) {
-    return blockValue(kHandShake, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104RetranTimerInitialH248(int nFlag, void *pValue) {
-    return blockValue(kRetranInitial, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104MaxRetranCountH248(int nFlag, void *pValue) {
-    return blockValue(kMaxRetranCount, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104RetransmissionTimeH248(int nFlag, void *pValue) {
-    return blockValue(kRetranTime, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104RetransmissionCycleH248(int nFlag, void *pValue) {
-    return blockValue(kRetranCycle, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104MgRegisterCycleH248(int nFlag, void *pValue) {
-    return blockValue(kRegisterCycle, nFlag, pValue, nullptr);
-}
-TR104_API int Tr104AuthenticationMethH248(int nFlag, void *pValue) {
-    return blockValue(kAuthMethod, nFlag, pValue, nullptr);
-}
+#include "tr104/catalogue/h248_GatewayValue.inc"
+#include "tr104/catalogue/h248_GatewayLineValue.inc"
+
 TR104_API int Tr104MessageEncodingTypeH248(int nFlag, void *pValue) { return heldValue(kEncodingType, nFlag, pValue); }
 TR104_API int Tr104DeviceNameH248(int nFlag, void *pValue) { return heldValue(kDeviceName, nFlag, pValue); }
 TR104_API int Tr104LongTimerH248(int nFlag, void *pValue) { return heldValue(kLongTimer, nFlag, pValue); }
@@ -667,7 +292,7 @@ TR104_API int Tr104MgcRegisterH248(int, void *pRegister, char *pMgcAddr, int *) 
         return TR104_ERR_PARAM;
     }
     core::copyBounded(block.aMgcAddr[0], pMgcAddr, sizeof(block.aMgcAddr[0]) - 1);
-    block.usMask = 0x1;
+    block.usMask = TR104_H248_MGC_ADDR_BIT;
     const unsigned int cmd = intValue(pRegister) == 1 ? REG_MGC_ID : UNREG_MGC_ID;
     if (core::sendRecord(kName, &block, sizeof(block), cmd) != TR104_OK) {
         say(kName, "send msg REG_MGC or UNREG_MGC failed\n");
