@@ -217,7 +217,7 @@ def field_lists(cat):
             continue
         records = {}
         for row in cat.by_shape(name):
-            bit = row[shape['fieldListBit']]
+            bit = row.get(shape['fieldListBit'], '0')  # a row without a bit: a field a set always carries
             records.setdefault(row['record'], []).append(f"X({bit}, {row['record']}, {row['field']})")
         for record, fields in records.items():
             out.append(f"\n#define {shape['fieldList']}_{record}(X)" + ''.join(f' \\\n    {f}' for f in fields) + '\n')

@@ -12,6 +12,7 @@
 #include "emulator/area_state.h"
 #include "emulator/h248_emulator.h"
 #include "emulator/state_file.h"
+#include "tr104/catalogue/field_lists.h"
 #include "emulator/protocol_family.h"
 
 namespace vmemu::h248 {
@@ -46,110 +47,90 @@ const std::vector<BlockKind> &blockKinds() {
          {SET_MID},
          sizeof(Tr104H248MidBlock),
          Mode::Masked,
-         {{0x1, {OFF(Tr104H248MidBlock, aMid), TR104_H248_MID_LEN}}, {0x2, {OFF(Tr104H248MidBlock, unRegMode), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248MidBlock(VMEMU_MASKED_FIELD)}},
         {"PHY_NAME",
          GET_PHY_NAME,
          {SET_PHY_NAME},
          sizeof(Tr104H248PhyNameBlock),
          Mode::Masked,
-         {{0x1, {OFF(Tr104H248PhyNameBlock, aPrefix), TR104_H248_PREFIX_LEN}},
-          {0x2, {OFF(Tr104H248PhyNameBlock, unStart), 4}},
-          {0x4, {OFF(Tr104H248PhyNameBlock, unAddLen), 4}},
-          {0x8, {OFF(Tr104H248PhyNameBlock, unFillFlag), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248PhyNameBlock(VMEMU_MASKED_FIELD)}},
         {"EPH_NAME",
          GET_EPH_NAME,
          {SET_EPH_NAME},
          sizeof(Tr104H248EphNameBlock),
          Mode::EphName,
-         {{0x1, {OFF(Tr104H248EphNameBlock, aPrefix), TR104_H248_PREFIX_LEN}},
-          {0x2, {OFF(Tr104H248EphNameBlock, unAddLen), 4}},
-          {0x4, {TR104_H248_EPH_FILL_OFFSET, 4}},
-          {0x8, {OFF(Tr104H248EphNameBlock, unStart), 4}}}},
+         // The fill word opens the tail, which holds the names as well.
+         {{TR104_H248_EPH_PREFIX_BIT, VMEMU_MEMBER(Tr104H248EphNameBlock, aPrefix)},
+          {TR104_H248_EPH_ADD_LEN_BIT, VMEMU_MEMBER(Tr104H248EphNameBlock, unAddLen)},
+          {TR104_H248_EPH_FILL_BIT, {OFF(Tr104H248EphNameBlock, aTail), sizeof(uint32_t)}},
+          {TR104_H248_EPH_START_BIT, VMEMU_MEMBER(Tr104H248EphNameBlock, unStart)}}},
         {"SINGLE_USERNAME", GET_SINGLE_USERNAME, {SET_SINGLE_USERNAME}, sizeof(Tr104H248TermIdBlock), Mode::TermId, {}},
         {"ALIVE_PARAM",
          GET_ALIVE_PARAM,
          {SET_ALIVE_PARAM},
          sizeof(Tr104H248AliveBlock),
          Mode::Masked,
-         {{0x1, {OFF(Tr104H248AliveBlock, unCycle), 4}},
-          {0x2, {OFF(Tr104H248AliveBlock, unCount), 4}},
-          {0x8, {OFF(Tr104H248AliveBlock, unFormat), 4}},
-          {0x10, {OFF(Tr104H248AliveBlock, unMode), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248AliveBlock(VMEMU_MASKED_FIELD)}},
         {"TRANS_TIME",
          GET_TRANS_TIME,
          {SET_TRANS_TIME},
          sizeof(Tr104H248TransTimerBlock),
          Mode::Masked,
-         {{0x1, {OFF(Tr104H248TransTimerBlock, unRetranInitial), 4}},
-          {0x2, {OFF(Tr104H248TransTimerBlock, unRetranCycle), 4}},
-          {0x4, {OFF(Tr104H248TransTimerBlock, unRetranTime), 4}},
-          {0x8, {OFF(Tr104H248TransTimerBlock, unMaxRetranCount), 4}},
-          {0x10, {OFF(Tr104H248TransTimerBlock, unHandShake), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248TransTimerBlock(VMEMU_MASKED_FIELD)}},
         {"REGMG_PARAM",
          GET_REGMG_PARAM,
          {SET_REGMG_PARAM},
          sizeof(Tr104H248RegBlock),
          Mode::Fields,
-         {{0, {OFF(Tr104H248RegBlock, unRegisterCycle), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248RegBlock(VMEMU_MASKED_FIELD)}},
         {"MD5_PARAM",
          GET_MD5_PARAM,
          {SET_MD5_PARAM},
          sizeof(Tr104H248AuthBlock),
          Mode::Fields,
-         {{0, {OFF(Tr104H248AuthBlock, unAuthMethod), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248AuthBlock(VMEMU_MASKED_FIELD)}},
         {"LOCAL_PORT",
          GET_LOCAL_PORT,
          {SET_LOCAL_PORT},
          sizeof(Tr104H248LocalPortBlock),
          Mode::Fields,
-         {{0, {OFF(Tr104H248LocalPortBlock, unLocalPort), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248LocalPortBlock(VMEMU_MASKED_FIELD)}},
         {"DIG_TIMEOUT",
          GET_H248_DIG_TIMEOUT_ID,
          {SET_TONE_TIMEOUT_ID, SET_H248_DIG_TIMEOUT_ID},
          sizeof(Tr104H248DigitTimerBlock),
          Mode::Masked,
-         {{0x1, {OFF(Tr104H248DigitTimerBlock, unDialTone), 4}},
-          {0x2, {OFF(Tr104H248DigitTimerBlock, unNoAnswer), 4}},
-          {0x10, {OFF(Tr104H248DigitTimerBlock, unBusyTone), 4}},
-          {0x20, {OFF(Tr104H248DigitTimerBlock, unHangingReminder), 4}},
-          {0x40, {OFF(Tr104H248DigitTimerBlock, unStartDigit), 4}},
-          {0x80, {OFF(Tr104H248DigitTimerBlock, unShortDigit), 4}},
-          {0x100, {OFF(Tr104H248DigitTimerBlock, unLongDigit), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248DigitTimerBlock(VMEMU_MASKED_FIELD)}},
         {"LINE_ENABLE",
          GET_H248_LINE_ENABLE_ID,
          {SET_H248_LINE_ENABLE_ID},
          sizeof(Tr104H248LineEnableBlock),
          Mode::Line,
-         {{0, {OFF(Tr104H248LineEnableBlock, unEnable), 4}}}},
+         {VMEMU_MASKED_FIELD(0, Tr104H248LineEnableBlock, unEnable)}},
         {"MATCH_MODE",
          GET_H248_MATCH_MODE_ID,
          {SET_H248_MATCH_MODE_ID},
          sizeof(Tr104H248MatchModeBlock),
          Mode::Fields,
-         {{0, {OFF(Tr104H248MatchModeBlock, unMatchMode), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248MatchModeBlock(VMEMU_MASKED_FIELD)}},
         {"RTP_LOCAL_PORT",
          GET_RTP_LOCAL_PORT_ID,
          {SET_RTP_LOCAL_PORT_ID},
          sizeof(Tr104H248RtpPortBlock),
          Mode::Fields,
-         {{0, {0, 8}}}},
+         {TR104_MASKED_FIELDS_Tr104H248RtpPortBlock(VMEMU_MASKED_FIELD)}},
         {"FAX_MODE",
          GET_H248_FAX_MODE_ID,
          {SET_H248_FAX_MODE_ID},
          sizeof(Tr104H248FaxBlock),
          Mode::WholeMask,
-         {{0x4, {OFF(Tr104H248FaxBlock, unEventDetect), 4}},
-          {0x8, {OFF(Tr104H248FaxBlock, unVbdEnable), 4}},
-          {0x20, {OFF(Tr104H248FaxBlock, unVbdRxInterval), 4}},
-          {0x10, {OFF(Tr104H248FaxBlock, unVbdTxInterval), 4}},
-          {0x40, {OFF(Tr104H248FaxBlock, unVbdCodec), 4}},
-          {0x400, {OFF(Tr104H248FaxBlock, unFaxCtrlMode), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248FaxBlock(VMEMU_MASKED_FIELD)}},
         {"CALLID_PARAM",
          GET_CALLID_PARAM,
          {SET_CALLID_PARAM},
          sizeof(Tr104H248CallerIdBlock),
          Mode::Masked,
-         {{0x2, {OFF(Tr104H248CallerIdBlock, unMode), 4}}}},
+         {TR104_MASKED_FIELDS_Tr104H248CallerIdBlock(VMEMU_MASKED_FIELD)}},
     };
     return kinds;
 }
@@ -243,11 +224,13 @@ void applySet(State &s, const BlockKind &kind, const char *in) {
     case Mode::EphName: {
         auto &rec = stored(s, kind, 0);
         if (kind.mode == Mode::EphName && mask == 0) {
-            for (uint32_t off : {OFF(Tr104H248EphNameBlock, unStart), OFF(Tr104H248EphNameBlock, unEnd),
-                                 OFF(Tr104H248EphNameBlock, unStep), uint32_t{TR104_H248_EPH_FILL_OFFSET}}) {
-                copyField(rec, in, {off, 4});
+            // The range rule: first part, start, end, step and the fill word that opens the tail.
+            for (const Field &f :
+                 {VMEMU_MEMBER(Tr104H248EphNameBlock, aPrefix), VMEMU_MEMBER(Tr104H248EphNameBlock, unStart),
+                  VMEMU_MEMBER(Tr104H248EphNameBlock, unEnd), VMEMU_MEMBER(Tr104H248EphNameBlock, unStep),
+                  Field{OFF(Tr104H248EphNameBlock, aTail), sizeof(uint32_t)}}) {
+                copyField(rec, in, f);
             }
-            copyField(rec, in, {OFF(Tr104H248EphNameBlock, aPrefix), TR104_H248_PREFIX_LEN});
             break;
         }
         for (const MaskedField &f : kind.fields) {
@@ -280,12 +263,16 @@ void applySet(State &s, const BlockKind &kind, const char *in) {
             break;
         }
         auto &rec = stored(s, kind, 0);
-        if (mask & 0x1) {
+        // Entry 0 is the primary MGC, entry 1 the secondary.
+        if (mask & TR104_H248_MGC_ADDR_BIT) {
             copyField(rec, in,
-                      {OFF(Tr104H248MgcBlock, aMgcAddr) + index * TR104_H248_MGC_ADDR_LEN, TR104_H248_MGC_ADDR_LEN});
+                      index == 0 ? VMEMU_MEMBER(Tr104H248MgcBlock, aMgcAddr[0])
+                                 : VMEMU_MEMBER(Tr104H248MgcBlock, aMgcAddr[1]));
         }
-        if (mask & 0x2) {
-            copyField(rec, in, {OFF(Tr104H248MgcBlock, usMgcPort) + index * 2, 2});
+        if (mask & TR104_H248_MGC_PORT_BIT) {
+            copyField(rec, in,
+                      index == 0 ? VMEMU_MEMBER(Tr104H248MgcBlock, usMgcPort[0])
+                                 : VMEMU_MEMBER(Tr104H248MgcBlock, usMgcPort[1]));
         }
         break;
     }
