@@ -11,10 +11,6 @@ using core::intValue;
 using core::putInt;
 using core::say;
 
-constexpr Signature gw(const char *name, const char *valueName, Access access = Access::GetSet) {
-    return Signature{name, valueName, Locate::None, access};
-}
-
 // ---- Blocks ------------------------------------------------------------------------------------
 
 const Block kMgc{sizeof(Tr104H248MgcBlock), GET_MGC_CFG_ID, SET_MGC_CFG_ID, "send msg SET_MGC_CFG_ID failed\n"};
@@ -60,34 +56,6 @@ int gProtocolVersion = 1;
 int gMessageFormat = 0;
 
 const TextCode kEncodings[] = {{"ABNF", 0}, {"ASN.1", 1}};
-
-const HeldValue kEncodingType{gw("Tr104MessageEncodingTypeH248", "pEncodingType"),
-                              gEncodingType,
-                              sizeof(gEncodingType),
-                              true,
-                              0,
-                              0,
-                              false,
-                              kEncodings,
-                              2,
-                              "param error, pEncodingType[%s]\n"};
-// Stored as given; a text longer than the buffer keeps its first 68 characters.
-// A null pointer is reported as the MID's ("pMgId"); the debug line names the device name.
-constexpr HeldValue shownAsDeviceName(HeldValue v) {
-    v.shownName = "pDeviceName";
-    return v;
-}
-const HeldValue kDeviceName =
-    shownAsDeviceName({gw("Tr104DeviceNameH248", "pMgId"), gDeviceName, sizeof(gDeviceName), true, 0, 0, true});
-const HeldValue kLongTimer{gw("Tr104LongTimerH248", "pLongTime"), &gLongTimer, 4, false, 0, 0, true};
-const HeldValue kPendingTimer{gw("Tr104PendingTimerH248", "pPendingTime"), &gPendingTimer, 4, false, 0, 0, true};
-const HeldValue kRegisterFlag{
-    gw("Tr104MgRegisterH248", "pRegisterFlag"), &gRegisterFlag, 4, false, 0, 1, false, nullptr, 0,
-    "param error, pRegisterFlag[%d]\n"};
-const HeldValue kProtocolVersion{
-    gw("Tr104ProtocolVersionH248", "pVersion", Access::GetOnly), &gProtocolVersion, 4, false, 0, 0, false};
-const HeldValue kMessageFormat{
-    gw("Tr104MessageFormatH248", "pMessageFormat", Access::GetOnly), &gMessageFormat, 4, false, 0, 0, false};
 
 // ---- Naming rules with several pointers --------------------------------------------------------
 
@@ -184,14 +152,7 @@ namespace core = tr104::core;
 
 #include "tr104/catalogue/h248_GatewayValue.inc"
 #include "tr104/catalogue/h248_GatewayLineValue.inc"
-
-TR104_API int Tr104MessageEncodingTypeH248(int nFlag, void *pValue) { return heldValue(kEncodingType, nFlag, pValue); }
-TR104_API int Tr104DeviceNameH248(int nFlag, void *pValue) { return heldValue(kDeviceName, nFlag, pValue); }
-TR104_API int Tr104LongTimerH248(int nFlag, void *pValue) { return heldValue(kLongTimer, nFlag, pValue); }
-TR104_API int Tr104PendingTimerH248(int nFlag, void *pValue) { return heldValue(kPendingTimer, nFlag, pValue); }
-TR104_API int Tr104MgRegisterH248(int nFlag, void *pValue) { return heldValue(kRegisterFlag, nFlag, pValue); }
-TR104_API int Tr104ProtocolVersionH248(int nFlag, void *pValue) { return heldValue(kProtocolVersion, nFlag, pValue); }
-TR104_API int Tr104MessageFormatH248(int nFlag, void *pValue) { return heldValue(kMessageFormat, nFlag, pValue); }
+#include "tr104/catalogue/h248_HeldValue.inc"
 
 TR104_API int Tr104PhyNameRuleH248(int nFlag, char *pPrefix, uint32_t *pLength, uint32_t *pStart, uint32_t *pFillFlag) {
     return maskedRule(kPhyNameRule, nFlag, pPrefix, pLength, pStart, pFillFlag);
