@@ -76,6 +76,7 @@ int profileNumber(int nFlag, void *pValue, int *) { return Tr104ProfileNumber(nF
 int timeEnable(int nFlag, void *pValue, int *) { return Tr104TimeEnable(nFlag, pValue); }
 int ntpServer2(int nFlag, void *pValue, int *) { return Tr104TimeNtpServer2(nFlag, pValue); }
 int netMask(int nFlag, void *pValue, int *) { return Tr104NetMaskConfig(nFlag, pValue); }
+int ignoreClearCfg(int nFlag, void *pValue, int *) { return Tr104PrivateIgnoreClearCfgEnable(nFlag, pValue); }
 // A number and its type, as the number tables take them.
 int iptNumber(int nFlag, void *pValue, int *nLocate) {
     char type[] = "1";
@@ -130,6 +131,9 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         {"Tr104TimeEnable", timeEnable, "getError", Call::GetFails, TR104_GET_NTP_ENABLE_ID, 0, nullptr, "", -1},
         {"Tr104TimeNtpServer2", ntpServer2, "getError", Call::GetFails, TR104_GET_NTP_SERVER2_ID, 0, nullptr, "", -1},
         {"Tr104NetMaskConfig", netMask, "getError", Call::GetFails, TR104_GET_DEVICE_IP_ID, 0, nullptr, "", -1},
+        // DeviceSwitch: a read refused
+        {"Tr104PrivateIgnoreClearCfgEnable", ignoreClearCfg, "failure", Call::GetFails,
+         GET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID, 0, nullptr, "", -1},
         {"Tr104IptParamConfig", iptNumber, "numberName", Call::SetText, 0, 0, "123", "", 0},
     };
     for (const Case &c : cases) {
