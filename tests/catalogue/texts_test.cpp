@@ -73,6 +73,15 @@ int telEventNegoState(int nFlag, void *pValue, int *) { return Tr104TelEvent2833
 int sendRtpPackets(int nFlag, void *pValue, int *) { return Tr104SendRtpPackets(nFlag, pValue); }
 int pppoeEnable(int nFlag, void *pValue, int *) { return Tr104PPPoEEnable(nFlag, pValue); }
 int profileNumber(int nFlag, void *pValue, int *) { return Tr104ProfileNumber(nFlag, pValue); }
+int timeEnable(int nFlag, void *pValue, int *) { return Tr104TimeEnable(nFlag, pValue); }
+int ntpServer2(int nFlag, void *pValue, int *) { return Tr104TimeNtpServer2(nFlag, pValue); }
+int netMask(int nFlag, void *pValue, int *) { return Tr104NetMaskConfig(nFlag, pValue); }
+int ignoreClearCfg(int nFlag, void *pValue, int *) { return Tr104PrivateIgnoreClearCfgEnable(nFlag, pValue); }
+// A number and its type, as the number tables take them.
+int iptNumber(int nFlag, void *pValue, int *nLocate) {
+    char type[] = "1";
+    return Tr104IptParamConfig(nFlag, static_cast<char *>(pValue), type, nLocate);
+}
 
 class CatalogueTexts : public siptest::SipTest {};
 
@@ -117,6 +126,15 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         // Capability: the voice module's answer refused
         {"Tr104ProfileNumber", profileNumber, "failure", Call::GetFails, TR104_GET_PROFILE_NUMBER_ID, 0, nullptr, "",
          -1},
+        // SmallValue, TimeText, IpWord: a read refused (server 2's names server 1); NumberTable: an add
+        // names its number
+        {"Tr104TimeEnable", timeEnable, "getError", Call::GetFails, TR104_GET_NTP_ENABLE_ID, 0, nullptr, "", -1},
+        {"Tr104TimeNtpServer2", ntpServer2, "getError", Call::GetFails, TR104_GET_NTP_SERVER2_ID, 0, nullptr, "", -1},
+        {"Tr104NetMaskConfig", netMask, "getError", Call::GetFails, TR104_GET_DEVICE_IP_ID, 0, nullptr, "", -1},
+        // DeviceSwitch: a read refused
+        {"Tr104PrivateIgnoreClearCfgEnable", ignoreClearCfg, "failure", Call::GetFails,
+         GET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID, 0, nullptr, "", -1},
+        {"Tr104IptParamConfig", iptNumber, "numberName", Call::SetText, 0, 0, "123", "", 0},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.handler) + " " + c.field);

@@ -135,7 +135,9 @@ TEST_F(Settings, DnsDhcpAndTheManagementUrl) {
     EXPECT_EQ(sent[1].word<uint32_t>(272), 1u);
     EXPECT_TRUE(siptest::zeroExcept(sent[1], {{4, 4}, {272, 4}}));
     uint32_t read = 0;
-    ASSERT_EQ(Tr104DnsIpConfig2(0, &read), 0);
+    // Each server prints its own lines: server 2's read says so.
+    const std::string dnsOut = debugOutput([&] { ASSERT_EQ(Tr104DnsIpConfig2(0, &read), 0); });
+    EXPECT_TRUE(printed(dnsOut, "Tr104DnsIpConfig2", "*get DnsIp_2[" + std::to_string(d2) + "]\n")) << dnsOut;
     EXPECT_EQ(read, d2);
     ASSERT_EQ(Tr104DnsIpConfig1(0, &read), 0);
     EXPECT_EQ(read, d1);

@@ -28,21 +28,6 @@ struct Switch {
     const char *sendFailure;
 };
 
-const Switch kPrivateProtocol{deviceSignature("Tr104PrivateProtocolEnable", "pPriProEnable", Access::GetSet),
-                              GET_PRI_PROTOCOL_CONFIG_ID,
-                              SET_PRI_PROTOCOL_CONFIG_ID,
-                              "nFlag[%d], pPriProEnable[%d]\n",
-                              "get Private Protocol Config error \n",
-                              "get Private Protocol Config[%d] \n",
-                              "SET_PRI_PROTOCOL_CONFIG_ID msg snd failed.\n"};
-const Switch kIgnoreClearCfg{deviceSignature("Tr104PrivateIgnoreClearCfgEnable", "pPriProICfgEnable", Access::GetSet),
-                             GET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID,
-                             SET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID,
-                             "nFlag[%d], pPriProICfgEnable[%d]\n",
-                             "get Private Protocol ignore cfg error \n",
-                             "get Private Protocol ignore cfg [%d] \n",
-                             "SET_PRI_PROTOCOL_IGNORE_CLR_CFG_ID msg snd failed.\n"};
-
 int switchValue(const Switch &s, int nFlag, void *pValue) {
     TR104_DEBUG_AS(s.sig.name, s.entry, nFlag, pValue != nullptr ? core::intValue(pValue) : 0);
     if (const int rc = checkDevice(s.sig, nFlag, pValue); rc != TR104_OK) {
@@ -90,13 +75,6 @@ int registerWithCallAgent(int value) {
 using namespace tr104::device;
 
 extern "C" {
-
-TR104_API int Tr104PrivateProtocolEnable(int nFlag, void *pValue) {
-    return switchValue(kPrivateProtocol, nFlag, pValue);
-}
-TR104_API int Tr104PrivateIgnoreClearCfgEnable(int nFlag, void *pValue) {
-    return switchValue(kIgnoreClearCfg, nFlag, pValue);
-}
 
 TR104_API int get_act_led(void) {
     TR104_DEBUG("enter \r\n");
@@ -152,3 +130,5 @@ TR104_API int Tr104VoiceOperation(int nFlag, void *pValue) {
 }
 
 }  // extern "C"
+
+#include "tr104/catalogue/device_DeviceSwitch.inc"

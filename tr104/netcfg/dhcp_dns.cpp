@@ -156,22 +156,29 @@ int optionValueWritable(const FieldValue &f, const char *text) {
 }
 
 // One of the two DNS servers, selected by the index word of the block.
-int dnsServer(const char *name, uint32_t index, int nFlag, void *pDnsIp) {
+struct DnsServer {
+    const char *name;
+    uint32_t index;
+    const char *entry;  // "%d" nFlag and the value
+    const char *getDone;  // "%u" the server
+};
+
+int dnsServer(const DnsServer &d, int nFlag, void *pDnsIp) {
+    const char *name = d.name;
     if (pDnsIp == nullptr) {
         say(name, "param error, pDnsIp is null\n");
         return TR104_ERR_PARAM;
     }
-    TR104_DEBUG_AS(name, index == 0 ? "nFlag[%d], *pDnsIp_1[%d]\n" : "nFlag[%d], *pDnsIp_2[%d]\n", nFlag,
-                   intValue(pDnsIp));
+    TR104_DEBUG_AS(name, d.entry, nFlag, intValue(pDnsIp));
     Tr104DnsPayload payload{};
-    payload.unIndex = index;
+    payload.unIndex = d.index;
     if (nFlag == 0) {
         if (readRecord(name, &payload, sizeof(payload), TR104_GET_DNS_SERVER_ID) != TR104_OK) {
             say(name, "get dns ip failed.\n");
             return TR104_ERR_EXCHANGE;
         }
         putInt(pDnsIp, static_cast<int>(payload.unServer));
-        TR104_DEBUG_AS(name, index == 0 ? "*pDnsIp_1[%u]\n" : "*get DnsIp_2[%u]\n", payload.unServer);
+        TR104_DEBUG_AS(name, d.getDone, payload.unServer);
         return TR104_OK;
     }
     if (nFlag != 1) {
@@ -190,9 +197,6 @@ int dnsServer(const char *name, uint32_t index, int nFlag, void *pDnsIp) {
 }  // namespace tr104::netcfg
 
 using namespace tr104::netcfg;
-
-extern "C" TR104_API int Tr104DnsIpConfig1(int nFlag, void *pDnsIp) { return dnsServer(__func__, 0, nFlag, pDnsIp); }
-extern "C" TR104_API int Tr104DnsIpConfig2(int nFlag, void *pDnsIp) { return dnsServer(__func__, 1, nFlag, pDnsIp); }
 
 // Both servers straight onto the request queue (no lock, no reply); messages on standard output.
 extern "C" TR104_API int Tr104DnsIpAddr(int nFlag, uint32_t *pDnsIp1, uint32_t *pDnsIp2, const uint32_t *pPort) {
@@ -299,3 +303,4 @@ extern "C" TR104_API int Tr104PPPoEMode(int nFlag, void *pValue) {
 }
 
 #include "tr104/catalogue/netcfg_MaskedField.inc"
+#include "tr104/catalogue/netcfg_DnsServer.inc"

@@ -28,28 +28,6 @@ struct IpWord {
     uint16_t bit;
 };
 
-const IpWord kAddr{"Tr104IpAddrConfig",
-                   "param error, Ip Addr is null\n",
-                   "nFlag[%d], *pIpAddr[0x%x]\n",
-                   "getIpAddr error \n",
-                   "*get IpAddr[%u]\n",
-                   &Tr104IpConfigPayload::unVoiceAddr,
-                   kAddrBit};
-const IpWord kMask{"Tr104NetMaskConfig",
-                   "param error, pNetMask is null\n",
-                   "nFlag[%d], *pNetMask[0x%x]\n",
-                   "get netmask error \n",
-                   "*get NetMask[%u]\n",
-                   &Tr104IpConfigPayload::unVoiceMask,
-                   kMaskBit};
-const IpWord kGateway{"Tr104GatewayConfig",
-                      "param error, pGateway is null\n",
-                      "nFlag[%d], *pGateway[0x%x]\n",
-                      "get gateway error \n",
-                      "*get Gateway[%u]\n",
-                      &Tr104IpConfigPayload::unVoiceGateway,
-                      kGatewayBit};
-
 Tr104IpConfigPayload *slotPayload() {
     return static_cast<Tr104IpConfigPayload *>(getTr104CfgParamInfoParamBuffer(kSlot));
 }
@@ -106,10 +84,6 @@ int readTriple(const char *name, const char *getError, uint32_t *a, uint32_t *m,
 }  // namespace tr104::netcfg
 
 using namespace tr104::netcfg;
-
-extern "C" TR104_API int Tr104IpAddrConfig(int nFlag, void *pIpAddr) { return ipWord(kAddr, nFlag, pIpAddr); }
-extern "C" TR104_API int Tr104NetMaskConfig(int nFlag, void *pNetMask) { return ipWord(kMask, nFlag, pNetMask); }
-extern "C" TR104_API int Tr104GatewayConfig(int nFlag, void *pGateway) { return ipWord(kGateway, nFlag, pGateway); }
 
 // The RTP address and gateway handlers act on the voice interface's address and gateway, in the
 // same slot and bits: the voice module derives the media addresses from those.  Only
@@ -300,3 +274,5 @@ constexpr core::DeferredGroup kAddressingGroups[] = {{kSlot, setIpConfig, std::p
 constinit const core::Registration kAddressingRegistration{"netcfg", {}, kAddressingGroups};
 
 }  // namespace tr104::netcfg
+
+#include "tr104/catalogue/netcfg_IpWord.inc"

@@ -73,3 +73,5 @@ int smallValue(const SmallValue &v, int nFlag, void *pValue) {
 }
 
 }  // namespace tr104::netcfg
+
+#include "tr104/catalogue/netcfg_SmallValue.inc"

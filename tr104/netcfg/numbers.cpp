@@ -20,28 +20,6 @@ struct NumberTable {
     const char *deleteFailed;
 };
 
-// The IPT table's delete reports its failure with the POS text: tools match it.
-const NumberTable kPos{"Tr104PosParamConfig",
-                       "pPosNum",
-                       "pPosType",
-                       "pos",
-                       TR104_GET_POS_NUM_ID,
-                       TR104_ADD_POS_NUM_ID,
-                       TR104_DEL_POS_NUM_ID,
-                       checkPosNumValid,
-                       "set POS num msg snd failed.\n",
-                       "set POS num msg snd failed.\n"};
-const NumberTable kIpt{"Tr104IptParamConfig",
-                       "pIptNum",
-                       "pIptType",
-                       "ipt",
-                       TR104_GET_IPT_NUM_ID,
-                       TR104_ADD_IPT_NUM_ID,
-                       TR104_DEL_IPT_NUM_ID,
-                       checkIptNumValid,
-                       "set IPT num msg snd failed.\n",
-                       "set POS num msg snd failed.\n"};
-
 bool numberChar(char c) {
     return (c >= '0' && c <= '9') || c == '*' || c == '#' || (c >= 'A' && c <= 'D') || (c >= 'a' && c <= 'd');
 }
@@ -127,16 +105,6 @@ int numberTable(const NumberTable &t, int nFlag, char *pNum, char *pType, int *n
     return TR104_OK;
 }
 
-const SmallValue kLedStandard{"Tr104LedStandard",
-                              "param error, pLedStandard is null\n",
-                              "nFlag[%d], pLedStandard[%d]\n",
-                              TR104_GET_LED_STANDARD_ID,
-                              TR104_SET_LED_STANDARD_ID,
-                              1,
-                              "get LedStandard error \n",
-                              "get LedStandard [%d] \n",
-                              "SET_LED_STANDARD msg snd failed.\n"};
-
 }  // namespace
 }  // namespace tr104::netcfg
 
@@ -151,17 +119,6 @@ extern "C" TR104_API int checkIptNumValid(const char *pNum) {
 // The meaning of the type characters belongs to the voice module: any type is taken.
 extern "C" TR104_API int checkPOSorIPTTypeValid(const char *pType) { return pType != nullptr ? 1 : 0; }
 
-extern "C" TR104_API int Tr104PosParamConfig(int nFlag, char *pPosNum, char *pPosType, int *nLocate) {
-    return numberTable(kPos, nFlag, pPosNum, pPosType, nLocate);
-}
-extern "C" TR104_API int Tr104IptParamConfig(int nFlag, char *pIptNum, char *pIptType, int *nLocate) {
-    return numberTable(kIpt, nFlag, pIptNum, pIptType, nLocate);
-}
-
-extern "C" TR104_API int Tr104LedStandard(int nFlag, void *pLedStandard) {
-    return smallValue(kLedStandard, nFlag, pLedStandard);
-}
-
 // Under SIP the variant of the embedding process (-1 without one); H.248 keeps no such mark.
 extern "C" TR104_API int Tr104RtpDSCPMark(int nFlag, void *pValue) {
     if (gTr104CurrProtocolType == TR104_PROTOCOL_SIP) {
@@ -169,3 +126,5 @@ extern "C" TR104_API int Tr104RtpDSCPMark(int nFlag, void *pValue) {
     }
     return gTr104CurrProtocolType == TR104_PROTOCOL_H248 ? TR104_OK : TR104_ERR_EXCHANGE;
 }
+
+#include "tr104/catalogue/netcfg_NumberTable.inc"

@@ -13,16 +13,6 @@ namespace {
 
 constexpr char kFlagError[] = "param error, nFlag[%d]\n";
 
-const SmallValue kTimeEnable{"Tr104TimeEnable",
-                             "param error, pTimeEnable is null\n",
-                             "nFlag[%d], pTimeEnable[%d]\n",
-                             TR104_GET_NTP_ENABLE_ID,
-                             TR104_SET_NTP_ENABLE_ID,
-                             4,
-                             "get TimeEnable error \n",
-                             "get TimeEnable [%d] \n",
-                             "SET_NTP_ENABLE_ID msg snd failed.\n"};
-
 // A text of the time block (or, for the local time, the whole answer).  A set copies the text
 // as it stands, so a long server name runs on over the fields after it (bounded at the block's
 // end); a get reads the text within its own field, whatever runs on after it.
@@ -39,49 +29,8 @@ struct TimeText {
 };
 
 using Block = Tr104TimePayload;
+// The current local time: the voice module answers with the text alone.
 constexpr uint16_t kLocalTimeLen = 256;
-
-const TimeText kStatus{"Tr104TimeStatus",
-                       "pTimeStatus",
-                       nullptr,
-                       TR104_GET_TIME_STATUS_ID,
-                       0,
-                       offsetof(Block, aStatus),
-                       TR104_FIELD_ROOM(Block, aStatus, aNtpServer1),
-                       "get TimeStatus error.\n",
-                       "get TimeStatus [%s].\n",
-                       nullptr};
-const TimeText kNtp1{"Tr104TimeNtpServer1",
-                     "pNtpServer1",
-                     "nFlag[%d], pNtpServer1[%s]\n",
-                     TR104_GET_NTP_SERVER1_ID,
-                     TR104_SET_NTP_SERVER1_ID,
-                     offsetof(Block, aNtpServer1),
-                     TR104_FIELD_ROOM(Block, aNtpServer1, aNtpServer2),
-                     "get NTP Server 1 failed.\n",
-                     "get NTP Server 1 [%s].\n",
-                     "SET_NTP_SERVER1_ID msg snd failed.\n"};
-// Its read failure names server 1: the voice module's tools match that text.
-const TimeText kNtp2{"Tr104TimeNtpServer2",
-                     "pNtpServer2",
-                     "nFlag[%d], pNtpServer2[%s]\n",
-                     TR104_GET_NTP_SERVER2_ID,
-                     TR104_SET_NTP_SERVER2_ID,
-                     offsetof(Block, aNtpServer2),
-                     TR104_LAST_FIELD_ROOM(Block, aNtpServer2),
-                     "get NTP Server 1 failed.\n",
-                     "get NTP Server 2 [%s].\n",
-                     "SET_NTP_SERVER2_ID msg snd failed.\n"};
-const TimeText kLocalTime{"Tr104TimeCurrentLocalTime",
-                          "pCurrentLocalTime",
-                          nullptr,
-                          TR104_GET_LOCAL_TIME_ID,
-                          0,
-                          0,
-                          kLocalTimeLen,
-                          "get Current Local Time error.\n",
-                          "get Current Local Time [%s].\n",
-                          nullptr};
 
 int timeText(const TimeText &t, int nFlag, void *pValue) {
     if (pValue == nullptr) {
@@ -129,20 +78,6 @@ bool digit(char c) { return c >= '0' && c <= '9'; }
 }  // namespace tr104::netcfg
 
 using namespace tr104::netcfg;
-
-extern "C" TR104_API int Tr104TimeEnable(int nFlag, void *pTimeEnable) {
-    return smallValue(kTimeEnable, nFlag, pTimeEnable);
-}
-extern "C" TR104_API int Tr104TimeStatus(int nFlag, void *pTimeStatus) { return timeText(kStatus, nFlag, pTimeStatus); }
-extern "C" TR104_API int Tr104TimeNtpServer1(int nFlag, void *pNtpServer1) {
-    return timeText(kNtp1, nFlag, pNtpServer1);
-}
-extern "C" TR104_API int Tr104TimeNtpServer2(int nFlag, void *pNtpServer2) {
-    return timeText(kNtp2, nFlag, pNtpServer2);
-}
-extern "C" TR104_API int Tr104TimeCurrentLocalTime(int nFlag, void *pCurrentLocalTime) {
-    return timeText(kLocalTime, nFlag, pCurrentLocalTime);
-}
 
 // "+HH:MM" or "-HH:MM", hours 00..12.  Hours 02 and 12 take only ":00"; the other hours take any
 // minutes 00..59.
@@ -234,3 +169,5 @@ extern "C" TR104_API int Tr104TimeLocalTimeZoneName(int nFlag, void *pLocalTimeZ
     tr104::core::copyBounded(gLocalTimeZoneName, text, sizeof(gLocalTimeZoneName) - 1);
     return TR104_OK;
 }
+
+#include "tr104/catalogue/netcfg_TimeText.inc"
