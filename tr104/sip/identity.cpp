@@ -60,19 +60,6 @@ struct DirectField {
     const char *setFailed;
 };
 
-const DirectField kTelNum{{"Tr104LineTelNumSip", "pTelNum", Locate::Line, Access::GetSet},
-                          GET_LINE_TEL_NUM_ID,
-                          SET_LINE_TEL_NUM_ID,
-                          "param error, line tel num len too long\n",
-                          "get line[%d] tel num failed.\n",
-                          "set line[%d] tel num msg snd failed.\n"};
-const DirectField kUri{{"Tr104LineURISip", "pURI", Locate::Line, Access::GetSet},
-                       GET_LINE_URI_ID,
-                       SET_LINE_URI_ID,
-                       "param error, line URI len too long\n",
-                       "get line[%d] URI failed.\n",
-                       "set line[%d] URI msg snd failed.\n"};
-
 int directValue(const DirectField &f, int nFlag, void *pValue, int *nLocate) {
     if (const int rc = checkArguments(f.sig, nFlag, pValue, nLocate); rc != TR104_OK) {
         return rc;
@@ -108,15 +95,6 @@ struct StagedField {
     const char *tooLong;
     const char *getFailed;  // "%d" the line
 };
-
-const StagedField kUserName{{"Tr104LineAuthUserNameSip", "pAuthUserName", Locate::Line, Access::GetSet},
-                            kUserBit,
-                            "param error, line auth name len too long\n",
-                            "get line[%d] authentication user name failed.\n"};
-const StagedField kPassword{{"Tr104LineAuthPasswordSip", "pAuthPassword", Locate::Line, Access::GetSet},
-                            kPasswordBit,
-                            "param error, line auth pwd len too long\n",
-                            "get line[%d] authentication password failed.\n"};
 
 char (&fieldOf(LineIdentityRecord &record, uint16_t bit))[TR104_LINE_IDENTITY_LEN] {
     return bit == kUserBit ? record.aAuthUserName : record.aAuthPassword;
@@ -235,22 +213,6 @@ int userNameAndUri(int nFlag, void *pValue, int *nLocate) {
 }  // namespace
 }  // namespace tr104::sip
 
-extern "C" TR104_API int Tr104LineTelNumSip(int nFlag, void *pValue, int *nLocate) {
-    return tr104::sip::directValue(tr104::sip::kTelNum, nFlag, pValue, nLocate);
-}
-
-extern "C" TR104_API int Tr104LineURISip(int nFlag, void *pValue, int *nLocate) {
-    return tr104::sip::directValue(tr104::sip::kUri, nFlag, pValue, nLocate);
-}
-
-extern "C" TR104_API int Tr104LineAuthUserNameSip(int nFlag, void *pValue, int *nLocate) {
-    return tr104::sip::stagedValue(tr104::sip::kUserName, nFlag, pValue, nLocate);
-}
-
-extern "C" TR104_API int Tr104LineAuthPasswordSip(int nFlag, void *pValue, int *nLocate) {
-    return tr104::sip::stagedValue(tr104::sip::kPassword, nFlag, pValue, nLocate);
-}
-
 extern "C" TR104_API int Tr104LineAuthUserNameAndURIForTr069Sip(int nFlag, void *pValue, int *nLocate) {
     return tr104::sip::userNameAndUri(nFlag, pValue, nLocate);
 }
@@ -269,3 +231,6 @@ constexpr core::DeferredGroup kIdentityGroups[] = {
 constinit const core::Registration kIdentityRegistration{"sip", {}, kIdentityGroups};
 
 }  // namespace tr104::sip
+
+#include "tr104/catalogue/sip_LineDirectText.inc"
+#include "tr104/catalogue/sip_LineStagedText.inc"

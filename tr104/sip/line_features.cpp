@@ -22,47 +22,6 @@ struct LineFeature {
     const char *setError;  // "%d" the line
 };
 
-constexpr uint8_t kModeByte = offsetof(Tr104SipLineFeatureRecord, ucCallerIdMode);
-constexpr uint8_t kCallWaiting = offsetof(Tr104SipLineFeatureRecord, ucCallWaiting);
-constexpr uint8_t kConference = offsetof(Tr104SipLineFeatureRecord, ucConference);
-
-const LineFeature kCallWaitingFlag{
-    {"Tr104LineCallWaitingFlagSip", "pLineCallWaitingFlag", Locate::Line, Access::GetSet},
-    GET_CALL_WAITING_ID,
-    SET_CALL_WAITING_ID,
-    kCallWaiting,
-    FeatureConv::Byte,
-    "get line[%d] call waiting flag failed.\n",
-    "set line[%d] call waiting flag msg snd failed.\n"};
-const LineFeature kCall3wayFlag{{"Tr104LineCall3wayFlagSip", "pLineCall3wayFlag", Locate::Line, Access::GetSet},
-                                GET_CONFERENCE_ID,
-                                SET_CONFERENCE_ID,
-                                kConference,
-                                FeatureConv::Byte,
-                                "get line[%d] three-way calling flag failed.\n",
-                                "set line[%d] three-way calling flag msg snd failed.\n"};
-const LineFeature kMaxSessions{{"Tr104LineMaxSessionsSip", "pLineMaxSessions", Locate::Unchecked, Access::GetSet},
-                               GET_CONFERENCE_ID,
-                               SET_CONFERENCE_ID,
-                               kConference,
-                               FeatureConv::MaxSessions,
-                               "get line[%d] max sessions failed.\n",
-                               "set line[%d] max sessions msg snd failed.\n"};
-const LineFeature kCallerIdFlag{{"Tr104LineCallerIdFlagSip", "pLineCallerIdFlag", Locate::Line, Access::GetSet},
-                                GET_CALLERID_MODE_ID,
-                                SET_CALLERID_MODE_ID,
-                                kModeByte,
-                                FeatureConv::CallerIdFlag,
-                                "get line[%d] caller id flag failed.\n",
-                                "set line[%d] caller id flag msg snd failed.\n"};
-const LineFeature kCallerIdMode{{"Tr104CallerIdModeSip", "pCallerIdMode", Locate::Line, Access::GetSet},
-                                GET_CALLERID_MODE_ID,
-                                SET_CALLERID_MODE_ID,
-                                kModeByte,
-                                FeatureConv::CallerIdMode,
-                                "get line[%d] caller id mode failed.\n",
-                                "set line[%d] caller id mode msg snd failed.\n"};
-
 // Caller ID mode codes as the data model names them.  "DISABLED" is only ever read: switching
 // caller ID off goes through the caller ID flag.
 const TextCode kModeNames[] = {{"DISABLED", 0}, {"FSK", 1}, {"FSK", 2}, {"DTMF", 3}};
@@ -171,25 +130,10 @@ int callerIdFormat(int nFlag, void *pValue, int *nLocate) {
 }  // namespace
 }  // namespace tr104::sip
 
-using tr104::sip::lineFeature;
-
 extern "C" {
-TR104_API int Tr104LineCallWaitingFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return lineFeature(tr104::sip::kCallWaitingFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineCall3wayFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return lineFeature(tr104::sip::kCall3wayFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineMaxSessionsSip(int nFlag, void *pValue, int *nLocate) {
-    return lineFeature(tr104::sip::kMaxSessions, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104LineCallerIdFlagSip(int nFlag, void *pValue, int *nLocate) {
-    return lineFeature(tr104::sip::kCallerIdFlag, nFlag, pValue, nLocate);
-}
-TR104_API int Tr104CallerIdModeSip(int nFlag, void *pValue, int *nLocate) {
-    return lineFeature(tr104::sip::kCallerIdMode, nFlag, pValue, nLocate);
-}
 TR104_API int Tr104CallerIdFormatSip(int nFlag, void *pValue, int *nLocate) {
     return tr104::sip::callerIdFormat(nFlag, pValue, nLocate);
 }
 }
+
+#include "tr104/catalogue/sip_LineFeature.inc"
