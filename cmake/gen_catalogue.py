@@ -31,6 +31,9 @@ import sys
 import tomllib
 
 ROW_KEYS = {'handler', 'shape', 'family', 'extension', 'paths', 'texts', 'doc'}
+# What a handler sends, for the voice-module contract (tools/docs/contract.py): `cmds` on any row
+# (commands its body sends besides its descriptor's), the others on a custom row.
+CUSTOM_KEYS = {'getCmd', 'setCmd', 'cmds', 'record'}
 PATH_KEYS = {'path', 'locate', 'type', 'access', 'value', 'convert', 'arg', 'slot', 'note', 'hidden'}
 GENERATED = '/* Generated from tr104/catalogue by cmake/gen_catalogue.py: do not edit. */\n'
 ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), '..'))
@@ -38,6 +41,7 @@ ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), '..'))
 
 class Catalogue:
     def __init__(self, directory):
+        self.directory = directory
         with open(os.path.join(directory, 'shapes.toml'), 'rb') as f:
             self.shapes = tomllib.load(f)
         for shape in self.shapes.values():  # `like`: the same descriptor called another way
@@ -82,6 +86,7 @@ class Catalogue:
                                   for f in shape.get('fields', [])}
             if 'fields' in shape:
                 allowed |= {'record', 'field', 'width'}
+            allowed |= CUSTOM_KEYS if row['shape'] == 'custom' else {'cmds'}
             for key in row:
                 if key not in allowed and key != 'area':
                     self.error(row, f'{key!r} is not a field of shape {row["shape"]}')
@@ -224,6 +229,17 @@ def field_lists(cat):
     return ''.join(out)
 
 
+def inbound_lists(directory):
+    """Per layer, the inbound commands of contract.toml: X(<command>, <handler or nullptr>)."""
+    with open(os.path.join(directory, 'contract.toml'), 'rb') as f:
+        inbound = tomllib.load(f).get('inbound', [])
+    out = [GENERATED, '// The inbound commands each layer registers with core: X(<command>, <handler>).\n#pragma once\n']
+    for layer in sorted({e['layer'] for e in inbound}):
+        entries = [f"X({e['cmd']}, {e.get('handler', 'nullptr')})" for e in inbound if e['layer'] == layer]
+        out.append(f'\n#define TR104_INBOUND_{layer.upper()}(X)' + ''.join(f' \\\n    {e}' for e in entries) + '\n')
+    return ''.join(out)
+
+
 def extension_variants(cat):
     names = [r['handler'] for r in cat.by_shape('wrapper') if r.get('extension')]
     return (GENERATED + '/* SIP variants the library leaves to the embedding process (include/tr104/device.h):\n'
@@ -325,6 +341,7 @@ def write(path, text):
 def outputs(cat):
     files = [f'generated/tr104/catalogue/{a}_{s}.inc' for a, s in cat.descriptor_files()]
     return files + ['generated/tr104/catalogue/dispatch_lists.h', 'generated/tr104/catalogue/field_lists.h',
+                    'generated/tr104/catalogue/inbound_lists.h',
                     'include/tr104/extension_variants.h', 'tr104/handlers.txt', 'tr104/exports-all.txt']
 
 
@@ -336,6 +353,7 @@ def build(cat, include_dir, exports, bindir):
     files = {f'generated/tr104/catalogue/{a}_{s}.inc': descriptor_file(cat, a, s) for a, s in cat.descriptor_files()}
     files['generated/tr104/catalogue/dispatch_lists.h'] = dispatch_lists(cat)
     files['generated/tr104/catalogue/field_lists.h'] = field_lists(cat)
+    files['generated/tr104/catalogue/inbound_lists.h'] = inbound_lists(cat.directory)
     files['include/tr104/extension_variants.h'] = extension_variants(cat)
     handlers = ''.join(r['handler'] + '\n' for r in cat.rows)
     files['tr104/handlers.txt'] = handlers

@@ -291,6 +291,12 @@ typedef struct Tr104H248PortStatusBlock {
     char aHookState[22]; /* 254 hook state text */
 } Tr104H248PortStatusBlock;
 
+/* A read-only profile value (4 bytes): one word under its own get command (max sessions, the
+   profile's capability flags). */
+typedef struct Tr104H248WordBlock {
+    uint32_t unValue; /*   0 */
+} Tr104H248WordBlock;
+
 /* Statistics block (124 bytes), get 12393; word 0 of the request is the line. */
 typedef struct Tr104H248StatsBlock {
     uint32_t unLine; /*   0 */

@@ -12,6 +12,7 @@
 #include "tr104/core/debug.h"
 #include "tr104/core/record_layout.h"
 #include "tr104/core/registry.h"
+#include "tr104/catalogue/inbound_lists.h"
 #include "tr104/framework.h"
 #include "tr104/protocol.h"
 #include "tr104/startup.h"
@@ -22,10 +23,11 @@ constexpr uint32_t kSaveVoiceCfgCmd = 99;
 constexpr useconds_t kInboundPause = 100;
 constexpr key_t kOmReplyQueueKey = 160;
 
-// Inbound command ids core answers itself; the layers above register their own.
-constexpr tr104::core::InboundCommand kCoreInbound[] = {
-    {3, Tr104SetProtocolType}, {12, Tr104SetDebugLevel}, {37, nullptr}, {42, nullptr}, {45, nullptr}, {46, nullptr},
-};
+// Inbound command ids core answers itself (tr104/catalogue/contract.toml); the layers above
+// register their own.
+#define TR104_INBOUND_ENTRY(cmd, handler) {cmd, handler},
+constexpr tr104::core::InboundCommand kCoreInbound[] = {TR104_INBOUND_CORE(TR104_INBOUND_ENTRY)};
+#undef TR104_INBOUND_ENTRY
 
 }  // namespace
 

@@ -20,6 +20,7 @@
 #include "tr104/handlers.h"
 #include "tr104/protocol.h"
 #include "tr104/catalogue/dispatch_lists.h"
+#include "tr104/catalogue/inbound_lists.h"
 #include "tr104/sip.h"
 
 namespace {
@@ -210,15 +211,12 @@ extern "C" TR104_API int Tr104EphNameRule2(int nFlag, char *pPrefix, uint32_t *p
     return dispatchH248(Tr104EphNameRule2H248, nFlag, pPrefix, pLength, pStart, pFillFlag);
 }
 
-// The voice module's change messages reach the change-notify wrappers.
+// The voice module's change messages reach the change-notify wrappers (tr104/catalogue/contract.toml).
 namespace tr104::framework {
 namespace {
-constexpr core::InboundCommand kChangeMessages[] = {
-    {16391, Tr104RegParamsChangeNotify},
-    {16395, Tr104ProxyParamsChangeNotify},
-    {16584, Tr104LineTelNumChangeNotify},
-    {16587, Tr104LineAuthParamsChangeNotify},
-};
+#define TR104_INBOUND_ENTRY(cmd, handler) {cmd, handler},
+constexpr core::InboundCommand kChangeMessages[] = {TR104_INBOUND_FRAMEWORK(TR104_INBOUND_ENTRY)};
+#undef TR104_INBOUND_ENTRY
 }  // namespace
 
 constinit const core::Registration kChangeRegistration{"framework", kChangeMessages, {}};

@@ -77,11 +77,8 @@ constexpr int kPacketMsMost = 60;
 
 // ---- Read-only profile values: a word under its own get command ---------------------------------
 
-struct OneWord {
-    uint32_t unValue;
-};
-static_assert(sizeof(OneWord) == 4 && offsetof(OneWord, unValue) == 0);
-constexpr Block readOnly(uint16_t cmd) { return Block{sizeof(OneWord), cmd, 0, nullptr}; }
+static_assert(sizeof(Tr104H248WordBlock) == 4 && offsetof(Tr104H248WordBlock, unValue) == 0);
+constexpr Block readOnly(uint16_t cmd) { return Block{sizeof(Tr104H248WordBlock), cmd, 0, nullptr}; }
 const Block kMaxSessionsLine = readOnly(GET_H248_MAX_SESSIONS_PER_LINE_ID);
 const Block kMaxSessionsAll = readOnly(GET_H248_MAX_SESSIONS_ALL_LINES_ID);
 const Block kRtcp = readOnly(GET_H248_RTCP_FLAG_ID);
