@@ -278,17 +278,6 @@ struct FlagWord {
     MeasureId b;
 };
 
-const FlagWord kVacFlags{"Tr104PhysicalInterfaceTestVACFlags", Rule::Voltages, gVACHazardousThreshold, kAGAC, kBGAC};
-const FlagWord kVdcFlags{"Tr104PhysicalInterfaceTestVDCFlags", Rule::Voltages, gVDCHazardousThreshold, kAGDC, kBGDC};
-const FlagWord kAbgFlags{"Tr104PhysicalInterfaceTestABGResistanceFlags", Rule::Resistances, gABGResistanceThreshold,
-                         kAGIns, kBGIns};
-const FlagWord kAbFlags{"Tr104PhysicalInterfaceTestABResistanceFlags", Rule::ABResistance, gABResistanceThreshold,
-                        kABIns, kABIns};
-const FlagWord kRingerFlags{"Tr104PhysicalInterfaceTestRingerLoadFlags", Rule::RingerLoad, gRingerEquivalenceMin, kRen,
-                            kRen};
-const FlagWord kToneFlags{"Tr104PhysicalInterfaceTestDialTonePowerFlags", Rule::TonePower, gDialTonePowerThreshold,
-                          kToneVolume, kToneVolume};
-
 // The two compare functions of the tone power: floating point throughout.
 bool floatAbove(float value, float threshold) { return value > threshold; }
 float asFloat(int32_t threshold) { return static_cast<float>(threshold); }
@@ -501,6 +490,8 @@ int selectAndRequest(const char *name, int port, const char *selector) {
 }  // namespace
 }  // namespace tr104::linetest
 
+#include "tr104/catalogue/linetest_FlagWord.inc"
+
 using namespace tr104::linetest;
 
 extern "C" __attribute__((weak)) int Tr104PhysicalInterfaceTestIsDeviceBusySip(int, void *, int *);
@@ -579,8 +570,8 @@ TR104_API int Tr104PhysicalInterfaceTestHazardousPotential(int nFlag, void *pVal
     if (nFlag == 1) {
         return selectAndRequest(__func__, port, "Outer_Line_Test") == TR104_OK ? TR104_OK : TR104_ERR_EXCHANGE;
     }
-    const int dc = computeFlags(kVdcFlags, port);
-    const int ac = dc < 0 ? -1 : computeFlags(kVacFlags, port);
+    const int dc = computeFlags(kTr104PhysicalInterfaceTestVDCFlags, port);
+    const int ac = dc < 0 ? -1 : computeFlags(kTr104PhysicalInterfaceTestVACFlags, port);
     if (ac < 0) {
         putInt(pValue, 0);
         return TR104_ERR_EXCHANGE;
@@ -684,13 +675,3 @@ TR104_MEASURE(Tr104PhysicalInterfaceTestSignalToneState, kToneState)
 TR104_MEASURE(Tr104PhysicalInterfaceTestFeederVoltageState, kFeederState)
 TR104_MEASURE(Tr104PhysicalInterfaceTestLoopCurrentState, kLoopState)
 #undef TR104_MEASURE
-
-#define TR104_FLAGS(handler, word) \
-    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { return flags(word, nFlag, pValue, nLocate); }
-TR104_FLAGS(Tr104PhysicalInterfaceTestVACFlags, kVacFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestVDCFlags, kVdcFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestABGResistanceFlags, kAbgFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestABResistanceFlags, kAbFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestRingerLoadFlags, kRingerFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestDialTonePowerFlags, kToneFlags)
-#undef TR104_FLAGS
