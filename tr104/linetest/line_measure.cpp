@@ -70,41 +70,7 @@ float decimalFloat(const char *field) { return std::strtof(BoundedText(field).te
 
 namespace {
 
-// ---- Thresholds and per-port flags held in library memory --------------------------------------
-
-#define TR104_THRESHOLD(handler, global)                                                       \
-    Held {                                                                                     \
-        {handler, "p" #global, Locate::Port, Access::GetSet}, g##global, Accept::Any, false,   \
-            "get nLocate[1]=%d, *p" #global "[%d]\n", "set nLocate[1]=%d, *p" #global "[%d]\n" \
-    }
-
-const Held kThresholds[] = {
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVDCHazardousThreshold", VDCHazardousThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVACHazardousThreshold", VACHazardousThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVDCForeignThreshold", VDCForeignThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVACForeignThreshold", VACForeignThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestABGResistanceThreshold", ABGResistanceThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestABResistanceThreshold", ABResistanceThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestRingerEquivalenceMin", RingerEquivalenceMin),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestRingerEquivalenceMax", RingerEquivalenceMax),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT1", DBDT1),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT2", DBDT2),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT3", DBDT3),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT4", DBDT4),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency1", DialToneFrequency1),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency2", DialToneFrequency2),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency3", DialToneFrequency3),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDialTonePowerThreshold", DialTonePowerThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestQuietChannelPowerThreshold", QuietChannelPowerThreshold),
-};
-#undef TR104_THRESHOLD
-
-const Held kIsTestOnBusy{{"Tr104PhysicalInterfaceIsTestOnBusy", "pIsTestOnBusy", Locate::Port, Access::GetSet},
-                         gIsTestOnBusy,
-                         Accept::Any,
-                         true,
-                         "get *pIsTestOnBusy[%d]\n",
-                         "set *pIsTestOnBusy[%d], nLocate[1]=%d\n"};
+// The thresholds and per-port settings are held values: their rows are in the catalogue.
 
 // ---- Measurements ------------------------------------------------------------------------------
 
@@ -533,10 +499,6 @@ TR104_API int Tr104PhysicalInterfaceTestState(int nFlag, void *pValue, int *nLoc
     return request(__func__, port);
 }
 
-TR104_API int Tr104PhysicalInterfaceIsTestOnBusy(int nFlag, void *pValue, int *nLocate) {
-    return held(kIsTestOnBusy, nFlag, pValue, nLocate);
-}
-
 // Whether the port is busy is the signalling stack's to say: under SIP the SIP handlers answer
 // it; under H.248 the value is left as it is and 0 returned.
 TR104_API int Tr104PhysicalInterfaceTestIsDeviceBusy(int nFlag, void *pValue, int *nLocate) {
@@ -615,30 +577,6 @@ TR104_API int Tr104PhysicalInterfaceTestDcSignature(int nFlag, void *pValue, int
     return fixedOne({__func__, "get line[%d] *pDcSignature[%d]\n", "set line[%d] pDcSignature \n"}, nFlag, pValue,
                     nLocate);
 }
-
-// One line per handler, naming its descriptor.
-#define TR104_HELD(handler, index)                                 \
-    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { \
-        return held(kThresholds[index], nFlag, pValue, nLocate);   \
-    }
-TR104_HELD(Tr104PhysicalInterfaceTestVDCHazardousThreshold, 0)
-TR104_HELD(Tr104PhysicalInterfaceTestVACHazardousThreshold, 1)
-TR104_HELD(Tr104PhysicalInterfaceTestVDCForeignThreshold, 2)
-TR104_HELD(Tr104PhysicalInterfaceTestVACForeignThreshold, 3)
-TR104_HELD(Tr104PhysicalInterfaceTestABGResistanceThreshold, 4)
-TR104_HELD(Tr104PhysicalInterfaceTestABResistanceThreshold, 5)
-TR104_HELD(Tr104PhysicalInterfaceTestRingerEquivalenceMin, 6)
-TR104_HELD(Tr104PhysicalInterfaceTestRingerEquivalenceMax, 7)
-TR104_HELD(Tr104PhysicalInterfaceTestDBDT1, 8)
-TR104_HELD(Tr104PhysicalInterfaceTestDBDT2, 9)
-TR104_HELD(Tr104PhysicalInterfaceTestDBDT3, 10)
-TR104_HELD(Tr104PhysicalInterfaceTestDBDT4, 11)
-TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency1, 12)
-TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency2, 13)
-TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency3, 14)
-TR104_HELD(Tr104PhysicalInterfaceTestDialTonePowerThreshold, 15)
-TR104_HELD(Tr104PhysicalInterfaceTestQuietChannelPowerThreshold, 16)
-#undef TR104_HELD
 
 #define TR104_MEASURE(handler, id)                                 \
     TR104_API int handler(int nFlag, void *pValue, int *nLocate) { \
