@@ -102,25 +102,6 @@ struct Flash {
     const char *getDone;
     const char *entry;
 };
-const Flash kFlashUp{"Tr104PhysicalInterfaceFlashUpTime",
-                     "pFlashUpTime",
-                     TR104_FLASH_UP,
-                     200,
-                     "flash up time must be in multiples of 10\r\n",
-                     "flash up time out of range <200-2500ms>.\r\n",
-                     "get flash up time error \n",
-                     "get *pFlashUpTime[%d]\n",
-                     "nFlag[%d], *pFlashUpTime[%d]\n"};
-const Flash kFlashDown{"Tr104PhysicalInterfaceFlashDownTime",
-                       "pFlashDownTime",
-                       TR104_FLASH_DOWN,
-                       1,
-                       "flash down time must be in multiples of 10\r\n",
-                       "flash down time out of range <1-2500ms>.\r\n",
-                       "get flash down time error \n",
-                       "get *pFlashDownTime[%d]\n",
-                       "nFlag[%d], *pFlashDownTime[%d]\n"};
-
 int flashTime(const Flash &f, int nFlag, void *pValue) {
     const int rc = checkArguments({f.name, f.valueName, Locate::None, Access::GetSet}, nFlag, pValue, nullptr);
     if (rc != TR104_OK) {
@@ -186,6 +167,7 @@ int clipWhen(int nFlag, void *pValue) {
 // Every held value of the area (thresholds, test and call settings) is described here.
 #include "tr104/catalogue/linetest_Held.inc"
 #include "tr104/catalogue/linetest_HeldWide.inc"
+#include "tr104/catalogue/linetest_Flash.inc"
 
 using namespace tr104::linetest;
 
@@ -295,10 +277,4 @@ TR104_API int Tr104PhysicalInterfaceMWIRingFlag(int nFlag, void *pValue) {
         TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
     }
     return TR104_ERR_PARAM;
-}
-
-TR104_API int Tr104PhysicalInterfaceFlashUpTime(int nFlag, void *pValue) { return flashTime(kFlashUp, nFlag, pValue); }
-
-TR104_API int Tr104PhysicalInterfaceFlashDownTime(int nFlag, void *pValue) {
-    return flashTime(kFlashDown, nFlag, pValue);
 }
