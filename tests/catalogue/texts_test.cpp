@@ -9,6 +9,7 @@
 #include "sip/sip_fixture.h"
 #include "tr104/device.h"
 #include "tr104/h248.h"
+#include "tr104/linetest.h"
 #include "tr104/netcfg.h"
 #include "tr104/sip.h"
 #include "tr104/statistics.h"
@@ -123,6 +124,9 @@ TEST_F(CatalogueTexts, EveryShapePrintsItsRowsTexts) {
         // BlockValue: the statistics block refused
         {"Tr104LineTotalCallsTimeH248", Tr104LineTotalCallsTimeH248, "getError", Call::GetFails, GET_H248_STATISTICS_ID,
          0, nullptr, "1", -1},
+        // Held: a boolean setting given another value
+        {"Tr104PhysicalInterfaceReversePoleH248", Tr104PhysicalInterfaceReversePoleH248, "rangeError", Call::SetInt, 0,
+         2, nullptr, "", -2},
         // Capability: the voice module's answer refused
         {"Tr104ProfileNumber", profileNumber, "failure", Call::GetFails, TR104_GET_PROFILE_NUMBER_ID, 0, nullptr, "",
          -1},

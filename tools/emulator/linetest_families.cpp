@@ -221,10 +221,10 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
     RecordFamily dialMode;
     dialMode.name = "port dial mode";
     dialMode.length = sizeof(Tr104PortRecord);
-    dialMode.keys = {{0, 1, "port"}};
+    dialMode.keys = {{offsetof(Tr104PortRecord, ucPort), sizeof(Tr104PortRecord::ucPort), "port"}};
     dialMode.getCmds = {GET_PORT_DIAL_MODE_ID};
     dialMode.setCmds = {SET_PORT_DIAL_MODE_ID};
-    dialMode.setFields = {{offsetof(Tr104PortRecord, cDialMode), 1}};
+    dialMode.setFields = {{offsetof(Tr104PortRecord, cDialMode), sizeof(Tr104PortRecord::cDialMode)}};
     e.addFamily(dialMode);
     RecordFamily drawTime = dialMode;
     drawTime.name = "port draw time";
@@ -235,10 +235,10 @@ void installLinetestFamilies(VoiceModuleEmulator &e) {
     RecordFamily kc;
     kc.name = "port kc type";
     kc.length = sizeof(Tr104KcRecord);
-    kc.keys = {{0, 4, "port"}};
+    kc.keys = {{offsetof(Tr104KcRecord, unPort), sizeof(Tr104KcRecord::unPort), "port"}};
     kc.getCmds = {GET_KC_TYPE_ID};
     kc.setCmds = {SET_KC_TYPE_ID};
-    kc.setFields = {{offsetof(Tr104KcRecord, unKcType), 4}};
+    kc.setFields = {{offsetof(Tr104KcRecord, unKcType), sizeof(Tr104KcRecord::unKcType)}};
     e.addFamily(kc);
     for (uint8_t port = 1; port <= TR104_LINETEST_PORTS; ++port) {
         Tr104PortRecord rec{};

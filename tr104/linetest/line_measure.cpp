@@ -70,41 +70,7 @@ float decimalFloat(const char *field) { return std::strtof(BoundedText(field).te
 
 namespace {
 
-// ---- Thresholds and per-port flags held in library memory --------------------------------------
-
-#define TR104_THRESHOLD(handler, global)                                                       \
-    Held {                                                                                     \
-        {handler, "p" #global, Locate::Port, Access::GetSet}, g##global, Accept::Any, false,   \
-            "get nLocate[1]=%d, *p" #global "[%d]\n", "set nLocate[1]=%d, *p" #global "[%d]\n" \
-    }
-
-const Held kThresholds[] = {
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVDCHazardousThreshold", VDCHazardousThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVACHazardousThreshold", VACHazardousThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVDCForeignThreshold", VDCForeignThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestVACForeignThreshold", VACForeignThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestABGResistanceThreshold", ABGResistanceThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestABResistanceThreshold", ABResistanceThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestRingerEquivalenceMin", RingerEquivalenceMin),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestRingerEquivalenceMax", RingerEquivalenceMax),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT1", DBDT1),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT2", DBDT2),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT3", DBDT3),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDBDT4", DBDT4),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency1", DialToneFrequency1),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency2", DialToneFrequency2),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceDialToneFrequency3", DialToneFrequency3),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestDialTonePowerThreshold", DialTonePowerThreshold),
-    TR104_THRESHOLD("Tr104PhysicalInterfaceTestQuietChannelPowerThreshold", QuietChannelPowerThreshold),
-};
-#undef TR104_THRESHOLD
-
-const Held kIsTestOnBusy{{"Tr104PhysicalInterfaceIsTestOnBusy", "pIsTestOnBusy", Locate::Port, Access::GetSet},
-                         gIsTestOnBusy,
-                         Accept::Any,
-                         true,
-                         "get *pIsTestOnBusy[%d]\n",
-                         "set *pIsTestOnBusy[%d], nLocate[1]=%d\n"};
+// The thresholds and per-port settings are held values: their rows are in the catalogue.
 
 // ---- Measurements ------------------------------------------------------------------------------
 
@@ -112,108 +78,20 @@ enum class Kind : uint8_t { Integer, Text, Float, PassedWhenZero };
 
 struct Measure {
     const char *name;
-    bool inner;  // inner-line record (8217), else outer-line (8216)
+    uint16_t recordLen;  // the record holding it: the inner-line (8217) or outer-line (8216) result
     uint16_t offset;  // field in the record
     Kind kind;
-    const char *field;  // the field's debug name
+    const char *debugName;  // the field's name in the debug line of an integer
     const char *label;  // short name in the messages
 };
 
-#define TR104_OUTER(handler, member, kind, label) TR104_OUTER_AS(handler, member, #member, kind, label)
-// A field whose debug name is not its member's name.
-#define TR104_OUTER_AS(handler, member, field, kind, label) \
-    Measure { handler, false, offsetof(Tr104OuterLineResult, member), kind, field, label }
-#define TR104_INNER(handler, member, kind, label) \
-    Measure { handler, true, offsetof(Tr104InnerLineResult, member), kind, #member, label }
-
-const Measure kMeasures[] = {
-    // The DC voltages keep the names the voice module's record has always printed.
-    TR104_OUTER_AS("Tr104PhysicalInterfaceTestAGDCVoltage", aGroundDCVoltage, "aGroudDCVoltage", Kind::Integer,
-                   "AGDCVoltage"),
-    TR104_OUTER_AS("Tr104PhysicalInterfaceTestBGDCVoltage", bGroundDCVoltage, "bGroudDCVoltage", Kind::Integer,
-                   "BGDCVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABDCVoltage", abDCVoltage, Kind::Integer, "ABDCVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestAGInsulationResistance", aGroundInsulationResistance, Kind::Integer,
-                "AGInsulationResistance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestBGInsulationResistance", bGroundInsulationResistance, Kind::Integer,
-                "BGInsulationResistance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABInsulationResistance", abInsulationResistance, Kind::Integer,
-                "ABInsulationResistance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABPolarityReversalResistance", abPolarityReversalResistance, Kind::Integer,
-                "ABPolarityReversalResistance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestAGCapacitance", aGroundCapacitance, Kind::Integer, "AGCapacitance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestBGCapacitance", bGroundCapacitance, Kind::Integer, "BGCapacitance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABCapacitance", abCapacitance, Kind::Integer, "ABCapacitance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestAGACVoltage", aGroundACVoltage, Kind::Integer, "AGACVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestBGACVoltage", bGroundACVoltage, Kind::Integer, "BGACVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABACVoltage", abACVoltage, Kind::Integer, "ABACVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABLoopResistance", loopResistance, Kind::Integer, "ABLoopResistance"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestRingerEquivalence", ringerEquivalentNumber, Kind::Integer,
-                "RingerEquivalence"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestAGACVoltage2", aGroundACVoltage, Kind::Text, "AGACVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestBGACVoltage2", bGroundACVoltage, Kind::Text, "BGACVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABACVoltage2", abACVoltage, Kind::Text, "ABACVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestAGDCVoltage2", aGroundDCVoltage, Kind::Text, "AGDCVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestBGDCVoltage2", bGroundDCVoltage, Kind::Text, "BGDCVoltage"),
-    TR104_OUTER("Tr104PhysicalInterfaceTestABDCVoltage2", abDCVoltage, Kind::Text, "ABDCVoltage"),
-    TR104_INNER("Tr104PhysicalInterfaceTestLoopCurrent", loopCurrent, Kind::Integer, "LoopCurrent"),
-    TR104_INNER("Tr104PhysicalInterfaceTestFeederVoltage", feederVoltage, Kind::Integer, "FeederVoltage"),
-    TR104_INNER("Tr104PhysicalInterfaceTestSignalToneVolume", signalToneVolume, Kind::Float, "SignalToneVolume"),
-    TR104_INNER("Tr104PhysicalInterfaceTestSignalToneFrequency", signalToneFrequency, Kind::Integer,
-                "SignalToneFrequency"),
-    TR104_INNER("Tr104PhysicalInterfaceTestRingingCurrentVoltage", ringingCurrentVoltage, Kind::Integer,
-                "RingingCurrentVoltage"),
-    TR104_INNER("Tr104PhysicalInterfaceTestQuietChannelPower", quietChannelPower, Kind::Float, "QuietChannelPower"),
-    TR104_INNER("Tr104PhysicalInterfaceTestSignalToneState", ucSignalToneState, Kind::PassedWhenZero,
-                "SignalToneState"),
-    // The loop-current state reads the feeder-voltage state byte: the voice module reports both
-    // with that one byte.
-    TR104_INNER("Tr104PhysicalInterfaceTestFeederVoltageState", ucFeederVoltageState, Kind::PassedWhenZero,
-                "FeederVoltageState"),
-    TR104_INNER("Tr104PhysicalInterfaceTestLoopCurrentState", ucFeederVoltageState, Kind::PassedWhenZero,
-                "LoopCurrentState"),
-};
-#undef TR104_OUTER
-#undef TR104_INNER
-
-enum MeasureId : uint8_t {
-    kAGDC,
-    kBGDC,
-    kABDC,
-    kAGIns,
-    kBGIns,
-    kABIns,
-    kABPol,
-    kAGCap,
-    kBGCap,
-    kABCap,
-    kAGAC,
-    kBGAC,
-    kABAC,
-    kLoop,
-    kRen,
-    kAGAC2,
-    kBGAC2,
-    kABAC2,
-    kAGDC2,
-    kBGDC2,
-    kABDC2,
-    kLoopCurrent,
-    kFeeder,
-    kToneVolume,
-    kToneFrequency,
-    kRinging,
-    kQuietPower,
-    kToneState,
-    kFeederState,
-    kLoopState,
-};
-static_assert(sizeof(kMeasures) / sizeof(kMeasures[0]) == kLoopState + 1);
+bool isInner(const Measure &m) { return m.recordLen == sizeof(Tr104InnerLineResult); }
+static_assert(sizeof(Tr104InnerLineResult) != sizeof(Tr104OuterLineResult));
 
 // Reads the record of a measurement; `raw` points at its field inside `buffer`.
 int fetch(const Measure &m, int port, char (&buffer)[sizeof(Tr104OuterLineResult)], const char **raw) {
     int rc;
-    if (m.inner) {
+    if (isInner(m)) {
         Tr104InnerLineResult rec;
         rc = readInner(m.name, port, &rec);
         std::memcpy(buffer, &rec, sizeof(rec));
@@ -241,7 +119,8 @@ int measure(const Measure &m, int nFlag, void *pValue, int *nLocate) {
     std::memcpy(text, raw, m.kind == Kind::PassedWhenZero ? 1 : TR104_MEASURE_LEN);
     switch (m.kind) {
     case Kind::Integer:
-        TR104_DEBUG_AS(m.name, "get %s.%s [%s].\n", m.inner ? "InLineTestInfo" : "OutLineTestInfo", m.field, text);
+        TR104_DEBUG_AS(m.name, "get %s.%s [%s].\n", isInner(m) ? "InLineTestInfo" : "OutLineTestInfo", m.debugName,
+                       text);
         putInt(pValue, decimal(raw));
         TR104_DEBUG_AS(m.name, "get line[%d] %s [%d].\n", port, m.label, decimal(raw));
         break;
@@ -274,20 +153,9 @@ struct FlagWord {
     const char *name;
     Rule rule;
     const int32_t *threshold;
-    MeasureId a;
-    MeasureId b;
+    const Measure *a;  // read first: its record holds b too
+    const Measure *b;
 };
-
-const FlagWord kVacFlags{"Tr104PhysicalInterfaceTestVACFlags", Rule::Voltages, gVACHazardousThreshold, kAGAC, kBGAC};
-const FlagWord kVdcFlags{"Tr104PhysicalInterfaceTestVDCFlags", Rule::Voltages, gVDCHazardousThreshold, kAGDC, kBGDC};
-const FlagWord kAbgFlags{"Tr104PhysicalInterfaceTestABGResistanceFlags", Rule::Resistances, gABGResistanceThreshold,
-                         kAGIns, kBGIns};
-const FlagWord kAbFlags{"Tr104PhysicalInterfaceTestABResistanceFlags", Rule::ABResistance, gABResistanceThreshold,
-                        kABIns, kABIns};
-const FlagWord kRingerFlags{"Tr104PhysicalInterfaceTestRingerLoadFlags", Rule::RingerLoad, gRingerEquivalenceMin, kRen,
-                            kRen};
-const FlagWord kToneFlags{"Tr104PhysicalInterfaceTestDialTonePowerFlags", Rule::TonePower, gDialTonePowerThreshold,
-                          kToneVolume, kToneVolume};
 
 // The two compare functions of the tone power: floating point throughout.
 bool floatAbove(float value, float threshold) { return value > threshold; }
@@ -309,12 +177,12 @@ int pairWord(bool thresholdSet, bool belowA, bool belowB) {
 int computeFlags(const FlagWord &f, int port) {
     char buffer[sizeof(Tr104OuterLineResult)];
     const char *raw = nullptr;
-    if (fetch(kMeasures[f.a], port, buffer, &raw) != TR104_OK) {
+    if (fetch(*f.a, port, buffer, &raw) != TR104_OK) {
         return -1;
     }
     const int32_t threshold = f.threshold[port - 1];
     const int a = decimal(raw);
-    const int b = decimal(buffer + kMeasures[f.b].offset);
+    const int b = decimal(buffer + f.b->offset);
     switch (f.rule) {
     case Rule::Voltages: {
         const int t = magnitude(threshold);
@@ -501,6 +369,9 @@ int selectAndRequest(const char *name, int port, const char *selector) {
 }  // namespace
 }  // namespace tr104::linetest
 
+#include "tr104/catalogue/linetest_Measure.inc"
+#include "tr104/catalogue/linetest_FlagWord.inc"
+
 using namespace tr104::linetest;
 
 extern "C" __attribute__((weak)) int Tr104PhysicalInterfaceTestIsDeviceBusySip(int, void *, int *);
@@ -542,10 +413,6 @@ TR104_API int Tr104PhysicalInterfaceTestState(int nFlag, void *pValue, int *nLoc
     return request(__func__, port);
 }
 
-TR104_API int Tr104PhysicalInterfaceIsTestOnBusy(int nFlag, void *pValue, int *nLocate) {
-    return held(kIsTestOnBusy, nFlag, pValue, nLocate);
-}
-
 // Whether the port is busy is the signalling stack's to say: under SIP the SIP handlers answer
 // it; under H.248 the value is left as it is and 0 returned.
 TR104_API int Tr104PhysicalInterfaceTestIsDeviceBusy(int nFlag, void *pValue, int *nLocate) {
@@ -579,8 +446,8 @@ TR104_API int Tr104PhysicalInterfaceTestHazardousPotential(int nFlag, void *pVal
     if (nFlag == 1) {
         return selectAndRequest(__func__, port, "Outer_Line_Test") == TR104_OK ? TR104_OK : TR104_ERR_EXCHANGE;
     }
-    const int dc = computeFlags(kVdcFlags, port);
-    const int ac = dc < 0 ? -1 : computeFlags(kVacFlags, port);
+    const int dc = computeFlags(kTr104PhysicalInterfaceTestVDCFlags, port);
+    const int ac = dc < 0 ? -1 : computeFlags(kTr104PhysicalInterfaceTestVACFlags, port);
     if (ac < 0) {
         putInt(pValue, 0);
         return TR104_ERR_EXCHANGE;
@@ -624,73 +491,3 @@ TR104_API int Tr104PhysicalInterfaceTestDcSignature(int nFlag, void *pValue, int
     return fixedOne({__func__, "get line[%d] *pDcSignature[%d]\n", "set line[%d] pDcSignature \n"}, nFlag, pValue,
                     nLocate);
 }
-
-// One line per handler, naming its descriptor.
-#define TR104_HELD(handler, index)                                 \
-    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { \
-        return held(kThresholds[index], nFlag, pValue, nLocate);   \
-    }
-TR104_HELD(Tr104PhysicalInterfaceTestVDCHazardousThreshold, 0)
-TR104_HELD(Tr104PhysicalInterfaceTestVACHazardousThreshold, 1)
-TR104_HELD(Tr104PhysicalInterfaceTestVDCForeignThreshold, 2)
-TR104_HELD(Tr104PhysicalInterfaceTestVACForeignThreshold, 3)
-TR104_HELD(Tr104PhysicalInterfaceTestABGResistanceThreshold, 4)
-TR104_HELD(Tr104PhysicalInterfaceTestABResistanceThreshold, 5)
-TR104_HELD(Tr104PhysicalInterfaceTestRingerEquivalenceMin, 6)
-TR104_HELD(Tr104PhysicalInterfaceTestRingerEquivalenceMax, 7)
-TR104_HELD(Tr104PhysicalInterfaceTestDBDT1, 8)
-TR104_HELD(Tr104PhysicalInterfaceTestDBDT2, 9)
-TR104_HELD(Tr104PhysicalInterfaceTestDBDT3, 10)
-TR104_HELD(Tr104PhysicalInterfaceTestDBDT4, 11)
-TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency1, 12)
-TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency2, 13)
-TR104_HELD(Tr104PhysicalInterfaceDialToneFrequency3, 14)
-TR104_HELD(Tr104PhysicalInterfaceTestDialTonePowerThreshold, 15)
-TR104_HELD(Tr104PhysicalInterfaceTestQuietChannelPowerThreshold, 16)
-#undef TR104_HELD
-
-#define TR104_MEASURE(handler, id)                                 \
-    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { \
-        return measure(kMeasures[id], nFlag, pValue, nLocate);     \
-    }
-TR104_MEASURE(Tr104PhysicalInterfaceTestAGDCVoltage, kAGDC)
-TR104_MEASURE(Tr104PhysicalInterfaceTestBGDCVoltage, kBGDC)
-TR104_MEASURE(Tr104PhysicalInterfaceTestABDCVoltage, kABDC)
-TR104_MEASURE(Tr104PhysicalInterfaceTestAGInsulationResistance, kAGIns)
-TR104_MEASURE(Tr104PhysicalInterfaceTestBGInsulationResistance, kBGIns)
-TR104_MEASURE(Tr104PhysicalInterfaceTestABInsulationResistance, kABIns)
-TR104_MEASURE(Tr104PhysicalInterfaceTestABPolarityReversalResistance, kABPol)
-TR104_MEASURE(Tr104PhysicalInterfaceTestAGCapacitance, kAGCap)
-TR104_MEASURE(Tr104PhysicalInterfaceTestBGCapacitance, kBGCap)
-TR104_MEASURE(Tr104PhysicalInterfaceTestABCapacitance, kABCap)
-TR104_MEASURE(Tr104PhysicalInterfaceTestAGACVoltage, kAGAC)
-TR104_MEASURE(Tr104PhysicalInterfaceTestBGACVoltage, kBGAC)
-TR104_MEASURE(Tr104PhysicalInterfaceTestABACVoltage, kABAC)
-TR104_MEASURE(Tr104PhysicalInterfaceTestABLoopResistance, kLoop)
-TR104_MEASURE(Tr104PhysicalInterfaceTestRingerEquivalence, kRen)
-TR104_MEASURE(Tr104PhysicalInterfaceTestAGACVoltage2, kAGAC2)
-TR104_MEASURE(Tr104PhysicalInterfaceTestBGACVoltage2, kBGAC2)
-TR104_MEASURE(Tr104PhysicalInterfaceTestABACVoltage2, kABAC2)
-TR104_MEASURE(Tr104PhysicalInterfaceTestAGDCVoltage2, kAGDC2)
-TR104_MEASURE(Tr104PhysicalInterfaceTestBGDCVoltage2, kBGDC2)
-TR104_MEASURE(Tr104PhysicalInterfaceTestABDCVoltage2, kABDC2)
-TR104_MEASURE(Tr104PhysicalInterfaceTestLoopCurrent, kLoopCurrent)
-TR104_MEASURE(Tr104PhysicalInterfaceTestFeederVoltage, kFeeder)
-TR104_MEASURE(Tr104PhysicalInterfaceTestSignalToneVolume, kToneVolume)
-TR104_MEASURE(Tr104PhysicalInterfaceTestSignalToneFrequency, kToneFrequency)
-TR104_MEASURE(Tr104PhysicalInterfaceTestRingingCurrentVoltage, kRinging)
-TR104_MEASURE(Tr104PhysicalInterfaceTestQuietChannelPower, kQuietPower)
-TR104_MEASURE(Tr104PhysicalInterfaceTestSignalToneState, kToneState)
-TR104_MEASURE(Tr104PhysicalInterfaceTestFeederVoltageState, kFeederState)
-TR104_MEASURE(Tr104PhysicalInterfaceTestLoopCurrentState, kLoopState)
-#undef TR104_MEASURE
-
-#define TR104_FLAGS(handler, word) \
-    TR104_API int handler(int nFlag, void *pValue, int *nLocate) { return flags(word, nFlag, pValue, nLocate); }
-TR104_FLAGS(Tr104PhysicalInterfaceTestVACFlags, kVacFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestVDCFlags, kVdcFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestABGResistanceFlags, kAbgFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestABResistanceFlags, kAbFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestRingerLoadFlags, kRingerFlags)
-TR104_FLAGS(Tr104PhysicalInterfaceTestDialTonePowerFlags, kToneFlags)
-#undef TR104_FLAGS

@@ -51,22 +51,6 @@ const TextCode kDialModes[] = {{"First", 0}, {"DTMF", 1}, {"Pulse", 2}};
 const TextCode kKcTypes[] = {{"16Kc", 0}, {"12Kc", 1}, {"disable", 2}};
 const TextCode kClipWhen[] = {{"AfterRing", 0}, {"BeforeRing", 1}};
 
-const Held kReversePole{{"Tr104PhysicalInterfaceReversePoleH248", "pReversePoleEnable", Locate::Port, Access::GetSet},
-                        gReversePole,
-                        Accept::Bool,
-                        true,
-                        "nFlag[0], *pReversePoleEnable[%d], nLocate[1]=%d\n",
-                        "nFlag[1], *pReversePoleEnable[%d], nLocate[1]=%d\n",
-                        "ReversePole param error \n"};
-const Held kClipReversePole{{"Tr104PhysicalInterfaceClipReversePole", "pClipReversePole", Locate::None, Access::GetSet},
-                            gClipReversePole,
-                            Accept::Bool,
-                            true,
-                            "get *pClipReversePole[%d]\n",
-                            "set *pClipReversePole[%d]\n",
-                            " ClipReversePole param error.\n",
-                            "nFlag[%d], *pClipReversePole[%d]"};
-
 // Dial mode: one body for both protocols.  The port record and its dial-mode byte belong to
 // the analogue port, not to the signalling stack, so the same exchange serves SIP and H.248.
 int dialMode(const char *name, int nFlag, void *pValue, int *nLocate) {
@@ -118,25 +102,6 @@ struct Flash {
     const char *getDone;
     const char *entry;
 };
-const Flash kFlashUp{"Tr104PhysicalInterfaceFlashUpTime",
-                     "pFlashUpTime",
-                     TR104_FLASH_UP,
-                     200,
-                     "flash up time must be in multiples of 10\r\n",
-                     "flash up time out of range <200-2500ms>.\r\n",
-                     "get flash up time error \n",
-                     "get *pFlashUpTime[%d]\n",
-                     "nFlag[%d], *pFlashUpTime[%d]\n"};
-const Flash kFlashDown{"Tr104PhysicalInterfaceFlashDownTime",
-                       "pFlashDownTime",
-                       TR104_FLASH_DOWN,
-                       1,
-                       "flash down time must be in multiples of 10\r\n",
-                       "flash down time out of range <1-2500ms>.\r\n",
-                       "get flash down time error \n",
-                       "get *pFlashDownTime[%d]\n",
-                       "nFlag[%d], *pFlashDownTime[%d]\n"};
-
 int flashTime(const Flash &f, int nFlag, void *pValue) {
     const int rc = checkArguments({f.name, f.valueName, Locate::None, Access::GetSet}, nFlag, pValue, nullptr);
     if (rc != TR104_OK) {
@@ -199,6 +164,11 @@ int clipWhen(int nFlag, void *pValue) {
 }  // namespace
 }  // namespace tr104::linetest
 
+// Every held value of the area (thresholds, test and call settings) is described here.
+#include "tr104/catalogue/linetest_Held.inc"
+#include "tr104/catalogue/linetest_HeldWide.inc"
+#include "tr104/catalogue/linetest_Flash.inc"
+
 using namespace tr104::linetest;
 
 TR104_API int Tr104PhysicalInterfacePort(int nFlag, void *pValue, int *nLocate) {
@@ -256,10 +226,6 @@ TR104_API int Tr104PhysicalInterfaceTestDialToneBreakTime(int nFlag, void *pValu
     return rc;
 }
 
-TR104_API int Tr104PhysicalInterfaceReversePoleH248(int nFlag, void *pValue, int *nLocate) {
-    return held(kReversePole, nFlag, pValue, nLocate);
-}
-
 TR104_API int Tr104PhysicalInterfaceKcType(int nFlag, void *pValue, int *nLocate) {
     const int rc = checkArguments({__func__, "pKcType", Locate::KcPort, Access::GetSet}, nFlag, pValue, nLocate);
     if (rc != TR104_OK) {
@@ -294,10 +260,6 @@ TR104_API int Tr104PhysicalInterfaceKcType(int nFlag, void *pValue, int *nLocate
 
 TR104_API int Tr104PhysicalInterfaceClipWhen(int nFlag, void *pValue) { return clipWhen(nFlag, pValue); }
 
-TR104_API int Tr104PhysicalInterfaceClipReversePole(int nFlag, void *pValue) {
-    return held(kClipReversePole, nFlag, pValue, nullptr);
-}
-
 TR104_API int Tr104PhysicalInterfaceMWIRingFlag(int nFlag, void *pValue) {
     if (pValue == nullptr) {
         say(__func__, "param error, pMWIRingFlag is null\n");
@@ -315,10 +277,4 @@ TR104_API int Tr104PhysicalInterfaceMWIRingFlag(int nFlag, void *pValue) {
         TR104_DEBUG("param error, nFlag[%d]\n", nFlag);
     }
     return TR104_ERR_PARAM;
-}
-
-TR104_API int Tr104PhysicalInterfaceFlashUpTime(int nFlag, void *pValue) { return flashTime(kFlashUp, nFlag, pValue); }
-
-TR104_API int Tr104PhysicalInterfaceFlashDownTime(int nFlag, void *pValue) {
-    return flashTime(kFlashDown, nFlag, pValue);
 }

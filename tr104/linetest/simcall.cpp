@@ -182,13 +182,6 @@ int dialConfirm(const Confirm &c, int nFlag, void *pValue, int *nLocate) {
     return TR104_OK;
 }
 
-const Held kTimeout{{"Tr104SmultTimeout", "pTimeout", Locate::Port, Access::GetSet},
-                    gSmultTimeout,
-                    Accept::Any,
-                    false,
-                    "get line[%d] *pTimeout[%d]\n",
-                    "set line[%d] *pTimeout[%d]\n"};
-
 }  // namespace
 
 const char *smultStatusText(const char *name, int port) {
@@ -300,9 +293,6 @@ TR104_API int Tr104SmultCalledNum(int nFlag, void *pValue, int *nLocate) {
     return TR104_OK;
 }
 
-TR104_API int Tr104SmultTimeout(int nFlag, void *pValue, int *nLocate) {
-    return held(kTimeout, nFlag, pValue, nLocate);
-}
 TR104_API int Tr104SmultStatus(int nFlag, void *pValue, int *nLocate) {
     return answer(kStatus, nFlag, pValue, nLocate);
 }
