@@ -112,6 +112,11 @@ check "which: an issue-2 parameter not served" 3 '"served":false,"reason":"the d
 check "which: no such issue-2 instance" 2 "instance '3' of Client: not 1..2" -- which $d.SIP.Client.3.Enable
 check "which: in neither tree" 2 "no such parameter" -- which $d.SIP.Client.1.Nope
 check "get by issue-2 path: a reference" 0 "=$d.SIP.Client.2" -- get $d.CallControl.Line.2.Provider
+check "which: a features set is its line's" 0 \
+  '"handler":"Tr104LineCallWaitingFlag","nLocate":[1,1,2,0],"type":"boolean"' -- \
+  which --json $d.CallControl.CallingFeatures.Set.2.CallWaitingEnable
+check "get by issue-2 path: an extension's features set" 0 "=$d.CallControl.CallingFeatures.Set.2" -- \
+  get $d.CallControl.Extension.2.CallingFeatures
 check "get by issue-2 path: an instance count" 0 "=2" -- get $d.CallControl.ExtensionNumberOfEntries
 check "get by issue-2 path: a converted boolean" 0 "=false" -- get $d.SIP.Client.1.Enable
 check "set by issue-2 path: a reference is read only" 2 "Provider: read only" -- set $d.CallControl.Line.1.Provider x

@@ -96,11 +96,11 @@ void say(char *error, unsigned errorLen, const char *text, std::string_view path
 
 // Instances a two-port device has, in both trees (the second tree's SIP clients, extensions and
 // phone ports are its lines; its one SIP network and VoIP profile the voice profile; its codec
-// profiles and codec capabilities the codec table).
+// profiles and codec capabilities the codec table; its calling-features sets the lines' features).
 extern "C" TR104_MAP_API const Tr104MapRange gTr104MapRanges[] = {
     {"VoiceService", 1, 1}, {"VoiceProfile", 1, 1}, {"Line", 1, 2},   {"PhyInterface", 1, 2}, {"Codecs", 1, 5},
     {"List", 1, 5},         {"Session", 1, 2},      {"Client", 1, 2}, {"Network", 1, 1},      {"Extension", 1, 2},
-    {"FXS", 1, 2},          {"VoIPProfile", 1, 1},  {"Codec", 1, 5},  {"CodecProfile", 1, 5},
+    {"FXS", 1, 2},          {"VoIPProfile", 1, 1},  {"Codec", 1, 5},  {"CodecProfile", 1, 5}, {"Set", 1, 2},
 };
 extern "C" TR104_MAP_API const unsigned int gTr104MapRangeCount = sizeof(gTr104MapRanges) / sizeof(gTr104MapRanges[0]);
 
